@@ -1,0 +1,51 @@
+#pragma once
+
+#include "vela_core/geometry/Rotation.hpp"
+#include "vela_core/geometry/Translation.hpp"
+#include "vela_core/types/Vector.hpp"
+
+namespace vela {
+
+/// A rotation as a quaternion, vector part first: x, y, z, w. No rotation by default.
+class Orientation {
+public:
+    float ox = 0.0F;
+    float oy = 0.0F;
+    float oz = 0.0F;
+    float ow = 1.0F;
+
+    Orientation() = default;
+    Orientation(const Vector4<float>& v) : ox(v.x), oy(v.y), oz(v.z), ow(v.w) {}
+    /// `setRotationMatrix(rotation)`.
+    Orientation(const Rotation& rotation);
+    /// The rotation that turns direction `from` into direction `to`, about their cross product. Opposite
+    /// directions have no such axis: the result is then close to (0, 0, 0, 0). The cosine is not clamped, so
+    /// rounding may give NaN for parallel directions.
+    Orientation(const Translation& from, const Translation& to);
+
+    /// Component i of 0 to 3; no bounds check.
+    float& operator()(int i) { return i == 0 ? ox : i == 1 ? oy : i == 2 ? oz : ow; }
+    const float& operator()(int i) const { return i == 0 ? ox : i == 1 ? oy : i == 2 ? oz : ow; }
+
+    void setIdentity() { *this = identity(); }
+    void setZeros() { *this = zeros(); }
+    static Orientation identity() { return Orientation(); }
+    static Orientation zeros() { return Orientation(Vector4<float>()); }
+
+    /// The quaternion of a rotation matrix, w >= 0: square roots of sums of the diagonal, signs from the
+    /// differences across it. It is not normalised afterwards.
+    void setRotationMatrix(const Rotation& rotation);
+    void setRotation(const Rotation& rotation) { setRotationMatrix(rotation); }
+
+    /// The rotation matrix of this quaternion divided by its norm; NaNs for the zero quaternion.
+    Rotation getRotationMatrix() const;
+    Rotation getRotation() const { return getRotationMatrix(); }
+
+    /// Hamilton product: the rotation by `b`, then by this.
+    Orientation operator*(const Orientation& b) const;
+
+    /// Divides by the Euclidean norm; a zero quaternion stays as it is.
+    void normalise();
+};
+
+}  // namespace vela

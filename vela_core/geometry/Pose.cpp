@@ -1,0 +1,29 @@
+#include "vela_core/geometry/Pose.hpp"
+
+#include <algorithm>
+
+namespace vela {
+
+Pose::Pose(const Pose& other)
+    : transform(other.transform), timestamp(other.timestamp), confidence(other.confidence), valid(other.valid) {}
+
+Pose& Pose::operator=(const Pose& other) {
+    if (this == &other) return *this;
+    transform = other.transform;
+    timestamp = other.timestamp;
+    confidence = other.confidence;
+    std::fill(std::begin(pose_covariance), std::end(pose_covariance), 0.0F);
+    std::fill(std::begin(twist), std::end(twist), 0.0F);
+    valid = other.valid;
+    return *this;
+}
+
+Pose::Pose(const Transform& transform_, unsigned long long timestamp_, int confidence_)
+    : transform(transform_), timestamp(timestamp_), confidence(confidence_) {}
+
+Pose::~Pose() {
+    transform.setIdentity();
+    valid = false;
+}
+
+}  // namespace vela

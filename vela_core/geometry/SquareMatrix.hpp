@@ -1,0 +1,113 @@
+#pragma once
+
+#include "vela_core/types/String.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace vela {
+
+/// What `Matrix3f` and `Matrix4f` have in common: N x N floats, row-major, and a label for the text dump.
+/// Copies and assignments take the numbers only: a copy has an empty label, a target keeps its own. Results of
+/// the operators are fresh matrices without label. Derived is the matrix class.
+template <class Derived, int N>
+class SquareMatrix {
+public:
+    float m[N * N];  ///< element (row i, column j) is m[N * i + j]
+    String label;    ///< used by `getInfos` only
+
+    /// The identity.
+    SquareMatrix() { setIdentity(); }
+    /// Copies N * N values, row-major.
+    explicit SquareMatrix(const float* values) { std::copy_n(values, N * N, m); }
+    SquareMatrix(const SquareMatrix& other) : SquareMatrix(other.m) {}
+    SquareMatrix& operator=(const SquareMatrix& other) {
+        std::copy_n(other.m, N * N, m);
+        return *this;
+    }
+
+    void setIdentity() {
+        setZeros();
+        for (int i = 0; i < N; ++i) {
+            m[(N + 1) * i] = 1.0F;
+        }
+    }
+    void setZeros() { std::fill_n(m, N * N, 0.0F); }
+    static Derived identity() { return Derived(); }
+    static Derived zeros() {
+        Derived result;
+        result.setZeros();
+        return result;
+    }
+
+    /// Element (row, col); no bounds check.
+    float& operator()(int row, int col) { return m[N * row + col]; }
+    const float& operator()(int row, int col) const { return m[N * row + col]; }
+
+    void transpose() {
+        for (int i = 0; i < N; ++i) {
+            for (int j = i + 1; j < N; ++j) {
+                std::swap(m[N * i + j], m[N * j + i]);
+            }
+        }
+    }
+    static Derived transpose(const Derived& matrix) {
+        Derived result(matrix);
+        result.transpose();
+        return result;
+    }
+
+    /// This times b.
+    Derived operator*(const Derived& b) const {
+        float product[N * N];
+        for (int i = 0; i < N; ++i) {
+            for (int j = 0; j < N; ++j) {
+                float sum = m[N * i] * b.m[j];
+                for (int k = 1; k < N; ++k) {
+                    sum += m[N * i + k] * b.m[N * k + j];
+                }
+                product[N * i + j] = sum;
+            }
+        }
+        return Derived(product);
+    }
+    Derived operator*(const float& factor) const {
+        return elementwise([=](float a) { return a * factor; });
+    }
+    /// The summand is added to every element, not to the diagonal alone.
+    Derived operator+(const float& summand) const {
+        return elementwise([=](float a) { return a + summand; });
+    }
+    Derived operator-(const float& subtrahend) const {
+        return elementwise([=](float a) { return a - subtrahend; });
+    }
+    Derived operator+(const Derived& b) const {
+        return elementwise(b, [](float x, float y) { return x + y; });
+    }
+    Derived operator-(const Derived& b) const {
+        return elementwise(b, [](float x, float y) { return x - y; });
+    }
+
+    /// Exact comparison of the numbers; a NaN is equal to nothing.
+    friend bool operator==(const Derived& a, const Derived& b) { return std::equal(a.m, a.m + N * N, b.m); }
+    friend bool operator!=(const Derived& a, const Derived& b) { return !(a == b); }
+
+    /// The label, or without one the object's address, on a line; then a line for each row, as by "%f".
+    String getInfos() const;
+
+private:
+    template <class Operation>
+    Derived elementwise(Operation operation) const {
+        float result[N * N];
+        std::transform(m, m + N * N, result, operation);
+        return Derived(result);
+    }
+    template <class Operation>
+    Derived elementwise(const Derived& b, Operation operation) const {
+        float result[N * N];
+        std::transform(m, m + N * N, b.m, result, operation);
+        return Derived(result);
+    }
+};
+
+}  // namespace vela

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "vela_core/types/Vector.hpp"
+
+namespace vela {
+
+class Orientation;
+
+/// A position or direction; zero by default.
+class Translation {
+public:
+    float tx = 0.0F;
+    float ty = 0.0F;
+    float tz = 0.0F;
+
+    Translation() = default;
+    Translation(float x, float y, float z) : tx(x), ty(y), tz(z) {}
+    Translation(const Vector3<float>& v) : tx(v.x), ty(v.y), tz(v.z) {}
+
+    /// Component i of 0 to 2; no bounds check.
+    float& operator()(int i) { return i == 0 ? tx : i == 1 ? ty : tz; }
+    const float& operator()(int i) const { return i == 0 ? tx : i == 1 ? ty : tz; }
+
+    /// Divides by the Euclidean norm; a zero translation stays as it is.
+    void normalize();
+    static Translation normalize(const Translation& translation);
+
+    /// This translation rotated by q: v' = q v q*. A q that is not of unit length scales by its squared norm.
+    Translation operator*(const Orientation& q) const;
+};
+
+}  // namespace vela

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+
+namespace vela {
+
+/// The layer's log statements, one for each place that logs. Formats, sources and levels stand in the source.
+enum class LogStatement : std::size_t {
+    PARAMETER_NOT_FOUND,     ///< detail: the parameter's name
+    WRAP_UNSUPPORTED_TYPE,   ///< no detail
+    GPU_FREE_FAILED,         ///< detail: the Mat's name
+    UPDATE_CPU_OF_REFERENCE,
+    UPDATE_GPU_OF_REFERENCE,
+    READ_EXCEPTION,          ///< detail: the exception's message
+    WRITE_DEPTH_FAILED,
+    WRITE_CLOUD3_FAILED,
+    WRITE_CLOUD4_FAILED,
+    WRITE_UNSUPPORTED_TYPE,
+    WRITE_EXCEPTION,         ///< detail: the exception's message
+    SET_SUB_MATRIX3F,
+    SET_SUB_VECTOR3F,
+    SET_SUB_VECTOR4F,
+};
+
+/// Hands the statement with its arguments to the core logger, unless that logger's level is above error.
+/// Nothing is formatted here, nothing is thrown, and nothing happens once the registry is destroyed.
+void logError(LogStatement statement) noexcept;
+void logError(LogStatement statement, const char* detail) noexcept;
+
+}  // namespace vela

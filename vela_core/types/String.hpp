@@ -1,0 +1,64 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <utility>
+
+namespace vela {
+
+/// Owning, zero-terminated text at the API boundary, one pointer wide so that records and matrices stay small.
+/// A text ends at its first zero byte. A String made from a null pointer has no character data: it is `empty`,
+/// and `c_str` and `get` are null; it differs from the empty text "".
+class String {
+public:
+    /// The empty text "".
+    String() noexcept = default;
+    String(const char* text) : data_(copyOf(text)) {}
+    String(const std::string& text) : data_(copyOf(text.c_str())) {}
+
+    String(const String& other) : data_(other.data_ == nullptr ? nullptr : copyOf(other.c_str())) {}
+    String(String&& other) noexcept : data_(std::exchange(other.data_, nullptr)) {}
+    String& operator=(const String& other) {
+        String copy(other);
+        std::swap(data_, copy.data_);
+        return *this;
+    }
+    String& operator=(String&& other) noexcept {
+        String taken(std::move(other));
+        std::swap(data_, taken.data_);
+        return *this;
+    }
+    ~String() {
+        if (data_ != nullptr) release(data_);
+    }
+
+    /// Replaces the text; `text` may be null or point into this String.
+    void set(const char* text) { *this = String(text); }
+
+    /// The characters; null for a String without character data. Valid until the String changes.
+    const char* c_str() const noexcept { return data_ == nullptr ? "" : data_ == &noData ? nullptr : data_; }
+    const char* get() const noexcept { return c_str(); }
+
+    /// Whether there is no character to read, with or without character data.
+    bool empty() const noexcept { return data_ == nullptr || data_ == &noData; }
+
+    friend bool operator==(const String& a, const String& b) noexcept;
+    friend bool operator!=(const String& a, const String& b) noexcept { return !(a == b); }
+
+private:
+    // Null stands for the empty text: matrices carry a label that is nearly always empty, and a zero word is
+    // the cheapest to make, copy and test. The address of `noData` stands for the missing character data.
+    static inline char noData{};
+    static char* copyOf(const char* text);
+    static void release(char* data) noexcept;
+
+    char* data_ = nullptr;
+};
+
+/// Writes the characters; nothing for a String without character data.
+std::ostream& operator<<(std::ostream& stream, const String& text);
+
+/// The characters as a standard string; the empty one for a String without character data.
+std::string toStdString(const String& text);
+
+}  // namespace vela

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+namespace vela {
+
+/// The number behind an enumerator. All enumerations here have 32 signed bits underneath.
+template <class Enum>
+constexpr std::int32_t toValue(Enum enumerator) noexcept {
+    static_assert(std::is_same_v<std::underlying_type_t<Enum>, std::int32_t>);
+    return static_cast<std::int32_t>(enumerator);
+}
+
+/// The enumeration value with the given number; the number need not belong to an enumerator.
+template <class Enum>
+constexpr Enum fromValue(std::int32_t value) noexcept {
+    static_assert(std::is_same_v<std::underlying_type_t<Enum>, std::int32_t>);
+    return static_cast<Enum>(value);
+}
+
+/// The range check of the whole library: signed, against the last value only, so negative values pass.
+template <class Enum>
+constexpr bool isPast(Enum value, Enum last) noexcept {
+    return toValue(value) > toValue(last);
+}
+
+}  // namespace vela

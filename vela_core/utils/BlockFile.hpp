@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace vela {
+
+/// A file that is written in large blocks. Errors are not reported: what cannot be written is lost.
+class BlockFile {
+public:
+    /// The most that one `reserve` may ask for.
+    static constexpr std::size_t LARGEST_RESERVE = 4096;
+
+    /// Opens the file for writing, empty.
+    explicit BlockFile(const std::string& path);
+    ~BlockFile();
+    BlockFile(const BlockFile&) = delete;
+    BlockFile& operator=(const BlockFile&) = delete;
+
+    bool isOpen() const { return descriptor_ >= 0; }
+
+    /// Room for at least LARGEST_RESERVE characters, to be written from the returned place on and then committed
+    /// with the place behind the last one.
+    char* reserve() {
+        if (used_ > BLOCK - LARGEST_RESERVE) flush();
+        return buffer_.get() + used_;
+    }
+    void commit(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.get()); }
+
+    void append(std::string_view text);
+
+    /// Adds the bytes of another file, without its last byte if that is `unwantedEnd`.
+    void appendFile(const std::string& path, char unwantedEnd);
+
+    /// Writes what is left and closes the file.
+    void close();
+
+private:
+    static constexpr std::size_t BLOCK = std::size_t{256} << 10;
+
+    void flush();
+    void write(const char* bytes, std::size_t count);
+    void copyFrom(int source, std::size_t count);
+
+    int descriptor_;
+    std::size_t used_ = 0;
+    std::unique_ptr<char[]> buffer_;
+};
+
+}  // namespace vela

@@ -1,0 +1,222 @@
+#include "vela_core/utils/Mat.hpp"
+
+#include "vela_core/log/statements.hpp"
+#include "vela_core/utils/buffers.hpp"
+#include "vela_core/utils/mat_copy.hpp"
+#include "vela_core/utils/mat_sides.hpp"
+#include "vela_core/utils/signatures.hpp"
+
+#include <cstdio>
+
+namespace vela {
+
+Mat::Mat(std::size_t width_, std::size_t height_, MAT_TYPE type, MEM mem) {
+    alloc(width_, height_, type, mem);
+}
+
+Mat::Mat(Resolution resolution, MAT_TYPE type, MEM mem)
+    : Mat(resolution.width, resolution.height, type, mem) {}
+
+Mat::Mat(std::size_t width_, std::size_t height_, MAT_TYPE type, unsigned char* ptr, std::size_t step, MEM mem) {
+    describe(width_, height_, type);
+    if (mem == MEM::CPU) {
+        ptrCPU = ptr;
+        stepBytesCPU = step;
+    } else if (mem == MEM::GPU) {
+        ptrGPU = ptr;
+        stepBytesGPU = step;
+        stepBytesCPU = width * pixelBytes;
+    }
+    isInit = true;
+    memType = mem;
+}
+
+Mat::Mat(Resolution resolution, MAT_TYPE type, unsigned char* ptr, std::size_t step, MEM mem)
+    : Mat(resolution.width, resolution.height, type, ptr, step, mem) {}
+
+Mat::Mat(std::size_t width_, std::size_t height_, MAT_TYPE type, unsigned char* ptrCPU_, std::size_t stepCPU,
+         unsigned char* ptrGPU_, std::size_t stepGPU) {
+    describe(width_, height_, type);
+    ptrCPU = ptrCPU_;
+    stepBytesCPU = stepCPU;
+    ptrGPU = ptrGPU_;
+    stepBytesGPU = stepGPU;
+    isInit = true;
+    memType = MEM_BOTH;
+}
+
+Mat::Mat(Resolution resolution, MAT_TYPE type, unsigned char* ptrCPU_, std::size_t stepCPU,
+         unsigned char* ptrGPU_, std::size_t stepGPU)
+    : Mat(resolution.width, resolution.height, type, ptrCPU_, stepCPU, ptrGPU_, stepGPU) {}
+
+Mat::Mat(const Mat& source) {
+    ref(source);
+}
+
+Mat& Mat::operator=(const Mat& source) {
+    ref(source);  // m = m empties m, as m.ref(m) does
+    return *this;
+}
+
+Mat::Mat(Mat&& source) noexcept {
+    *this = std::move(source);
+}
+
+Mat& Mat::operator=(Mat&& source) noexcept {
+    if (source.move(*this) != ERROR_CODE::SUCCESS) ref(source);
+    return *this;
+}
+
+Mat::~Mat() {
+    free(MEM_BOTH);
+}
+
+void Mat::alloc(std::size_t newWidth, std::size_t newHeight, MAT_TYPE type, MEM mem) {
+    free(MEM_BOTH);
+    ptrCPU = nullptr;
+    ptrGPU = nullptr;
+    describe(newWidth, newHeight, type);
+    if (isPast(mem, MEM_MANAGED)) {
+        std::printf("ERROR ALLOC MEM TYPE %d\n", toValue(mem));
+        std::fflush(stdout);
+    }
+    const std::size_t rowBytes = width * pixelBytes;
+    if (mem == MEM_MANAGED) {
+        stepBytesGPU = rowBytes;
+        succeeded(allocateManagedBuffer(ptrGPU, rowBytes * height), signature::ALLOC);
+        stepBytesCPU = stepBytesGPU;
+        ptrCPU = ptrGPU;
+    } else {
+        if (hasHostSide(mem)) ptrCPU = allocateHostBuffer(rowBytes * height);
+        stepBytesCPU = rowBytes;
+        if (hasDeviceSide(mem)) {
+            succeeded(allocateDeviceBuffer(ptrGPU, stepBytesGPU, width, pixelBytes, height), signature::ALLOC);
+        }
+    }
+    // Also after a failed allocation and for a `mem` without a side: existing callers look at the pointers.
+    isInit = true;
+    memoryOwner = true;
+    memType = mem;
+}
+
+void Mat::alloc(Resolution resolution, MAT_TYPE type, MEM mem) {
+    alloc(resolution.width, resolution.height, type, mem);
+}
+
+void Mat::free(MEM mem) {
+    if (isInit && memoryOwner) {
+        if (memType == MEM_MANAGED) {
+            releaseManaged();
+        } else {
+            const MEM held = memType;
+            if (coversHostSide(held) && coversHostSide(mem)) releaseHost();
+            if (coversDeviceSide(held) && coversDeviceSide(mem)) releaseDevice();
+            if (coversBothSides(held) && mem == MEM::CPU) memType = MEM::GPU;
+            if (coversBothSides(held) && mem == MEM::GPU) memType = MEM::CPU;
+            if (ptrCPU != nullptr || ptrGPU != nullptr) return;
+        }
+    }
+    resetSizes();
+}
+
+void Mat::releaseManaged() {
+    if (ptrGPU != nullptr) succeeded(releaseDeviceBuffer(ptrGPU), signature::FREE);
+    ptrCPU = nullptr;
+    ptrGPU = nullptr;
+}
+
+void Mat::releaseHost() {
+    releaseHostBuffer(ptrCPU);
+    ptrCPU = nullptr;
+    stepBytesCPU = 0;
+}
+
+void Mat::releaseDevice() {
+    if (ptrGPU != nullptr && !succeeded(releaseDeviceBuffer(ptrGPU), signature::FREE)) {
+        logError(LogStatement::GPU_FREE_FAILED, name.c_str());
+    }
+    ptrGPU = nullptr;
+    stepBytesGPU = 0;
+}
+
+void Mat::resetSizes() {
+    isInit = false;
+    memoryOwner = false;
+    width = 0;
+    height = 0;
+    channels = 0;
+    stepBytesGPU = 0;
+    stepBytesCPU = 0;
+    pixelBytes = 0;
+}
+
+void Mat::describe(std::size_t newWidth, std::size_t newHeight, MAT_TYPE type) {
+    width = newWidth;
+    height = newHeight;
+    dataType = type;
+    channels = getChannels(type);
+    pixelBytes = getPixelBytes(type);
+}
+
+void Mat::takeDescription(const Mat& source) {
+    width = source.width;
+    height = source.height;
+    channels = source.channels;
+    stepBytesGPU = source.stepBytesGPU;
+    stepBytesCPU = source.stepBytesCPU;
+    pixelBytes = source.pixelBytes;
+    dataType = source.dataType;
+    memType = source.memType;
+    ptrCPU = source.ptrCPU;
+    ptrGPU = source.ptrGPU;
+    timestamp = source.timestamp;
+}
+
+void Mat::ref(const Mat& source) {
+    free(MEM_BOTH);
+    if (source.width * source.height == 0 || !source.isInit) return;
+    takeDescription(source);
+    extraFlag = false;
+    memoryOwner = false;
+    isInit = true;
+}
+
+ERROR_CODE Mat::clone(const Mat& source) {
+    if (!source.isInit) return ERROR_CODE::FAILURE;
+    alloc(throughInt32(source.width), throughInt32(source.height), source.dataType, source.memType);
+    timestamp = source.timestamp;
+    if (source.memType == MEM::GPU) {
+        setFrom(source, COPY_TYPE::GPU_GPU);
+    } else {
+        setFrom(source, COPY_TYPE::CPU_CPU);
+        if (source.memType != MEM::CPU) updateGPUfromCPU();
+    }
+    return ERROR_CODE::SUCCESS;
+}
+
+ERROR_CODE Mat::move(Mat& destination) {
+    if (!isInit || !memoryOwner) return ERROR_CODE::FAILURE;
+    destination.free(MEM_BOTH);
+    destination.takeDescription(*this);
+    destination.extraFlag = extraFlag;
+    destination.isInit = true;
+    destination.memoryOwner = true;
+    isInit = false;
+    memoryOwner = false;
+    return ERROR_CODE::SUCCESS;
+}
+
+void Mat::swap(Mat& a, Mat& b) {
+    Mat temporary;
+    a.move(temporary);
+    b.move(a);
+    temporary.move(b);
+}
+
+std::size_t Mat::getStepBytes(MEM mem) const {
+    if (mem == MEM::CPU) return stepBytesCPU;
+    if (mem == MEM::GPU || mem == MEM_MANAGED) return stepBytesGPU;
+    return 0;
+}
+
+}  // namespace vela

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace vela::signature {
+
+// The functions that CUDA failures are printed under. Written out, because compilers spell their built-in
+// function names differently.
+inline constexpr const char* ALLOC = "void vela::Mat::alloc(size_t, size_t, vela::MAT_TYPE, vela::MEM)";
+inline constexpr const char* FREE = "void vela::Mat::free(vela::MEM)";
+inline constexpr const char* COPY_TO =
+    "vela::ERROR_CODE vela::Mat::copyTo(vela::Mat&, vela::COPY_TYPE, cudaStream_t) const";
+inline constexpr const char* SET_FROM =
+    "vela::ERROR_CODE vela::Mat::setFrom(const vela::Mat&, vela::COPY_TYPE, cudaStream_t)";
+inline constexpr const char* UPDATE_CPU = "vela::ERROR_CODE vela::Mat::updateCPUfromGPU(cudaStream_t)";
+inline constexpr const char* UPDATE_GPU = "vela::ERROR_CODE vela::Mat::updateGPUfromCPU(cudaStream_t, int)";
+
+}  // namespace vela::signature

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vela {
+
+/// What loops and kernels see of an image side: `height` rows of `width` pixels of type T, row y starting
+/// `y * stepBytes` bytes after `data`. It owns nothing; `data` may be a device pointer.
+///
+///     | pixel pixel pixel | padding |   stepBytes >= width * sizeof(T)
+template <class T>
+struct PixelView {
+    T* data;
+    std::uint32_t width;
+    std::uint32_t height;
+    std::size_t stepBytes;
+
+    bool empty() const { return data == nullptr || width == 0 || height == 0; }
+    std::size_t rowBytes() const { return width * sizeof(T); }
+    /// Distance from the first byte to the end of the last row, padding of that row left out.
+    std::size_t spanBytes() const { return (height - 1) * stepBytes + rowBytes(); }
+};
+
+/// The view of an image whose row step is counted in pixels.
+template <class T>
+PixelView<T> elementView(T* data, std::uint32_t stepElements, std::uint32_t width, std::uint32_t height) {
+    return {data, width, height, stepElements * sizeof(T)};
+}
+
+}  // namespace vela

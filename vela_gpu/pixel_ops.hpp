@@ -1,0 +1,52 @@
+#pragma once
+
+#include "vela_core/types/Vector.hpp"
+#include "vela_core/types/host_device.hpp"
+
+namespace vela {
+
+// What happens to one pixel, written once: host loops, CUDA launchers and software launchers only walk rows.
+
+/// All components times the factor.
+struct ScaleAll {
+    float factor;
+
+    VELA_HOST_DEVICE float operator()(float value) const { return value * factor; }
+    VELA_HOST_DEVICE Vector3<float> operator()(Vector3<float> p) const {
+        return {p.x * factor, p.y * factor, p.z * factor};
+    }
+    VELA_HOST_DEVICE Vector4<float> operator()(Vector4<float> p) const {
+        return {p.x * factor, p.y * factor, p.z * factor, p.w * factor};
+    }
+};
+
+/// The position times the factor; the fourth component, packed colour, keeps its bits.
+struct ScalePosition {
+    float factor;
+
+    VELA_HOST_DEVICE Vector4<float> operator()(Vector4<float> p) const {
+        return {p.x * factor, p.y * factor, p.z * factor, p.w};
+    }
+};
+
+/// The position (x, y, z) becomes K (x, y, z); K is row-major.
+struct ApplyMatrix3 {
+    float k[9];
+
+    VELA_HOST_DEVICE Vector3<float> operator()(Vector3<float> p) const {
+        return {k[0] * p.x + k[1] * p.y + k[2] * p.z, k[3] * p.x + k[4] * p.y + k[5] * p.z,
+                k[6] * p.x + k[7] * p.y + k[8] * p.z};
+    }
+};
+
+/// The position (x, y, z) becomes rows 0 to 2 of K times (x, y, z, 1); the fourth component keeps its bits.
+struct ApplyMatrix4 {
+    float k[16];
+
+    VELA_HOST_DEVICE Vector4<float> operator()(Vector4<float> p) const {
+        return {k[0] * p.x + k[1] * p.y + k[2] * p.z + k[3], k[4] * p.x + k[5] * p.y + k[6] * p.z + k[7],
+                k[8] * p.x + k[9] * p.y + k[10] * p.z + k[11], p.w};
+    }
+};
+
+}  // namespace vela

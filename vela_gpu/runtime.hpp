@@ -1,0 +1,10 @@
+#pragma once
+
+// The one place that chooses what the layer runs on. The build sets one of the two macros, for users too.
+#if defined(VELA_GPU_CUDA)
+#include <cuda_runtime_api.h>
+#elif defined(VELA_GPU_SOFTWARE)
+#include "vela_gpu/software/runtime.hpp"
+#else
+#error "define VELA_GPU_CUDA or VELA_GPU_SOFTWARE; linking to vela::core does"
+#endif

@@ -1,0 +1,101 @@
+#include "vela_gpu/software/StandIn.hpp"
+
+#include "vela_gpu/software/device.hpp"
+
+#include <algorithm>
+
+namespace vela::software_device {
+
+StandIn& StandIn::get() {
+    static auto* const device = new StandIn;
+    return *device;
+}
+
+cudaError_t& StandIn::lastError() {
+    thread_local cudaError_t error = cudaSuccess;
+    return error;
+}
+
+void StandIn::planFailure(const char* name, int nth, cudaError_t status) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    failures_.push_back({name, nth, status});
+}
+
+void StandIn::forgetFailures() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    failures_.clear();
+}
+
+std::size_t StandIn::liveAllocations() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return memory.liveAllocations();
+}
+
+cudaError_t StandIn::plannedFailure(const char* name) {
+    cudaError_t status = cudaSuccess;
+    for (PlannedFailure& failure : failures_) {
+        if (failure.name == name && --failure.callsUntil == 0) status = failure.status;
+    }
+    const auto isSpent = [](const PlannedFailure& failure) { return failure.callsUntil <= 0; };
+    failures_.erase(std::remove_if(failures_.begin(), failures_.end(), isSpent), failures_.end());
+    return status;
+}
+
+cudaError_t StandIn::submit(cudaStream_t stream, std::function<cudaError_t()> work) {
+    if (stream != nullptr) {
+        if (!isStream(stream)) return cudaErrorInvalidResourceHandle;
+        stream->pending.push_back(std::move(work));
+        return cudaSuccess;
+    }
+    const cudaError_t earlier = completeAll();
+    const cudaError_t status = work();
+    return status != cudaSuccess ? status : earlier;
+}
+
+cudaError_t StandIn::completeAll() {
+    cudaError_t first = cudaSuccess;
+    for (const auto& stream : streams_) {
+        const cudaError_t status = complete(*stream);
+        if (first == cudaSuccess) first = status;
+    }
+    return first;
+}
+
+cudaError_t StandIn::complete(CUstream_st& stream) {
+    cudaError_t first = cudaSuccess;
+    for (const auto& work : std::exchange(stream.pending, {})) {
+        const cudaError_t status = work();
+        if (first == cudaSuccess) first = status;
+    }
+    return first;
+}
+
+cudaStream_t StandIn::createStream() {
+    return streams_.emplace_back(std::make_unique<CUstream_st>()).get();
+}
+
+bool StandIn::isStream(cudaStream_t stream) const {
+    return std::any_of(streams_.begin(), streams_.end(),
+                       [=](const auto& known) { return known.get() == stream; });
+}
+
+void StandIn::forgetStream(cudaStream_t stream) {
+    streams_.erase(std::remove_if(streams_.begin(), streams_.end(),
+                                  [=](const auto& known) { return known.get() == stream; }),
+                   streams_.end());
+}
+
+void failCall(const char* name, int nth, cudaError status) {
+    StandIn::get().planFailure(name, nth, status);
+}
+
+void reset() {
+    StandIn::get().forgetFailures();
+    StandIn::lastError() = cudaSuccess;
+}
+
+std::size_t liveAllocations() {
+    return StandIn::get().liveAllocations();
+}
+
+}  // namespace vela::software_device

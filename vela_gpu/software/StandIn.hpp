@@ -1,0 +1,77 @@
+#pragma once
+
+#include "vela_gpu/software/DeviceMemory.hpp"
+#include "vela_gpu/software/runtime.hpp"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// Work that was given to a stream and not carried out yet.
+struct CUstream_st {
+    std::vector<std::function<cudaError_t()>> pending;
+};
+
+namespace vela::software_device {
+
+/// The software device: its memory, its streams, the failures that tests planned, and the lock over all of it.
+/// Every runtime function and every kernel launch goes through `call`.
+class StandIn {
+public:
+    /// The one device. It is never destroyed: Mats with static storage duration free their memory at exit.
+    static StandIn& get();
+
+    /// Runs the body of runtime function `name` under the lock, unless a planned failure takes its place, and
+    /// keeps a failure as the calling thread's last error.
+    template <class Body>
+    cudaError_t call(const char* name, Body body) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        cudaError_t status = plannedFailure(name);
+        if (status == cudaSuccess) status = body();
+        if (status != cudaSuccess) lastError() = status;
+        return status;
+    }
+
+    static cudaError_t& lastError();
+
+    void planFailure(const char* name, int nth, cudaError_t status);
+    void forgetFailures();
+    std::size_t liveAllocations();
+
+    // What follows is called from bodies only, with the lock held.
+
+    DeviceMemory memory;
+
+    /// Gives work to a stream; with the null stream, completes what all streams hold and then does the work.
+    cudaError_t submit(cudaStream_t stream, std::function<cudaError_t()> work);
+    cudaError_t completeAll();
+    static cudaError_t complete(CUstream_st& stream);
+
+    cudaStream_t createStream();
+    bool isStream(cudaStream_t stream) const;
+    void forgetStream(cudaStream_t stream);
+
+    /// Where a kernel finds [address, address + bytes): null unless it is live device or managed memory.
+    template <class T>
+    T* kernelAddress(T* address, std::size_t bytes) const {
+        return reinterpret_cast<T*>(memory.reach(address, bytes).bytes);
+    }
+
+private:
+    struct PlannedFailure {
+        std::string name;
+        int callsUntil;
+        cudaError_t status;
+    };
+
+    cudaError_t plannedFailure(const char* name);
+
+    std::mutex mutex_;
+    std::vector<PlannedFailure> failures_;
+    std::vector<std::unique_ptr<CUstream_st>> streams_;
+};
+
+}  // namespace vela::software_device

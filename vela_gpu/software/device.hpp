@@ -1,0 +1,20 @@
+#pragma once
+
+#include "vela_gpu/software/runtime.hpp"
+
+#include <cstddef>
+
+/// Control of the software device, for tests.
+namespace vela::software_device {
+
+/// Lets the nth (1 = next) coming call of the runtime function `name`, say "cudaMallocPitch", fail with `status`
+/// and have no effect; the calls before and after it work. Kernel launches go by "cudaLaunchKernel".
+void failCall(const char* name, int nth, cudaError status);
+
+/// Forgets pending failures and the calling thread's pending last error.
+void reset();
+
+/// Device and managed allocations not yet freed.
+std::size_t liveAllocations();
+
+}  // namespace vela::software_device

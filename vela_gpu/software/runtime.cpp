@@ -1,0 +1,202 @@
+#include "vela_gpu/software/runtime.hpp"
+
+#include "vela_gpu/software/StandIn.hpp"
+
+#include <cstring>
+#include <limits>
+
+namespace {
+
+using vela::software_device::DeviceMemory;
+using vela::software_device::StandIn;
+
+constexpr std::size_t PITCH_ALIGNMENT = 512;
+constexpr std::size_t LARGEST_PITCH = std::numeric_limits<std::int32_t>::max();
+
+struct Copy {
+    void* destination;
+    std::size_t destinationPitch;
+    const void* source;
+    std::size_t sourcePitch;
+    std::size_t width;
+    std::size_t height;
+    cudaMemcpyKind kind;
+
+    bool readsDevice() const { return kind == cudaMemcpyDeviceToHost || kind == cudaMemcpyDeviceToDevice; }
+    bool writesDevice() const { return kind == cudaMemcpyHostToDevice || kind == cudaMemcpyDeviceToDevice; }
+};
+
+/// Where this process finds the bytes of one side of a copy; null when they are not all on that side.
+std::byte* findSide(const StandIn& device, const void* address, std::size_t bytes, bool onDevice,
+                    cudaMemcpyKind kind) {
+    if (address == nullptr) return nullptr;
+    if (!device.memory.owns(address)) {
+        const bool hostAllowed = !onDevice || kind == cudaMemcpyDefault;
+        return hostAllowed ? static_cast<std::byte*>(const_cast<void*>(address)) : nullptr;
+    }
+    const DeviceMemory::Reached reached = device.memory.reach(address, bytes);
+    const bool deviceAllowed =
+        onDevice || reached.kind == DeviceMemory::Kind::MANAGED || kind == cudaMemcpyDefault;
+    return deviceAllowed ? reached.bytes : nullptr;
+}
+
+void moveRows(std::byte* destination, std::size_t destinationPitch, const std::byte* source,
+              std::size_t sourcePitch, std::size_t width, std::size_t height) {
+    if (destinationPitch == width && sourcePitch == width) {
+        std::memmove(destination, source, width * height);
+        return;
+    }
+    for (std::size_t y = 0; y < height; ++y) {
+        std::memmove(destination + y * destinationPitch, source + y * sourcePitch, width);
+    }
+}
+
+/// Checks a copy and carries it out, or gives it to a stream; the addresses are looked up again when it runs.
+cudaError_t submitCopy(StandIn& device, const Copy& copy, cudaStream_t stream) {
+    if (copy.width == 0 || copy.height == 0) return cudaSuccess;
+    if (copy.kind < cudaMemcpyHostToHost || copy.kind > cudaMemcpyDefault) {
+        return cudaErrorInvalidMemcpyDirection;
+    }
+    for (const std::size_t pitch : {copy.destinationPitch, copy.sourcePitch}) {
+        if (copy.width > pitch || pitch > LARGEST_PITCH) return cudaErrorInvalidPitchValue;
+    }
+    const auto run = [&device, copy](bool dry) {
+        const std::size_t written = (copy.height - 1) * copy.destinationPitch + copy.width;
+        const std::size_t read = (copy.height - 1) * copy.sourcePitch + copy.width;
+        std::byte* const to = findSide(device, copy.destination, written, copy.writesDevice(), copy.kind);
+        const std::byte* const from = findSide(device, copy.source, read, copy.readsDevice(), copy.kind);
+        if (to == nullptr || from == nullptr) return cudaErrorInvalidValue;
+        if (!dry) moveRows(to, copy.destinationPitch, from, copy.sourcePitch, copy.width, copy.height);
+        return cudaSuccess;
+    };
+    if (const cudaError_t status = run(true); status != cudaSuccess) return status;
+    return device.submit(stream, [run] { return run(false); });
+}
+
+cudaError_t allocate(StandIn& device, void** pointer, std::size_t bytes, DeviceMemory::Kind kind) {
+    void* const memory = device.memory.allocate(bytes, kind);
+    if (memory == nullptr && bytes != 0) return cudaErrorMemoryAllocation;
+    *pointer = memory;
+    return cudaSuccess;
+}
+
+}  // namespace
+
+cudaError_t cudaMallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std::size_t height) {
+    StandIn& device = StandIn::get();
+    return device.call("cudaMallocPitch", [&] {
+        if (pointer == nullptr || pitch == nullptr || width > LARGEST_PITCH) return cudaErrorInvalidValue;
+        const std::size_t padded = (width + PITCH_ALIGNMENT - 1) / PITCH_ALIGNMENT * PITCH_ALIGNMENT;
+        if (padded != 0 && height > std::numeric_limits<std::size_t>::max() / padded) {
+            return cudaErrorMemoryAllocation;
+        }
+        const cudaError_t status = allocate(device, pointer, padded * height, DeviceMemory::Kind::DEVICE);
+        if (status == cudaSuccess) *pitch = padded;
+        return status;
+    });
+}
+
+cudaError_t cudaMallocManaged(void** pointer, std::size_t bytes, unsigned int flags) {
+    StandIn& device = StandIn::get();
+    return device.call("cudaMallocManaged", [&] {
+        const bool knownFlags = flags == cudaMemAttachGlobal || flags == cudaMemAttachHost;
+        if (pointer == nullptr || bytes == 0 || !knownFlags) return cudaErrorInvalidValue;
+        return allocate(device, pointer, bytes, DeviceMemory::Kind::MANAGED);
+    });
+}
+
+cudaError_t cudaFree(void* pointer) {
+    StandIn& device = StandIn::get();
+    return device.call("cudaFree", [&] {
+        if (pointer == nullptr) return cudaSuccess;
+        const cudaError_t earlier = device.completeAll();
+        return device.memory.release(pointer) ? earlier : cudaErrorInvalidValue;
+    });
+}
+
+cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t bytes, cudaMemcpyKind kind) {
+    StandIn& device = StandIn::get();
+    return device.call("cudaMemcpy", [&] {
+        return submitCopy(device, {destination, bytes, source, bytes, bytes, 1, kind}, nullptr);
+    });
+}
+
+cudaError_t cudaMemcpy2D(void* destination, std::size_t destinationPitch, const void* source,
+                         std::size_t sourcePitch, std::size_t width, std::size_t height, cudaMemcpyKind kind) {
+    StandIn& device = StandIn::get();
+    return device.call("cudaMemcpy2D", [&] {
+        const Copy copy{destination, destinationPitch, source, sourcePitch, width, height, kind};
+        return submitCopy(device, copy, nullptr);
+    });
+}
+
+cudaError_t cudaMemcpy2DAsync(void* destination, std::size_t destinationPitch, const void* source,
+                              std::size_t sourcePitch, std::size_t width, std::size_t height,
+                              cudaMemcpyKind kind, cudaStream_t stream) {
+    StandIn& device = StandIn::get();
+    return device.call("cudaMemcpy2DAsync", [&] {
+        const Copy copy{destination, destinationPitch, source, sourcePitch, width, height, kind};
+        return submitCopy(device, copy, stream);
+    });
+}
+
+cudaError_t cudaStreamCreate(cudaStream_t* stream) {
+    StandIn& device = StandIn::get();
+    return device.call("cudaStreamCreate", [&] {
+        if (stream == nullptr) return cudaErrorInvalidValue;
+        *stream = device.createStream();
+        return cudaSuccess;
+    });
+}
+
+cudaError_t cudaStreamDestroy(cudaStream_t stream) {
+    StandIn& device = StandIn::get();
+    return device.call("cudaStreamDestroy", [&] {
+        if (!device.isStream(stream)) return cudaErrorInvalidResourceHandle;
+        const cudaError_t status = StandIn::complete(*stream);
+        device.forgetStream(stream);
+        return status;
+    });
+}
+
+cudaError_t cudaStreamSynchronize(cudaStream_t stream) {
+    StandIn& device = StandIn::get();
+    return device.call("cudaStreamSynchronize", [&] {
+        if (stream == nullptr) return device.completeAll();
+        return device.isStream(stream) ? StandIn::complete(*stream) : cudaErrorInvalidResourceHandle;
+    });
+}
+
+cudaError_t cudaStreamAttachMemAsync(cudaStream_t stream, void* pointer, std::size_t bytes,
+                                     unsigned int flags) {
+    StandIn& device = StandIn::get();
+    return device.call("cudaStreamAttachMemAsync", [&] {
+        const std::size_t size = device.memory.managedSize(pointer);
+        const bool wholeBuffer = size != 0 && (bytes == 0 || bytes == size);
+        const bool toSomeone = flags == cudaMemAttachGlobal || flags == cudaMemAttachHost ||
+                               (flags == cudaMemAttachSingle && stream != nullptr);
+        if (!wholeBuffer || !toSomeone) return cudaErrorInvalidValue;
+        return device.submit(stream, [] { return cudaSuccess; });
+    });
+}
+
+cudaError_t cudaDeviceSynchronize() {
+    StandIn& device = StandIn::get();
+    return device.call("cudaDeviceSynchronize", [&] { return device.completeAll(); });
+}
+
+cudaError_t cudaGetDeviceCount(int* count) {
+    return StandIn::get().call("cudaGetDeviceCount", [&] {
+        if (count == nullptr) return cudaErrorInvalidValue;
+        *count = 1;
+        return cudaSuccess;
+    });
+}
+
+cudaError_t cudaGetLastError() {
+    return std::exchange(StandIn::lastError(), cudaSuccess);
+}
+
+cudaError_t cudaPeekAtLastError() {
+    return StandIn::lastError();
+}
