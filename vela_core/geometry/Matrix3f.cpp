@@ -5,8 +5,8 @@ namespace vela {
 void Matrix3f::inverse() {
     const Matrix3f copy(*this);
     const float* const c = copy.m;
-    const float determinant =
-        c[0] * (c[4] * c[8] - c[5] * c[7]) + c[1] * (c[5] * c[6] - c[3] * c[8]) + c[2] * (c[3] * c[7] - c[4] * c[6]);
+    const float determinant = c[0] * (c[4] * c[8] - c[5] * c[7]) + c[1] * (c[5] * c[6] - c[3] * c[8]) +
+                              c[2] * (c[3] * c[7] - c[4] * c[6]);
     m[0] = (c[4] * c[8] - c[5] * c[7]) / determinant;
     m[1] = (c[7] * c[2] - c[8] * c[1]) / determinant;
     m[2] = (c[5] * c[1] - c[4] * c[2]) / determinant;

@@ -9,7 +9,8 @@ class Matrix3f : public SquareMatrix<Matrix3f, 3> {
 public:
     using SquareMatrix::SquareMatrix;
 
-    /// Inverts in place by the adjugate over the determinant. Of a singular matrix it makes infinities and NaNs.
+    /// Inverts in place by the adjugate over the determinant. Of a singular matrix it makes infinities and
+    /// NaNs.
     void inverse();
     static Matrix3f inverse(const Matrix3f& matrix);
 };

@@ -70,7 +70,8 @@ Matrix4f Matrix4f::inverse(const Matrix4f& matrix) {
 }
 
 ERROR_CODE Matrix4f::setSubMatrix3f(Matrix3f sub, int row, int col) {
-    if (!isIndexBelow(row, 2) || !isIndexBelow(col, 2)) return invalidParameters(LogStatement::SET_SUB_MATRIX3F);
+    if (!isIndexBelow(row, 2) || !isIndexBelow(col, 2))
+        return invalidParameters(LogStatement::SET_SUB_MATRIX3F);
     for (int i = 0; i < 3; ++i) {
         for (int j = 0; j < 3; ++j) {
             (*this)(row + i, col + j) = sub(i, j);

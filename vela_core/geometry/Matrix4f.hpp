@@ -7,8 +7,8 @@
 
 namespace vela {
 
-/// 4 x 4 matrix of floats; the identity by default. A rigid transform holds its rotation in the upper-left 3 x 3
-/// block, its translation in column 3 of rows 0 to 2, and (0, 0, 0, 1) in row 3.
+/// 4 x 4 matrix of floats; the identity by default. A rigid transform holds its rotation in the upper-left 3
+/// x 3 block, its translation in column 3 of rows 0 to 2, and (0, 0, 0, 1) in row 3.
 class Matrix4f : public SquareMatrix<Matrix4f, 4> {
 public:
     using SquareMatrix::SquareMatrix;
@@ -19,8 +19,8 @@ public:
 
     /// Inverts in place a matrix whose last row is (0, 0, 0, 1): the adjugate over the determinant of the
     /// upper-left 3 x 3 block. With another last row the result is not the inverse.
-    /// `FAILURE` when c0*A0 + c1^2 + c2^2 + c3^2 is 0 for the first row c and the adjugate A; elements 0, 4, 8
-    /// and 12 are then replaced by those of A, the others keep their values.
+    /// `FAILURE` when c0*A0 + c1^2 + c2^2 + c3^2 is 0 for the first row c and the adjugate A; elements 0, 4,
+    /// 8 and 12 are then replaced by those of A, the others keep their values.
     ERROR_CODE inverse();
     /// The inverse of a copy; its status is dropped.
     static Matrix4f inverse(const Matrix4f& matrix);

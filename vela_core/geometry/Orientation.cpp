@@ -43,18 +43,22 @@ Rotation Orientation::getRotationMatrix() const {
     const float z = oz;
     const float w = ow;
     const float n = 1.0F / (x * x + y * y + z * z + w * w);
-    const float values[9] = {
-        (x * x - y * y - z * z + w * w) * n,  2 * (x * y - z * w) * n, 2 * (x * z + y * w) * n,
-        2 * (x * y + z * w) * n, (-x * x + y * y - z * z + w * w) * n, 2 * (y * z - x * w) * n,
-        2 * (x * z - y * w) * n, 2 * (y * z + x * w) * n, (-x * x - y * y + z * z + w * w) * n};
+    const float values[9] = {(x * x - y * y - z * z + w * w) * n,
+                             2 * (x * y - z * w) * n,
+                             2 * (x * z + y * w) * n,
+                             2 * (x * y + z * w) * n,
+                             (-x * x + y * y - z * z + w * w) * n,
+                             2 * (y * z - x * w) * n,
+                             2 * (x * z - y * w) * n,
+                             2 * (y * z + x * w) * n,
+                             (-x * x - y * y + z * z + w * w) * n};
     return Matrix3f(values);
 }
 
 Orientation Orientation::operator*(const Orientation& b) const {
-    return Orientation(Vector4<float>(ow * b.ox + ox * b.ow + oy * b.oz - oz * b.oy,
-                                      ow * b.oy - ox * b.oz + oy * b.ow + oz * b.ox,
-                                      ow * b.oz + ox * b.oy - oy * b.ox + oz * b.ow,
-                                      ow * b.ow - ox * b.ox - oy * b.oy - oz * b.oz));
+    return Orientation(Vector4<float>(
+        ow * b.ox + ox * b.ow + oy * b.oz - oz * b.oy, ow * b.oy - ox * b.oz + oy * b.ow + oz * b.ox,
+        ow * b.oz + ox * b.oy - oy * b.ox + oz * b.ow, ow * b.ow - ox * b.ox - oy * b.oy - oz * b.oz));
 }
 
 void Orientation::normalise() {

@@ -5,7 +5,10 @@
 namespace vela {
 
 Pose::Pose(const Pose& other)
-    : transform(other.transform), timestamp(other.timestamp), confidence(other.confidence), valid(other.valid) {}
+    : transform(other.transform),
+      timestamp(other.timestamp),
+      confidence(other.confidence),
+      valid(other.valid) {}
 
 Pose& Pose::operator=(const Pose& other) {
     if (this == &other) return *this;

@@ -27,8 +27,8 @@ Rotation::Rotation(float angle, const Translation& axis) {
     const float s = std::sin(angle);
     const float t = 1.0F - c;
     const float values[9] = {
-        c + t * u.tx * u.tx,           t * u.tx * u.ty - u.tz * s, u.ty * s + t * u.tx * u.tz,
-        u.tz * s + t * u.tx * u.ty, c + t * u.ty * u.ty,           t * u.ty * u.tz - u.tx * s,
+        c + t * u.tx * u.tx,        t * u.tx * u.ty - u.tz * s, u.ty * s + t * u.tx * u.tz,
+        u.tz * s + t * u.tx * u.ty, c + t * u.ty * u.ty,        t * u.ty * u.tz - u.tx * s,
         t * u.tx * u.tz - u.ty * s, u.tx * s + t * u.ty * u.tz, c + t * u.tz * u.tz};
     std::copy_n(values, 9, m);
 }
@@ -71,8 +71,7 @@ void Rotation::setEulerAngles(const Vector3<float>& angles, bool radian) {
     const float sy = std::sin(angles.y * unit);
     const float cz = std::cos(angles.z * unit);
     const float sz = std::sin(angles.z * unit);
-    const float values[9] = {cy * cz,  sx * sy - cy * sz * cx, sy * cx + sx * cy * sz,
-                             sz,       cz * cx,                -cz * sx,
+    const float values[9] = {cy * cz,  sx * sy - cy * sz * cx, sy * cx + sx * cy * sz, sz, cz * cx, -cz * sx,
                              -sy * cz, cy * sx + cx * sy * sz, cy * cx - sx * sy * sz};
     std::copy_n(values, 9, m);
 }

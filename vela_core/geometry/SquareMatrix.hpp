@@ -8,8 +8,8 @@
 namespace vela {
 
 /// What `Matrix3f` and `Matrix4f` have in common: N x N floats, row-major, and a label for the text dump.
-/// Copies and assignments take the numbers only: a copy has an empty label, a target keeps its own. Results of
-/// the operators are fresh matrices without label. Derived is the matrix class.
+/// Copies and assignments take the numbers only: a copy has an empty label, a target keeps its own. Results
+/// of the operators are fresh matrices without label. Derived is the matrix class.
 template <class Derived, int N>
 class SquareMatrix {
 public:

@@ -10,8 +10,8 @@
 
 namespace vela {
 
-/// The matrix that maps a point expressed in convention `from` into `to`; its translation is 0. Values without
-/// enumerator count as `IMAGE`.
+/// The matrix that maps a point expressed in convention `from` into `to`; its translation is 0. Values
+/// without enumerator count as `IMAGE`.
 Matrix4f getCoordinateTransformConversion4f(COORDINATE_SYSTEM from, COORDINATE_SYSTEM to);
 
 /// The upper-left 3 x 3 block of `getCoordinateTransformConversion4f`.
@@ -21,7 +21,8 @@ Matrix3f getCoordinateTransformConversion3f(COORDINATE_SYSTEM from, COORDINATE_S
 float getUnitScale(UNIT from, UNIT to);
 
 /// Moves a transform, rotation and translation, into another axis convention: K t K^-1.
-/// `INVALID_COORDINATE_SYSTEM`, without a change, for a value above the last; negative values count as `IMAGE`.
+/// `INVALID_COORDINATE_SYSTEM`, without a change, for a value above the last; negative values count as
+/// `IMAGE`.
 ERROR_CODE convertCoordinateSystem(Transform& transform, COORDINATE_SYSTEM from, COORDINATE_SYSTEM to);
 
 /// Scales the translation from one unit to another.
@@ -29,9 +30,9 @@ ERROR_CODE convertCoordinateSystem(Transform& transform, COORDINATE_SYSTEM from,
 ERROR_CODE convertUnit(Transform& transform, UNIT from, UNIT to);
 
 /// Turns the rotation of a transform in convention `system` about the vertical so that it faces the `IMAGE`
-/// frame's Z axis: pitch and roll stay, the translation too. The heading is that of the forward axis, or of the
-/// up or down axis when forward is closer to the vertical than asin(0.8). Doing it twice changes nothing more.
-/// `INVALID_COORDINATE_SYSTEM`, without a change, for a value above the last.
+/// frame's Z axis: pitch and roll stay, the translation too. The heading is that of the forward axis, or of
+/// the up or down axis when forward is closer to the vertical than asin(0.8). Doing it twice changes nothing
+/// more. `INVALID_COORDINATE_SYSTEM`, without a change, for a value above the last.
 ERROR_CODE removeYaw(Transform& transform, COORDINATE_SYSTEM system);
 
 /// The rotation that carries the unit vector `reference` onto the direction of the measured `gravity`:

@@ -98,9 +98,11 @@ ERROR_CODE convertCoordinateSystem(Mat& mat, COORDINATE_SYSTEM from, COORDINATE_
     if (isPast(from, last) || isPast(to, last)) return ERROR_CODE::INVALID_COORDINATE_SYSTEM;
     switch (mat.dataType) {
         case MAT_TYPE::MAT_32F_C3:
-            return applyMatrix<Vector3<float>, ApplyMatrix3>(mat, getCoordinateTransformConversion3f(from, to), mem);
+            return applyMatrix<Vector3<float>, ApplyMatrix3>(
+                mat, getCoordinateTransformConversion3f(from, to), mem);
         case MAT_TYPE::MAT_32F_C4:
-            return applyMatrix<Vector4<float>, ApplyMatrix4>(mat, getCoordinateTransformConversion4f(from, to), mem);
+            return applyMatrix<Vector4<float>, ApplyMatrix4>(
+                mat, getCoordinateTransformConversion4f(from, to), mem);
         default:
             return ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
     }

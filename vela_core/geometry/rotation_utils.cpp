@@ -1,6 +1,6 @@
 #include "vela_core/geometry/conversion.hpp"
 
-#include <Eigen/Core>
+#include <Eigen/Geometry>
 
 namespace vela {
 namespace {
@@ -55,10 +55,15 @@ Rotation computeRotationMatrixFromGravity(Vector3<float> gravity, Vector3<float>
     const Eigen::Vector3f u = g / g.norm();
     const Eigen::Vector3f v = u.cross(ref);
     const float k = (1.0F - u.dot(ref)) / v.squaredNorm();
-    const float values[9] = {
-        1.0F - k * (v.y() * v.y() + v.z() * v.z()), v.z() + k * v.x() * v.y(), -v.y() + k * v.x() * v.z(),
-        -v.z() + k * v.x() * v.y(), 1.0F - k * (v.x() * v.x() + v.z() * v.z()), v.x() + k * v.y() * v.z(),
-        v.y() + k * v.x() * v.z(), -v.x() + k * v.y() * v.z(), 1.0F - k * (v.x() * v.x() + v.y() * v.y())};
+    const float values[9] = {1.0F - k * (v.y() * v.y() + v.z() * v.z()),
+                             v.z() + k * v.x() * v.y(),
+                             -v.y() + k * v.x() * v.z(),
+                             -v.z() + k * v.x() * v.y(),
+                             1.0F - k * (v.x() * v.x() + v.z() * v.z()),
+                             v.x() + k * v.y() * v.z(),
+                             v.y() + k * v.x() * v.z(),
+                             -v.x() + k * v.y() * v.z(),
+                             1.0F - k * (v.x() * v.x() + v.y() * v.y())};
     return Matrix3f(values);
 }
 

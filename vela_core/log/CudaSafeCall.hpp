@@ -4,8 +4,8 @@
 
 namespace vela {
 
-/// Prints "in TEXT : Err [NUMBER]: WHAT.\n" on standard output when `status` is not `cudaSuccess`; `text` is the
-/// signature of the function that failed. `text2` and `line` are accepted and not printed.
+/// Prints "in TEXT : Err [NUMBER]: WHAT.\n" on standard output when `status` is not `cudaSuccess`; `text` is
+/// the signature of the function that failed. `text2` and `line` are accepted and not printed.
 // NOLINTNEXTLINE(bugprone-reserved-identifier): the kit's public name
 void __cudaSafeCall(cudaError status, const char* text, const char* text2, int line);
 

@@ -20,21 +20,23 @@ constexpr const char* CORE = "[Core] ";
 
 constexpr Statement statement(const char* source, const char* function, const char* format, const char* tag,
                               const char* subject = nullptr) {
-    return {MacroMetadata(source, function, format, nullptr, quill::LogLevel::Error, MacroMetadata::Event::Log),
-            tag, subject};
+    return {
+        MacroMetadata(source, function, format, nullptr, quill::LogLevel::Error, MacroMetadata::Event::Log),
+        tag, subject};
 }
 
 constexpr const char* NOT_FOUND = "{} Parameter {} not found in given parameter file, default value used.";
 constexpr const char* UNSUPPORTED = "{} Mat type currently not supported.";
 constexpr const char* FREE_BEFORE =
-    "{} {} Mat with GPU memory allocated should be freed before deleting the Camera object to avoid GPU context "
+    "{} {} Mat with GPU memory allocated should be freed before deleting the Camera object to avoid GPU "
+    "context "
     "issues.";
 constexpr const char* FORBIDDEN = "{} {} for reference Mat is forbidden.";
 constexpr const char* EXCEPTION = "{} in {} : {}";
 constexpr const char* INVALID = "{} {} Invalid Parameters.";
 
-// Indexed by LogStatement. Tools that watch logs match on path and line: both are fixed identifiers and do not
-// follow the code.
+// Indexed by LogStatement. Tools that watch logs match on path and line: both are fixed identifiers and do
+// not follow the code.
 constexpr Statement STATEMENTS[] = {
     statement("vela_core/utils/fct_intern.cpp:108", "getField", NOT_FOUND, CORE),
     statement("vela_core/utils/Mat.cpp:440", "toCvMat", UNSUPPORTED, MAT),

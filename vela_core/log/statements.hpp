@@ -6,17 +6,17 @@ namespace vela {
 
 /// The layer's log statements, one for each place that logs. Formats, sources and levels stand in the source.
 enum class LogStatement : std::size_t {
-    PARAMETER_NOT_FOUND,     ///< detail: the parameter's name
-    WRAP_UNSUPPORTED_TYPE,   ///< no detail
-    GPU_FREE_FAILED,         ///< detail: the Mat's name
+    PARAMETER_NOT_FOUND,    ///< detail: the parameter's name
+    WRAP_UNSUPPORTED_TYPE,  ///< no detail
+    GPU_FREE_FAILED,        ///< detail: the Mat's name
     UPDATE_CPU_OF_REFERENCE,
     UPDATE_GPU_OF_REFERENCE,
-    READ_EXCEPTION,          ///< detail: the exception's message
+    READ_EXCEPTION,  ///< detail: the exception's message
     WRITE_DEPTH_FAILED,
     WRITE_CLOUD3_FAILED,
     WRITE_CLOUD4_FAILED,
     WRITE_UNSUPPORTED_TYPE,
-    WRITE_EXCEPTION,         ///< detail: the exception's message
+    WRITE_EXCEPTION,  ///< detail: the exception's message
     SET_SUB_MATRIX3F,
     SET_SUB_VECTOR3F,
     SET_SUB_VECTOR4F,

@@ -6,9 +6,9 @@
 
 namespace vela {
 
-/// Owning, zero-terminated text at the API boundary, one pointer wide so that records and matrices stay small.
-/// A text ends at its first zero byte. A String made from a null pointer has no character data: it is `empty`,
-/// and `c_str` and `get` are null; it differs from the empty text "".
+/// Owning, zero-terminated text at the API boundary, one pointer wide so that records and matrices stay
+/// small. A text ends at its first zero byte. A String made from a null pointer has no character data: it is
+/// `empty`, and `c_str` and `get` are null; it differs from the empty text "".
 class String {
 public:
     /// The empty text "".

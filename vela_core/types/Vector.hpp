@@ -38,7 +38,9 @@ struct Vector3 {
 
     /// Component i of 0 to 2; no bounds check.
     VELA_HOST_DEVICE constexpr T& operator[](std::size_t i) { return i == 0 ? x : i == 1 ? y : z; }
-    VELA_HOST_DEVICE constexpr const T& operator[](std::size_t i) const { return i == 0 ? x : i == 1 ? y : z; }
+    VELA_HOST_DEVICE constexpr const T& operator[](std::size_t i) const {
+        return i == 0 ? x : i == 1 ? y : z;
+    }
 
     friend constexpr bool operator==(const Vector3& a, const Vector3& b) {
         return a.x == b.x && a.y == b.y && a.z == b.z;
@@ -58,7 +60,9 @@ struct Vector4 {
     VELA_HOST_DEVICE constexpr Vector4(T x_, T y_, T z_, T w_) : x(x_), y(y_), z(z_), w(w_) {}
 
     /// Component i of 0 to 3; no bounds check.
-    VELA_HOST_DEVICE constexpr T& operator[](std::size_t i) { return i == 0 ? x : i == 1 ? y : i == 2 ? z : w; }
+    VELA_HOST_DEVICE constexpr T& operator[](std::size_t i) {
+        return i == 0 ? x : i == 1 ? y : i == 2 ? z : w;
+    }
     VELA_HOST_DEVICE constexpr const T& operator[](std::size_t i) const {
         return i == 0 ? x : i == 1 ? y : i == 2 ? z : w;
     }

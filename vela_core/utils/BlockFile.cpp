@@ -35,9 +35,8 @@ std::size_t wantedSize(int descriptor, char unwantedEnd) {
 }  // namespace
 
 BlockFile::BlockFile(const std::string& path)
-    : descriptor_(uninterrupted([&] {
-          return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, READ_WRITE_ALL);
-      })),
+    : descriptor_(uninterrupted(
+          [&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, READ_WRITE_ALL); })),
       buffer_(new char[BLOCK]) {}
 
 BlockFile::~BlockFile() {

@@ -21,8 +21,8 @@ public:
 
     bool isOpen() const { return descriptor_ >= 0; }
 
-    /// Room for at least LARGEST_RESERVE characters, to be written from the returned place on and then committed
-    /// with the place behind the last one.
+    /// Room for at least LARGEST_RESERVE characters, to be written from the returned place on and then
+    /// committed with the place behind the last one.
     char* reserve() {
         if (used_ > BLOCK - LARGEST_RESERVE) flush();
         return buffer_.get() + used_;

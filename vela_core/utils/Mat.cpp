@@ -17,7 +17,8 @@ Mat::Mat(std::size_t width_, std::size_t height_, MAT_TYPE type, MEM mem) {
 Mat::Mat(Resolution resolution, MAT_TYPE type, MEM mem)
     : Mat(resolution.width, resolution.height, type, mem) {}
 
-Mat::Mat(std::size_t width_, std::size_t height_, MAT_TYPE type, unsigned char* ptr, std::size_t step, MEM mem) {
+Mat::Mat(std::size_t width_, std::size_t height_, MAT_TYPE type, unsigned char* ptr, std::size_t step,
+         MEM mem) {
     describe(width_, height_, type);
     if (mem == MEM::CPU) {
         ptrCPU = ptr;
@@ -90,7 +91,8 @@ void Mat::alloc(std::size_t newWidth, std::size_t newHeight, MAT_TYPE type, MEM 
         if (hasHostSide(mem)) ptrCPU = allocateHostBuffer(rowBytes * height);
         stepBytesCPU = rowBytes;
         if (hasDeviceSide(mem)) {
-            succeeded(allocateDeviceBuffer(ptrGPU, stepBytesGPU, width, pixelBytes, height), signature::ALLOC);
+            succeeded(allocateDeviceBuffer(ptrGPU, stepBytesGPU, width, pixelBytes, height),
+                      signature::ALLOC);
         }
     }
     // Also after a failed allocation and for a `mem` without a side: existing callers look at the pointers.

@@ -13,13 +13,13 @@ namespace vela {
 /// Two-dimensional image of one element type and one to four channels, in host memory, in GPU memory, in both
 /// (two buffers that explicit copies keep in step), or in one CUDA managed buffer.
 ///
-/// A Mat either owns its buffers (`alloc`, `clone`, `move` into it) and releases them in `free` and when it is
-/// destroyed, or refers to buffers owned elsewhere (`ref`, copies, wrapped memory) and never releases anything;
-/// the owner must then outlive it. Copying and assigning make references; the deep copies are `clone`,
-/// `copyTo` and `setFrom`.
+/// A Mat either owns its buffers (`alloc`, `clone`, `move` into it) and releases them in `free` and when it
+/// is destroyed, or refers to buffers owned elsewhere (`ref`, copies, wrapped memory) and never releases
+/// anything; the owner must then outlive it. Copying and assigning make references; the deep copies are
+/// `clone`, `copyTo` and `setFrom`.
 ///
-/// A side holds `height` rows; row y starts y steps after its pointer. Owned host and managed rows are packed,
-/// owned device rows are pitched. There is no lock: one Mat is used by one thread at a time.
+/// A side holds `height` rows; row y starts y steps after its pointer. Owned host and managed rows are
+/// packed, owned device rows are pitched. There is no lock: one Mat is used by one thread at a time.
 class Mat {
 public:
     std::size_t width = 0;
@@ -35,8 +35,8 @@ public:
     unsigned char* ptrGPU = nullptr;  ///< never read by host code unless managed
     bool isInit = false;              ///< the fields describe usable data
     bool memoryOwner = false;
-    String name = "n/a";      ///< label in messages; stays with this Mat
-    bool extraFlag = false;   ///< travels with `move`; not used by the library
+    String name = "n/a";               ///< label in messages; stays with this Mat
+    bool extraFlag = false;            ///< travels with `move`; not used by the library
     unsigned long long timestamp = 0;  ///< capture time in nanoseconds
 
     /// An empty Mat.
@@ -60,17 +60,18 @@ public:
     Mat(const Mat& source);
     Mat& operator=(const Mat& source);
 
-    /// Takes an owner's buffers over as `move` does, or refers to what a reference refers to. Keeps its own name.
+    /// Takes an owner's buffers over as `move` does, or refers to what a reference refers to. Keeps its own
+    /// name.
     Mat(Mat&& source) noexcept;
     Mat& operator=(Mat&& source) noexcept;
 
     ~Mat();
 
     /// Releases what this Mat owned and allocates uninitialised buffers on the side or sides of `mem`; `type`
-    /// sets `channels` and `pixelBytes` (0 for an unknown type). Nothing is returned: a failed device allocation
-    /// is printed on standard output, a `mem` above `MEM_MANAGED` too, and the Mat then claims to be initialised
-    /// and owning with null pointers. A failed host allocation throws `std::bad_alloc`.
-    /// Device rows of 3- and 12-byte pixels get a pitch that is a whole number of pixels.
+    /// sets `channels` and `pixelBytes` (0 for an unknown type). Nothing is returned: a failed device
+    /// allocation is printed on standard output, a `mem` above `MEM_MANAGED` too, and the Mat then claims to
+    /// be initialised and owning with null pointers. A failed host allocation throws `std::bad_alloc`. Device
+    /// rows of 3- and 12-byte pixels get a pitch that is a whole number of pixels.
     void alloc(std::size_t width, std::size_t height, MAT_TYPE type, MEM mem = MEM::CPU);
     void alloc(Resolution resolution, MAT_TYPE type, MEM mem = MEM::CPU);
 
@@ -83,25 +84,25 @@ public:
     /// So `m.ref(m)` empties m. The name is not taken over.
     void ref(const Mat& source);
 
-    /// Deep copy of `source` into buffers allocated on the same sides, with its time stamp and without its name.
-    /// Sizes are limited to 2^31 - 1. `FAILURE`, without a change, when the source is not initialised; failed
-    /// copies are printed and do not change the result.
+    /// Deep copy of `source` into buffers allocated on the same sides, with its time stamp and without its
+    /// name. Sizes are limited to 2^31 - 1. `FAILURE`, without a change, when the source is not initialised;
+    /// failed copies are printed and do not change the result.
     ERROR_CODE clone(const Mat& source);
 
     /// Hands buffers and ownership to `destination`, which releases its own first and keeps its name.
     /// `FAILURE`, without a change, when this Mat does not own its memory.
     ERROR_CODE move(Mat& destination);
 
-    /// Exchanges two owning Mats by three moves. A reference takes no part in a move: a reference in `a` is
-    /// forgotten and `b` ends empty; with a reference in `b`, the buffers of `a` are released.
+    /// Exchanges two owning Mats by three moves, through a temporary. A reference cannot be moved, so it is
+    /// lost: whichever of the two it is in ends with the other's buffers, and the other ends empty.
     static void swap(Mat& a, Mat& b);
 
     /// Bytes from row to row of one side, `CPU`, `GPU` or `MEM_MANAGED`; 0 for any other value.
     std::size_t getStepBytes(MEM mem = MEM::CPU) const;
 
-    /// Copies the pixels from the first side of `type` here to its second side in `destination`. The destination
-    /// is kept if it has this size, type and side, so that a reference writes through; otherwise it is allocated
-    /// on the written side alone. It takes the time stamp over, also when the copy fails.
+    /// Copies the pixels from the first side of `type` here to its second side in `destination`. The
+    /// destination is kept if it has this size, type and side, so that a reference writes through; otherwise
+    /// it is allocated on the written side alone. It takes the time stamp over, also when the copy fails.
     /// Without a stream the copy is complete on return; on a stream it is queued, and the caller synchronises
     /// before touching either Mat. A failed copy is printed and gives `FAILURE`.
     ERROR_CODE copyTo(Mat& destination, COPY_TYPE type = COPY_TYPE::CPU_CPU, cudaStream_t stream = 0) const;
@@ -110,9 +111,9 @@ public:
     ERROR_CODE setFrom(const Mat& source, COPY_TYPE type = COPY_TYPE::CPU_CPU, cudaStream_t stream = 0);
 
     /// Copies the device side to the host side, on `stream` as in `copyTo`. An owner with a device side alone
-    /// gets a packed host buffer first; a managed buffer is handed to the host, and the stream is synchronised.
-    /// A reference with one side may not grow a second: that is logged and gives `FAILURE`, as does a failed
-    /// copy, which is printed.
+    /// gets a packed host buffer first; a managed buffer is handed to the host, and the stream is
+    /// synchronised. A reference with one side may not grow a second: that is logged and gives `FAILURE`, as
+    /// does a failed copy, which is printed.
     ERROR_CODE updateCPUfromGPU(cudaStream_t stream = 0);
 
     /// Copies the host side to the device side; the counterpart of `updateCPUfromGPU`. A managed buffer is

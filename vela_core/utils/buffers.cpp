@@ -5,7 +5,8 @@
 namespace vela {
 namespace {
 
-// The least common multiple of the pixel sizes that are no power of two and of the device's row alignment, 512.
+// The least common multiple of the pixel sizes that are no power of two and of the device's row alignment,
+// 512.
 constexpr std::size_t WHOLE_PIXEL_ROW = 1536;
 
 }  // namespace

@@ -12,9 +12,9 @@ namespace vela {
 unsigned char* allocateHostBuffer(std::size_t bytes);
 void releaseHostBuffer(unsigned char* buffer) noexcept;
 
-/// Pitched device memory for rows of `width` pixels; on failure `buffer` and `stepBytes` are as the runtime left
-/// them. Rows of 3- and 12-byte pixels are padded so that the pitch, too, is a whole number of pixels: kernels
-/// address rows by whole pixels.
+/// Pitched device memory for rows of `width` pixels; on failure `buffer` and `stepBytes` are as the runtime
+/// left them. Rows of 3- and 12-byte pixels are padded so that the pitch, too, is a whole number of pixels:
+/// kernels address rows by whole pixels.
 cudaError_t allocateDeviceBuffer(unsigned char*& buffer, std::size_t& stepBytes, std::size_t width,
                                  std::size_t pixelBytes, std::size_t height);
 

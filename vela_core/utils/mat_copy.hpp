@@ -7,8 +7,9 @@
 
 namespace vela {
 
-/// One two-dimensional copy of all of the source's rows in the direction of `type`: complete on return without a
-/// stream, queued on `stream` otherwise. An unknown direction reads a null pointer, which the runtime refuses.
+/// One two-dimensional copy of all of the source's rows in the direction of `type`: complete on return
+/// without a stream, queued on `stream` otherwise. An unknown direction reads a null pointer, which the
+/// runtime refuses.
 cudaError cpy(const Mat& source, Mat& destination, COPY_TYPE type, cudaStream_t stream);
 
 /// Keeps the destination if it fits the source's size and type and has the side that `type` writes, and the

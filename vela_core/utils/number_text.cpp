@@ -11,12 +11,14 @@ constexpr int DIGITS_AFTER_POINT = 6;
 
 char* writeFixed(char* out, float value) {
     const auto number = static_cast<double>(value);
-    return std::to_chars(out, out + NUMBER_TEXT_SIZE, number, std::chars_format::fixed, DIGITS_AFTER_POINT).ptr;
+    return std::to_chars(out, out + NUMBER_TEXT_SIZE, number, std::chars_format::fixed, DIGITS_AFTER_POINT)
+        .ptr;
 }
 
 char* writeScientific(char* out, float value) {
     const auto number = static_cast<double>(value);
-    return std::to_chars(out, out + NUMBER_TEXT_SIZE, number, std::chars_format::scientific, DIGITS_AFTER_POINT)
+    return std::to_chars(out, out + NUMBER_TEXT_SIZE, number, std::chars_format::scientific,
+                         DIGITS_AFTER_POINT)
         .ptr;
 }
 

@@ -37,19 +37,25 @@ std::string xyzHeader(int count, bool /*color*/) {
 std::string pcdHeader(int count, bool color) {
     const char* const fields = color ? "FIELDS x y z rgb\nSIZE 4 4 4 4\nTYPE F F F F\nCOUNT 1 1 1 1\n"
                                      : "FIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1\n";
-    return formatText("# .PCD v.7 - Point Cloud Data file format\nVERSION .7\n%sWIDTH %d\nHEIGHT 1\nPOINTS %d\nDATA ascii\n",
-                      fields, count, count);
+    return formatText(
+        "# .PCD v.7 - Point Cloud Data file format\nVERSION .7\n%sWIDTH %d\nHEIGHT 1\nPOINTS %d\nDATA "
+        "ascii\n",
+        fields, count, count);
 }
 
 std::string plyHeader(int count, bool color) {
     const char* const properties =
         color ? "property uchar red\nproperty uchar green\nproperty uchar blue\n" : "";
-    return formatText("ply\nformat ascii 1.0\nelement vertex %d\nproperty float x\nproperty float y\nproperty float z\n%send_header\n",
-                      count, properties);
+    return formatText(
+        "ply\nformat ascii 1.0\nelement vertex %d\nproperty float x\nproperty float y\nproperty float "
+        "z\n%send_header\n",
+        count, properties);
 }
 
 std::string vtkHeader(int count, bool /*color*/) {
-    return formatText("# vtk DataFile Version 3.0\nFile created by Quandrel\nASCII\nDATASET POLYDATA\nPOINTS %d float\n", count);
+    return formatText(
+        "# vtk DataFile Version 3.0\nFile created by Quandrel\nASCII\nDATASET POLYDATA\nPOINTS %d float\n",
+        count);
 }
 
 std::string noHeader(int /*count*/, bool /*color*/) {
@@ -63,9 +69,7 @@ char* noColor(char* out, const Point& /*point*/) {
 /// Red, green and blue in the bits of one float, as readers of PCD files expect. A byte of 255 counts as 254,
 /// which keeps the float finite whatever a reader does with the fourth byte.
 char* packedColor(char* out, const Point& point) {
-    const auto channel = [](std::uint8_t value) {
-        return std::uint32_t{std::min<std::uint8_t>(value, 254)};
-    };
+    const auto channel = [](std::uint8_t value) { return std::uint32_t{std::min<std::uint8_t>(value, 254)}; };
     const std::uint32_t bits = channel(point.red) << 16 | channel(point.green) << 8 | channel(point.blue);
     float packed = 0.0F;
     std::memcpy(&packed, &bits, sizeof packed);

@@ -13,16 +13,17 @@ enum POINT_CLOUD_FORMAT : std::int32_t {
     VTK = 3,  ///< ".vtk", VTK legacy ASCII polydata
 };
 
-/// Writes the points of a cloud to a text file, one line "x y z" each by "%f", and their colour if `color` is set
-/// and the format has it. Points whose x is NaN or infinite are left out; y and z are written whatever they are.
+/// Writes the points of a cloud to a text file, one line "x y z" each by "%f", and their colour if `color` is
+/// set and the format has it. Points whose x is NaN or infinite are left out; y and z are written whatever
+/// they are.
 ///
-/// The host buffer is read as width * height packed pixels of four floats, whatever the Mat's type and step: x,
-/// y, z, and the bytes red, green, blue, unused. Nothing of this is checked; a Mat without a host buffer has no
-/// points. The format's extension is added to `name` unless it ends so.
+/// The host buffer is read as width * height packed pixels of four floats, whatever the Mat's type and step:
+/// x, y, z, and the bytes red, green, blue, unused. Nothing of this is checked; a Mat without a host buffer
+/// has no points. The format's extension is added to `name` unless it ends so.
 ///
-/// The lines go through the file `name` + "_tmp0.txt", because the headers state the number of points; it stays
-/// behind if the output cannot be opened, and if it cannot be made the body is empty. The last point has no line
-/// end, and in VTK files "VERTICES" follows it on its line: readers of these files know it so.
+/// The lines go through the file `name` + "_tmp0.txt", because the headers state the number of points; it
+/// stays behind if the output cannot be opened, and if it cannot be made the body is empty. The last point
+/// has no line end, and in VTK files "VERTICES" follows it on its line: readers of these files know it so.
 /// False when the output cannot be opened; other failures, a full disk among them, do not show.
 bool savePointCloudAs(vela::Mat& cloud, POINT_CLOUD_FORMAT format, vela::String name, bool color);
 

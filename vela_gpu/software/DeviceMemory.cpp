@@ -17,8 +17,7 @@ constexpr int POISON = 0xCD;
 std::byte* mapPages(std::byte* address, std::size_t size, int protection) {
     const int fixed = address == nullptr ? 0 : MAP_FIXED;
     const int reserve = protection == PROT_NONE ? MAP_NORESERVE : 0;
-    void* const pages =
-        mmap(address, size, protection, MAP_PRIVATE | MAP_ANONYMOUS | fixed | reserve, -1, 0);
+    void* const pages = mmap(address, size, protection, MAP_PRIVATE | MAP_ANONYMOUS | fixed | reserve, -1, 0);
     return pages == MAP_FAILED ? nullptr : static_cast<std::byte*>(pages);
 }
 

@@ -23,8 +23,8 @@ public:
     /// Whether the address was ever handed out, live or stale.
     bool owns(const void* address) const;
 
-    /// The bytes behind [address, address + bytes) as this process may access them, and their kind; null unless
-    /// all of them belong to one live allocation.
+    /// The bytes behind [address, address + bytes) as this process may access them, and their kind; null
+    /// unless all of them belong to one live allocation.
     struct Reached {
         std::byte* bytes = nullptr;
         Kind kind = Kind::DEVICE;

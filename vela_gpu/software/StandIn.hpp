@@ -17,8 +17,8 @@ struct CUstream_st {
 
 namespace vela::software_device {
 
-/// The software device: its memory, its streams, the failures that tests planned, and the lock over all of it.
-/// Every runtime function and every kernel launch goes through `call`.
+/// The software device: its memory, its streams, the failures that tests planned, and the lock over all of
+/// it. Every runtime function and every kernel launch goes through `call`.
 class StandIn {
 public:
     /// The one device. It is never destroyed: Mats with static storage duration free their memory at exit.

@@ -7,8 +7,8 @@
 /// Control of the software device, for tests.
 namespace vela::software_device {
 
-/// Lets the nth (1 = next) coming call of the runtime function `name`, say "cudaMallocPitch", fail with `status`
-/// and have no effect; the calls before and after it work. Kernel launches go by "cudaLaunchKernel".
+/// Lets the nth (1 = next) coming call of the runtime function `name`, say "cudaMallocPitch", fail with
+/// `status` and have no effect; the calls before and after it work. Kernel launches go by "cudaLaunchKernel".
 void failCall(const char* name, int nth, cudaError status);
 
 /// Forgets pending failures and the calling thread's pending last error.

@@ -22,8 +22,8 @@ template <class Kernel>
 void launch(cudaStream_t stream, Kernel kernel) {
     StandIn& device = StandIn::get();
     device.call("cudaLaunchKernel", [&] {
-        return device.submit(
-            stream, [=, &device] { return kernel(device) ? cudaSuccess : cudaErrorIllegalAddress; });
+        return device.submit(stream,
+                             [=, &device] { return kernel(device) ? cudaSuccess : cudaErrorIllegalAddress; });
     });
 }
 

@@ -122,7 +122,8 @@ cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t bytes,
 }
 
 cudaError_t cudaMemcpy2D(void* destination, std::size_t destinationPitch, const void* source,
-                         std::size_t sourcePitch, std::size_t width, std::size_t height, cudaMemcpyKind kind) {
+                         std::size_t sourcePitch, std::size_t width, std::size_t height,
+                         cudaMemcpyKind kind) {
     StandIn& device = StandIn::get();
     return device.call("cudaMemcpy2D", [&] {
         const Copy copy{destination, destinationPitch, source, sourcePitch, width, height, kind};

@@ -2,9 +2,9 @@
 
 #include <cstddef>
 
-// The part of the CUDA runtime's interface that the layer uses, carried out on this machine's memory: the same
-// names, values and results. The functions have C++ linkage, so that a program may also load libraries that
-// bring the real runtime.
+// The part of the CUDA runtime's interface that the layer uses, carried out on this machine's memory: the
+// same names, values and results. The functions have C++ linkage, so that a program may also load libraries
+// that bring the real runtime.
 
 enum cudaError {
     cudaSuccess = 0,

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace stereo {
+
+/// Something that the user can mend; its text is the one line that is shown.
+struct UserError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// What the command line asks for.
+struct Options {
+    std::filesystem::path left;
+    std::filesystem::path right;
+    std::filesystem::path truth;  ///< measured disparity of the left picture, 0 = unknown; may be empty
+    double focal_px = 0.0;
+    double baseline_mm = 0.0;
+    double offset_px = 0.0;  ///< added to every disparity
+    std::filesystem::path out = "out";
+};
+
+/// Throws UserError.
+Options parseOptions(int count, char** arguments);
+
+}  // namespace stereo
