@@ -92,7 +92,7 @@ void run(const Options& options) {
     Quality quality;
     step("measure", [&] {
         quality = measure(options, disparity, pair.truth);
-        const std::string text =
+        std::string text =
             textOf("%zu of %zu pixels, %.1f %%, have depth", quality.withDepth, disparity.total(),
                    100.0 * static_cast<double>(quality.withDepth) / static_cast<double>(disparity.total()));
         if (std::isnan(quality.medianRelativeError)) return text;

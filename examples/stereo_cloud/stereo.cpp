@@ -13,7 +13,7 @@ namespace stereo {
 namespace {
 
 cv::Mat readPicture(const std::filesystem::path& path, int mode, const char* which) {
-    const cv::Mat picture = cv::imread(path.string(), mode);
+    cv::Mat picture = cv::imread(path.string(), mode);
     if (picture.empty())
         throw UserError(std::string("cannot read the ") + which + " '" + path.string() + "'");
     return picture;

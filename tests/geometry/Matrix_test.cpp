@@ -205,9 +205,8 @@ TEST(Matrix4f, InverseStopsAtAZeroGateAfterItsFirstWrites) {
 
 TEST(Matrix4f, TimesAVectorFillsAllColumns) {
     const Matrix4f result = Matrix4f() * Vector4<float>(1, 2, 3, 4);
-    for (int i = 0; i < 16; ++i) {
-        EXPECT_EQ(result.m[i], static_cast<float>(i / 4 + 1));
-    }
+    const float wanted[16] = {1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3, 4, 4, 4, 4};
+    EXPECT_TRUE(result == Matrix4f(wanted));
     float values[16];
     for (int i = 0; i < 16; ++i) {
         values[i] = static_cast<float>(i);

@@ -47,12 +47,18 @@ std::vector<float> floats(const Mat& mat, MEM side) {
     return values;
 }
 
+std::uint32_t bits(float value) {
+    std::uint32_t result = 0;
+    std::memcpy(&result, &value, sizeof result);
+    return result;
+}
+
 /// Equal bits, or both NaN where the calculation may give any NaN.
 void expectSame(const std::vector<float>& seen, const std::vector<float>& wanted, std::size_t channels) {
     ASSERT_EQ(seen.size(), wanted.size());
     for (std::size_t i = 0; i < seen.size(); ++i) {
         const bool keptColour = channels == 4 && i % 4 == 3;
-        const bool sameBits = std::memcmp(&seen[i], &wanted[i], sizeof(float)) == 0;
+        const bool sameBits = bits(seen[i]) == bits(wanted[i]);
         EXPECT_TRUE(sameBits || (!keptColour && std::isnan(seen[i]) && std::isnan(wanted[i])))
             << i << ": " << seen[i] << " instead of " << wanted[i];
     }

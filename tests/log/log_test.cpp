@@ -109,7 +109,7 @@ TEST_F(LogProcessTest, NoThreadBeforeTheFirstMessage) {
         { const Mat mat = filled(4, 4, MAT_TYPE::MAT_8U_C1, MEM_BOTH); }
         const bool quiet = threads() == before;
         misuse();
-        std::exit(quiet && threads() == before + 1 ? 0 : 1);
+        std::exit(quiet && threads() > before ? 0 : 1);
     };
     EXPECT_EXIT(program(), testing::ExitedWithCode(0), "setSubVector3f Invalid Parameters");
 }

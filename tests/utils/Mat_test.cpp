@@ -248,7 +248,7 @@ TEST_F(MatTest, SelfMoveAndMoveFromEmptyLeaveEmpty) {
     Mat target(4, 4, C4, MEM_BOTH);
     target = std::move(mat);
     expectEmpty(target);
-    expectEmpty(mat);
+    expectEmpty(mat);  // NOLINT(bugprone-use-after-move): what is left is defined
     Mat again(4, 4, C4);
     EXPECT_EQ(again.move(again), ERROR_CODE::SUCCESS);
     expectEmpty(again);

@@ -56,7 +56,7 @@ struct Fault {
     ERROR_CODE code;
     std::string printed;
     std::string state;  // of the Mat afterwards, as `describe` puts it
-    std::string log = "";
+    std::string log = {};
 };
 
 /// Filled owners to copy from, one for each side or pair of sides.

@@ -26,10 +26,10 @@ protected:
     }
 
     /// Saves under a name without extension and returns the only file that this leaves.
-    std::string saved(Cloud cloud, POINT_CLOUD_FORMAT format, bool color, const char* name = "cloud") {
-        EXPECT_TRUE(save(std::move(cloud), format, name, color));
+    std::string saved(const Cloud& cloud, POINT_CLOUD_FORMAT format, bool color, const char* name = "cloud") {
+        EXPECT_TRUE(save(cloud, format, name, color));
         const std::string file = folder_.listing();
-        const std::string content = contentOf(folder_ / file);
+        std::string content = contentOf(folder_ / file);
         fs::remove(folder_ / file);
         names_ += file + " ";
         return content;

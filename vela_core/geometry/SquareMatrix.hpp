@@ -22,7 +22,7 @@ public:
     explicit SquareMatrix(const float* values) { std::copy_n(values, N * N, m); }
     SquareMatrix(const SquareMatrix& other) : SquareMatrix(other.m) {}
     SquareMatrix& operator=(const SquareMatrix& other) {
-        std::copy_n(other.m, N * N, m);
+        if (this != &other) std::copy_n(other.m, N * N, m);
         return *this;
     }
 

@@ -54,8 +54,9 @@ Mat::Mat(const Mat& source) {
     ref(source);
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): m = m empties m, as m.ref(m) does
 Mat& Mat::operator=(const Mat& source) {
-    ref(source);  // m = m empties m, as m.ref(m) does
+    ref(source);
     return *this;
 }
 

@@ -105,20 +105,21 @@ public:
     /// it is allocated on the written side alone. It takes the time stamp over, also when the copy fails.
     /// Without a stream the copy is complete on return; on a stream it is queued, and the caller synchronises
     /// before touching either Mat. A failed copy is printed and gives `FAILURE`.
-    ERROR_CODE copyTo(Mat& destination, COPY_TYPE type = COPY_TYPE::CPU_CPU, cudaStream_t stream = 0) const;
+    ERROR_CODE copyTo(Mat& destination, COPY_TYPE type = COPY_TYPE::CPU_CPU,
+                      cudaStream_t stream = nullptr) const;
 
     /// `copyTo` seen from the destination.
-    ERROR_CODE setFrom(const Mat& source, COPY_TYPE type = COPY_TYPE::CPU_CPU, cudaStream_t stream = 0);
+    ERROR_CODE setFrom(const Mat& source, COPY_TYPE type = COPY_TYPE::CPU_CPU, cudaStream_t stream = nullptr);
 
     /// Copies the device side to the host side, on `stream` as in `copyTo`. An owner with a device side alone
     /// gets a packed host buffer first; a managed buffer is handed to the host, and the stream is
     /// synchronised. A reference with one side may not grow a second: that is logged and gives `FAILURE`, as
     /// does a failed copy, which is printed.
-    ERROR_CODE updateCPUfromGPU(cudaStream_t stream = 0);
+    ERROR_CODE updateCPUfromGPU(cudaStream_t stream = nullptr);
 
     /// Copies the host side to the device side; the counterpart of `updateCPUfromGPU`. A managed buffer is
     /// attached to `stream`, which must not be null then, without waiting. `option` is not used.
-    ERROR_CODE updateGPUfromCPU(cudaStream_t stream = 0, int option = 0);
+    ERROR_CODE updateGPUfromCPU(cudaStream_t stream = nullptr, int option = 0);
 
 private:
     void describe(std::size_t newWidth, std::size_t newHeight, MAT_TYPE type);

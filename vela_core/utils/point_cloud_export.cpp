@@ -146,6 +146,7 @@ void writeVertices(BlockFile& file, int count) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the public signature takes the name by value
 bool savePointCloudAs(vela::Mat& cloud, POINT_CLOUD_FORMAT format, vela::String name, bool color) {
     const CloudFormat& chosen = formatOf(format);
     const bool withColor = color && chosen.writeColor != nullptr;
