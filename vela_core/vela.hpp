@@ -20,4 +20,6 @@
 #include "vela_core/types/String.hpp"
 #include "vela_core/types/Vector.hpp"
 #include "vela_core/utils/Mat.hpp"
+#include "vela_core/utils/depth_export.hpp"
+#include "vela_core/utils/image_conversion.hpp"
 #include "vela_core/utils/point_cloud_export.hpp"

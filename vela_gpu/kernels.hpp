@@ -11,6 +11,16 @@ namespace vela {
 // fails shows in `cudaGetLastError`. An image without pixels, or a null buffer (a failed allocation),
 // launches nothing. Without a stream argument the null stream is used.
 
+/// Every pixel becomes `value`; T is one of the ten pixel types of `Mat::setTo`.
+template <class T>
+void cu_matSetToGPU(T value, T* data, unsigned int stepElements, unsigned int width, unsigned int height,
+                    cudaStream_t stream);
+
+/// Every channel of the source less 128 (0 becomes -128, 255 becomes 127) goes to the destination.
+void cu_cvt2Signed(Vector4<unsigned char>* source, Vector4<char>* destination,
+                   unsigned int sourceStepElements, unsigned int destinationStepElements,
+                   Resolution resolution, cudaStream_t stream);
+
 /// Every pixel times `factor`, all components; T is `float` or `Vector3<float>`.
 template <class T>
 void cu_applyFactor(T* data, float factor, unsigned int stepElements, unsigned int width,

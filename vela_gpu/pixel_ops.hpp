@@ -49,4 +49,14 @@ struct ApplyMatrix4 {
     }
 };
 
+/// Every channel less 128, as a signed byte. Plain `char` has the same bits, whatever its sign here.
+struct ToSigned {
+    VELA_HOST_DEVICE Vector4<char> operator()(Vector4<unsigned char> p) const {
+        return {shift(p.x), shift(p.y), shift(p.z), shift(p.w)};
+    }
+    VELA_HOST_DEVICE static char shift(unsigned char value) {
+        return static_cast<char>(static_cast<unsigned char>(value - 128));
+    }
+};
+
 }  // namespace vela

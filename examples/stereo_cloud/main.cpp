@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 
 namespace {
@@ -36,10 +37,13 @@ std::string textOf(const char* format, Arguments... arguments) {
     return text;
 }
 
+/// The Mat's own description and how its rows lie.
 std::string describe(const vela::Mat& mat) {
-    return textOf("%zu x %zu pixels of %zu floats, host rows of %zu bytes, GPU rows of %zu bytes, %s",
-                  mat.width, mat.height, mat.channels, mat.stepBytesCPU, mat.stepBytesGPU,
-                  mat.memType == vela::MEM_BOTH ? "on both sides" : "on one side");
+    std::string text = mat.getInfos().c_str();
+    text.pop_back();  // its line end
+    if (mat.ptrCPU != nullptr) text += textOf(" Host rows of %zu bytes.", mat.stepBytesCPU);
+    if (mat.ptrGPU != nullptr) text += textOf(" GPU rows of %zu bytes.", mat.stepBytesGPU);
+    return text;
 }
 
 void require(vela::ERROR_CODE code, const char* what) {
@@ -74,6 +78,47 @@ void saveCloud(vela::Mat& cloud, const Output& output, std::size_t points) {
     }
 }
 
+void saveDepth(vela::Mat& depth, const Output& output) {
+    const auto save = [&](DEPTH_FORMAT format, const char* name, std::size_t bytesPerPixel) {
+        const std::string path = output.path(name);
+        if (!saveDepthAs(depth, format, path, 1.0F)) throw UserError("cannot write " + path);
+        const std::size_t least = depth.width * depth.height * bytesPerPixel;
+        if (std::filesystem::file_size(path) < least) throw UserError("no room for " + path);
+    };
+    step("depth", [&] {
+        save(PNG, "depth.png", 2);
+        save(PGM, "depth.pgm", 2);  // a digit and a blank
+        return "depth.png and depth.pgm in millimetres: " + describe(depth);
+    });
+    step("depth", [&] {
+        require(convertUnit(depth, vela::UNIT::MILLIMETER, vela::UNIT::METER, vela::MEM::CPU),
+                "converting the unit");
+        save(PFM, "depth.pfm", 4);
+        return std::string("depth.pfm in metres");
+    });
+}
+
+/// Writes the left picture and reads it back.
+void savePicture(cv::Mat& left, const Output& output) {
+    const std::string path = output.path("left.png");
+    vela::Mat picture(static_cast<std::size_t>(left.cols), static_cast<std::size_t>(left.rows),
+                      vela::MAT_TYPE::MAT_8U_C3, left.data, left.step, vela::MEM::CPU);
+    picture.name = "left";
+    step("write", [&] {
+        require(picture.write(path), "writing the picture");
+        return "left.png: " + describe(picture);
+    });
+    step("read", [&] {
+        vela::Mat back;
+        back.name = "left.png";
+        require(back.read(path), "reading the picture back");
+        if (std::memcmp(back.ptrCPU, picture.ptrCPU, back.stepBytesCPU * back.height) != 0) {
+            throw UserError(path + " does not hold the picture");
+        }
+        return "the same picture: " + describe(back);
+    });
+}
+
 void run(const Options& options) {
     using vela::COORDINATE_SYSTEM;
     using vela::MEM;
@@ -99,9 +144,10 @@ void run(const Options& options) {
         return text + textOf(", median relative depth error %.2f %%", 100.0 * quality.medianRelativeError);
     });
     vela::Mat cloud;
+    cloud.name = "cloud";
     step("capture", [&] {
         cloud = makeCloud(options, pair.left, disparity);
-        return "cloud in millimetres: " + describe(cloud);
+        return "in millimetres: " + describe(cloud);
     });
     step("unit", [&] {
         require(convertUnit(cloud, UNIT::MILLIMETER, UNIT::METER, MEM::GPU), "converting the unit");
@@ -114,6 +160,10 @@ void run(const Options& options) {
         return std::string("right-handed, Y up and Z backward, then brought to the host side");
     });
     saveCloud(cloud, output, quality.withDepth);
+    vela::Mat depth = makeDepth(options, disparity);
+    depth.name = "depth";
+    saveDepth(depth, output);
+    savePicture(pair.left, output);
     step("preview", [&] {
         const std::string path = output.path("preview.png");
         if (!cv::imwrite(path, drawPreview(pair.left, cloud))) throw UserError("cannot write " + path);

@@ -13,7 +13,7 @@ namespace {
 using Point = vela::Vector4<float>;
 
 const Point& pointAt(const vela::Mat& cloud, int y, int x) {
-    return reinterpret_cast<const Point*>(cloud.ptrCPU + static_cast<std::size_t>(y) * cloud.stepBytesCPU)[x];
+    return cloud.getPtr<Point>()[static_cast<std::size_t>(y) * cloud.width + static_cast<std::size_t>(x)];
 }
 
 cv::Vec3b colorOf(const Point& point) {

@@ -84,11 +84,9 @@ vela::Mat makeCloud(const Options& options, const cv::Mat& left, const cv::Mat& 
     const auto width = static_cast<std::size_t>(left.cols);
     const auto height = static_cast<std::size_t>(left.rows);
     vela::Mat cloud(width, height, vela::MAT_TYPE::MAT_32F_C4, vela::MEM_BOTH);
-    cloud.name = "cloud";
     const auto focal = static_cast<float>(options.focal_px);
     for (int y = 0; y < left.rows; ++y) {
-        auto* const row = reinterpret_cast<vela::Vector4<float>*>(cloud.ptrCPU + static_cast<std::size_t>(y) *
-                                                                                     cloud.stepBytesCPU);
+        auto* const row = cloud.getPtr<vela::Vector4<float>>() + static_cast<std::size_t>(y) * width;
         for (int x = 0; x < left.cols; ++x) {
             const float depth = depthOf(options, disparity.at<float>(y, x));
             const float right = (static_cast<float>(x) - static_cast<float>(left.cols - 1) / 2.0F) / focal;
@@ -98,6 +96,14 @@ vela::Mat makeCloud(const Options& options, const cv::Mat& left, const cv::Mat& 
     }
     if (cloud.updateGPUfromCPU() != vela::ERROR_CODE::SUCCESS) throw UserError("the GPU takes no upload");
     return cloud;
+}
+
+vela::Mat makeDepth(const Options& options, const cv::Mat& disparity) {
+    vela::Mat depth(static_cast<std::size_t>(disparity.cols), static_cast<std::size_t>(disparity.rows),
+                    vela::MAT_TYPE::MAT_32F_C1);
+    std::transform(disparity.begin<float>(), disparity.end<float>(), depth.getPtr<float>(),
+                   [&](float value) { return depthOf(options, value); });
+    return depth;
 }
 
 Quality measure(const Options& options, const cv::Mat& disparity, const cv::Mat& truth) {

@@ -24,6 +24,9 @@ cv::Mat matchPair(const Pair& pair);
 /// the left picture's colour in the fourth float.
 vela::Mat makeCloud(const Options& options, const cv::Mat& left, const cv::Mat& disparity);
 
+/// The depth map in millimetres, one float each, on the host; NaN where there is no depth.
+vela::Mat makeDepth(const Options& options, const cv::Mat& disparity);
+
 /// How good the depth is.
 struct Quality {
     std::size_t withDepth = 0;         ///< pixels

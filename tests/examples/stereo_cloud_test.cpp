@@ -59,14 +59,20 @@ TEST_F(StereoCloudTest, MakesACloudOfTheUsersPair) {
     ASSERT_EQ(run(pair() + " --focal 100 --baseline 60 --offset -2 --out " + folder_ / "new/out"), 0)
         << complaint_;
     EXPECT_EQ(complaint_, "");
-    EXPECT_NE(printed_.find("320 x 60 pixels of 4 floats, host rows of 5120 bytes"), std::string::npos)
+    EXPECT_NE(printed_.find("cloud Ts 0 vela::Mat of size [320,60], with 4 channels of type float allocated "
+                            "on both CPU and GPU (memory owned). Host rows of 5120 bytes."),
+              std::string::npos)
         << printed_;
     std::set<std::string> files;
     for (const auto& entry : fs::directory_iterator(folder_ / "new/out")) {
         files.insert(entry.path().filename());
     }
-    EXPECT_EQ(files,
-              (std::set<std::string>{"cloud.pcd", "cloud.ply", "cloud.vtk", "cloud.xyz", "preview.png"}));
+    EXPECT_EQ(files, (std::set<std::string>{"cloud.pcd", "cloud.ply", "cloud.vtk", "cloud.xyz", "depth.pfm",
+                                            "depth.pgm", "depth.png", "left.png", "preview.png"}));
+
+    const cv::Mat depth = cv::imread(folder_ / "new/out/depth.png", cv::IMREAD_UNCHANGED);
+    EXPECT_EQ(depth.at<std::uint16_t>(30, 200), 600) << "millimetres";
+    EXPECT_EQ(cv::norm(cv::imread(folder_ / "new/out/left.png"), left_, cv::NORM_L1), 0.0);
 
     std::ifstream ply(folder_ / "new/out/cloud.ply");
     std::string line;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -30,6 +32,21 @@ public:
     void commit(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.get()); }
 
     void append(std::string_view text);
+
+    /// Adds `count` floats, which need not be aligned, each as `change` makes it.
+    template <class Change>
+    void appendFloats(const unsigned char* floats, std::size_t count, Change change) {
+        constexpr std::size_t PART = LARGEST_RESERVE / sizeof(float);
+        for (std::size_t done = 0; done < count; done += PART) {
+            const std::size_t part = std::min(PART, count - done);
+            float values[PART];
+            std::memcpy(values, floats + done * sizeof(float), part * sizeof(float));
+            std::transform(values, values + part, values, change);
+            char* const out = reserve();
+            std::memcpy(out, values, part * sizeof(float));
+            commit(out + part * sizeof(float));
+        }
+    }
 
     /// Adds the bytes of another file, without its last byte if that is `unwantedEnd`.
     void appendFile(const std::string& path, char unwantedEnd);

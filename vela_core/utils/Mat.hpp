@@ -4,6 +4,7 @@
 #include "vela_core/types/Memory.hpp"
 #include "vela_core/types/Resolution.hpp"
 #include "vela_core/types/String.hpp"
+#include "vela_core/types/Vector.hpp"
 #include "vela_gpu/runtime.hpp"
 
 #include <cstddef>
@@ -96,6 +97,57 @@ public:
     /// Exchanges two owning Mats by three moves, through a temporary. A reference cannot be moved, so it is
     /// lost: whichever of the two it is in ends with the other's buffers, and the other ends empty.
     static void swap(Mat& a, Mat& b);
+
+    // The pixel type N of the templates below is one of float, unsigned char, unsigned short, Vector2,
+    // Vector3 and Vector4 of float and of unsigned char, and Vector4<char>. Where it is checked, its size
+    // must be that of the Mat's pixels: any type of the same size will do, so that four bytes can be set by
+    // one packed float. Host pixels are addressed as packed, whatever the step; device pixels by whole pixels
+    // of the step.
+
+    /// Sets every pixel of one side, `CPU` or `GPU`; for both sides call it twice. The device is filled on
+    /// the null stream, without waiting. `FAILURE`, without a change, for another `mem`, a side that the Mat
+    /// does not have, another pixel size, or a Mat that is not initialised.
+    template <class N>
+    ERROR_CODE setTo(N value, MEM mem = MEM::CPU);
+
+    /// Sets the pixel (x, y) of one side, `CPU` or `GPU`, on the device by a copy that is complete on return.
+    /// Neither bounds nor the pixel size are checked: they are the caller's. `FAILURE` for another `mem`, a
+    /// side that the Mat does not have, or a Mat that is not initialised; a failed copy is printed and is
+    /// `SUCCESS`.
+    template <class N>
+    ERROR_CODE setValue(std::size_t x, std::size_t y, N value, MEM mem = MEM::CPU);
+
+    /// Reads the pixel (x, y) of one side, `CPU` or `GPU`, on the device by a copy that is complete on
+    /// return. `value` is zeroed first and stays so on failure: for another `mem`, a side that the Mat does
+    /// not have, a pixel outside the image, another pixel size, or a Mat that is not initialised. A failed
+    /// copy is printed and is `SUCCESS`.
+    template <class N>
+    ERROR_CODE getValue(std::size_t x, std::size_t y, N* value, MEM mem = MEM::CPU) const;
+
+    /// The first pixel of one side, `CPU`, `GPU` or `MEM_MANAGED`, unchecked and writable; null for other
+    /// values.
+    template <class N>
+    N* getPtr(MEM mem = MEM::CPU) const;
+
+    /// One line that describes the Mat, for logs: its name or, without one, its address, then time stamp,
+    /// size, channels, element, sides and ownership, ended by ".\n".
+    String getInfos() const;
+
+    /// Writes the Mat to the kind of file that the extension of `path` (after the last ".", four characters
+    /// at most, in lower case) and the pixel type ask for: `MAT_32F_C1` by `saveDepthAs` with factor 1
+    /// ("png", "pgm", else PFM), `MAT_32F_C3` without and `MAT_32F_C4` with colour by `savePointCloudAs`
+    /// ("ply", "vtk", "xyz", else PCD), which add their extension if it is missing; bytes of 1, 3 and 4
+    /// channels, and 16 bits as "png", by OpenCV, channels in the Mat's order. `mem` is `CPU`, or `GPU` to
+    /// bring the host side up to date first. `compression` runs from 0 to 100 for "png" and "jpg"; -1 is 30
+    /// for PNG (level 3) and 5 for JPEG (quality 95). `FAILURE` when the Mat is not initialised, the update
+    /// or an exporter fails, the type cannot be written, or OpenCV throws (the last three are logged);
+    /// `INVALID_FUNCTION_CALL` for another `mem`. Whether OpenCV could write the file is not looked at.
+    ERROR_CODE write(const String& path, MEM mem = MEM::CPU, int compression = -1);
+
+    /// Replaces the content by a picture file, on the host, channels in OpenCV's order (blue, green, red,
+    /// alpha). A picture of an unsupported type becomes `MAT_8U_C1` with the first width * height bytes.
+    /// `FAILURE`, without a change, when the file cannot be decoded; also, logged, when OpenCV throws.
+    ERROR_CODE read(const String& path);
 
     /// Bytes from row to row of one side, `CPU`, `GPU` or `MEM_MANAGED`; 0 for any other value.
     std::size_t getStepBytes(MEM mem = MEM::CPU) const;

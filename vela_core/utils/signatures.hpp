@@ -13,4 +13,11 @@ inline constexpr const char* SET_FROM =
 inline constexpr const char* UPDATE_CPU = "vela::ERROR_CODE vela::Mat::updateCPUfromGPU(cudaStream_t)";
 inline constexpr const char* UPDATE_GPU = "vela::ERROR_CODE vela::Mat::updateGPUfromCPU(cudaStream_t, int)";
 
+// Followed by the name of the pixel type and the end.
+inline constexpr const char* SET_VALUE =
+    "vela::ERROR_CODE vela::Mat::setValue(size_t, size_t, N, vela::MEM) [with N = ";
+inline constexpr const char* GET_VALUE =
+    "vela::ERROR_CODE vela::Mat::getValue(size_t, size_t, N*, vela::MEM) const [with N = ";
+inline constexpr const char* WITH_END = "; size_t = long unsigned int]";
+
 }  // namespace vela::signature

@@ -27,6 +27,27 @@ void launch(cudaStream_t stream, Kernel kernel) {
     });
 }
 
+template <class T>
+void fillPixels(const PixelView<T>& view, T value, cudaStream_t stream) {
+    if (view.empty()) return;
+    launch(stream, [=](const StandIn& device) {
+        const PixelView<T> reached = reach(device, view);
+        forEachPixel(reached, [=](const T&) { return value; });
+        return reached.data != nullptr;
+    });
+}
+
+template <class From, class To, class Op>
+void mapPixels(const PixelView<From>& source, const PixelView<To>& destination, Op op, cudaStream_t stream) {
+    if (source.empty() || destination.empty()) return;
+    launch(stream, [=](const StandIn& device) {
+        const PixelView<From> from = reach(device, source);
+        const PixelView<To> to = reach(device, destination);
+        mapEachPixel(from, to, op);
+        return from.data != nullptr && to.data != nullptr;
+    });
+}
+
 template <class T, class Op>
 void transformPixels(const PixelView<T>& view, Op op) {
     if (view.empty()) return;

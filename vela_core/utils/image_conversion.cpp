@@ -1,0 +1,33 @@
+#include "vela_core/utils/image_conversion.hpp"
+
+#include "vela_core/types/Vector.hpp"
+#include "vela_core/utils/mat_sides.hpp"
+#include "vela_gpu/kernels.hpp"
+
+#include <cstdint>
+
+namespace vela {
+namespace {
+
+bool isDeviceImage(const Mat& mat, MAT_TYPE type) {
+    return mat.isInit && coversDeviceSide(mat.memType) && mat.dataType == type;
+}
+
+std::uint32_t stepPixels(const Mat& mat) {
+    return static_cast<std::uint32_t>(mat.stepBytesGPU / 4);
+}
+
+}  // namespace
+
+ERROR_CODE convertImage(Mat& source, Mat& destination, cudaStream_t stream) {
+    if (!isDeviceImage(source, MAT_TYPE::MAT_8U_C4)) return ERROR_CODE::FAILURE;
+    const bool fits = isDeviceImage(destination, MAT_TYPE::MAT_8S_C4) && destination.width == source.width &&
+                      destination.height == source.height;
+    if (!fits) destination.alloc(source.width, source.height, MAT_TYPE::MAT_8S_C4, MEM::GPU);
+    cu_cvt2Signed(reinterpret_cast<Vector4<unsigned char>*>(source.ptrGPU),
+                  reinterpret_cast<Vector4<char>*>(destination.ptrGPU), stepPixels(source),
+                  stepPixels(destination), {source.width, source.height}, stream);
+    return ERROR_CODE::SUCCESS;
+}
+
+}  // namespace vela
