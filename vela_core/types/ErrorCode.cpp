@@ -5,7 +5,6 @@
 #include "vela_gpu/runtime.hpp"
 
 #include <iterator>
-#include <ostream>
 
 namespace vela {
 namespace {
@@ -106,10 +105,6 @@ String toVerbose(const ERROR_CODE& code) {
 
 String errorCode2str(ERROR_CODE code) {
     return toString(code);
-}
-
-std::ostream& operator<<(std::ostream& stream, ERROR_CODE code) {
-    return stream << toString(code);
 }
 
 }  // namespace vela

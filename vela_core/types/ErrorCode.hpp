@@ -1,9 +1,9 @@
 #pragma once
 
 #include "vela_core/types/String.hpp"
+#include "vela_core/types/enum_stream.hpp"
 
 #include <cstdint>
-#include <iosfwd>
 
 namespace vela {
 
@@ -54,8 +54,5 @@ String toVerbose(const ERROR_CODE& code);
 
 /// The same text as `toString`.
 String errorCode2str(ERROR_CODE code);
-
-/// Writes the display name.
-std::ostream& operator<<(std::ostream& stream, ERROR_CODE code);
 
 }  // namespace vela

@@ -1,0 +1,7 @@
+# Runs an example in a folder of its own and compares all that it prints with a file.
+file(MAKE_DIRECTORY ${FOLDER})
+execute_process(COMMAND ${PROGRAM} WORKING_DIRECTORY ${FOLDER} OUTPUT_VARIABLE printed RESULT_VARIABLE status)
+file(READ ${WANTED} wanted)
+if(NOT status EQUAL 0 OR NOT printed STREQUAL wanted)
+    message(FATAL_ERROR "exit code ${status}, printed:\n${printed}")
+endif()

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+
+namespace vela {
+
+/// Kind of a motion or environment sensor.
+enum class SENSOR_TYPE : std::int32_t {
+    ACCELEROMETER = 0,
+    GYROSCOPE = 1,
+    MAGNETOMETER = 2,
+    BAROMETER = 3,
+};
+
+/// Physical unit of a sensor's values.
+enum class SENSORS_UNIT : std::int32_t {
+    M_S2 = 0,   ///< metres per square second
+    DEG_S = 1,  ///< degrees per second
+    UT = 2,     ///< microtesla
+    HPA = 3,    ///< hectopascal
+    DEG_C = 4,  ///< degrees Celsius
+    HZ = 5,     ///< hertz
+};
+
+}  // namespace vela

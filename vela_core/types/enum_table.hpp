@@ -1,0 +1,37 @@
+#pragma once
+
+#include "vela_core/types/String.hpp"
+#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/unknown_texts.hpp"
+
+#include <cstddef>
+
+namespace vela {
+
+/// A row of a table of display names; rows with more members serve as well.
+template <class Enum>
+struct EnumName {
+    Enum value;
+    const char* name;
+};
+
+/// The answer of the few enumerations that do not say "Unknown".
+inline constexpr const char* NO_NAME = "";
+
+/// The row of a value, or null for a value that is not in the table.
+template <class Row, std::size_t count, class Enum>
+constexpr const Row* findIn(const Row (&table)[count], Enum value) {
+    for (const Row& row : table) {
+        if (row.value == value) return &row;
+    }
+    return nullptr;
+}
+
+/// The name of a value, or `unknown` for a value that is not in the table.
+template <class Row, std::size_t count, class Enum>
+String nameIn(const Row (&table)[count], Enum value, const char* unknown = UNKNOWN_NAME) {
+    const Row* const row = findIn(table, value);
+    return row == nullptr ? unknown : row->name;
+}
+
+}  // namespace vela

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "vela_core/types/String.hpp"
+
+#include <cstdint>
+#include <utility>
+
+namespace vela {
+
+/// Where the capture layer takes images from. A setter chooses a kind and stores what belongs to it,
+/// unchecked; what belongs to other kinds keeps its old value, since readers look at the members of the
+/// current kind only.
+struct InputType {
+    std::uint32_t kind = 0;  ///< 0 camera by index, 1 camera by serial number, 2 QVR file, 3 network stream
+    std::uint32_t serial_number = 0;
+    std::uint32_t camera_index = 0;
+    String path;
+    String address;
+    std::uint16_t port = 0;
+
+    void setFromCameraID(unsigned int id) {
+        kind = 0;
+        camera_index = id;
+    }
+    void setFromSerialNumber(unsigned int serial) {
+        kind = 1;
+        serial_number = serial;
+    }
+    void setFromQVRFile(String file) {
+        kind = 2;
+        path = std::move(file);
+    }
+    void setFromStream(String sender, unsigned short senderPort) {
+        kind = 3;
+        address = std::move(sender);
+        port = senderPort;
+    }
+};
+
+}  // namespace vela
