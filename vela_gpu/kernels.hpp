@@ -25,6 +25,12 @@ void cu_cvt2Signed(Vector4<unsigned char>* source, Vector4<char>* destination,
 template <class T>
 void cu_applyFactor(T* data, float factor, unsigned int stepElements, unsigned int width,
                     unsigned int height);
+template <>
+void cu_applyFactor(float* data, float factor, unsigned int stepElements, unsigned int width,
+                    unsigned int height);
+template <>
+void cu_applyFactor(Vector3<float>* data, float factor, unsigned int stepElements, unsigned int width,
+                    unsigned int height);
 
 /// x, y and z times `factor`; the fourth component, which carries packed colour, keeps its bits.
 void cu_applyFactor4f(Vector4<float>* data, float factor, unsigned int stepElements, unsigned int width,

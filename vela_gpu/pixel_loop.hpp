@@ -2,7 +2,6 @@
 
 #include "vela_gpu/PixelView.hpp"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -18,19 +17,6 @@ void forEachPixel(const PixelView<T>& view, Op op) {
         for (std::uint32_t x = 0; x < view.width; ++x) {
             pixels[x] = op(pixels[x]);
         }
-    }
-}
-
-/// Sets every pixel of `destination` to op(p) of the pixel p of `source` at its place; both have the same
-/// size.
-template <class From, class To, class Op>
-void mapEachPixel(const PixelView<From>& source, const PixelView<To>& destination, Op op) {
-    if (source.empty() || destination.empty()) return;
-    const auto* from = reinterpret_cast<const std::byte*>(source.data);
-    auto* to = reinterpret_cast<std::byte*>(destination.data);
-    for (std::uint32_t y = 0; y < source.height; ++y, from += source.stepBytes, to += destination.stepBytes) {
-        const From* const pixels = reinterpret_cast<const From*>(from);
-        std::transform(pixels, pixels + source.width, reinterpret_cast<To*>(to), op);
     }
 }
 

@@ -1,6 +1,5 @@
-#include "vela_gpu/kernels.hpp"
-#include "vela_gpu/pixel_loop.hpp"
-#include "vela_gpu/pixel_ops.hpp"
+#include "vela_gpu/PixelView.hpp"
+#include "vela_gpu/pixel_runs.hpp"
 #include "vela_gpu/software/StandIn.hpp"
 
 #include <cstring>
@@ -17,59 +16,52 @@ PixelView<T> reach(const StandIn& device, PixelView<T> view) {
     return view;
 }
 
-/// Launches `kernel`, which returns whether it could reach its memory.
-template <class Kernel>
-void launch(cudaStream_t stream, Kernel kernel) {
-    StandIn& device = StandIn::get();
-    device.call("cudaLaunchKernel", [&] {
-        return device.submit(stream,
-                             [=, &device] { return kernel(device) ? cudaSuccess : cudaErrorIllegalAddress; });
-    });
-}
-
+/// The same walker over memory that this process can reach; false if some of it cannot.
 template <class T>
-void fillPixels(const PixelView<T>& view, T value, cudaStream_t stream) {
-    if (view.empty()) return;
-    launch(stream, [=](const StandIn& device) {
-        const PixelView<T> reached = reach(device, view);
-        forEachPixel(reached, [=](const T&) { return value; });
-        return reached.data != nullptr;
-    });
+bool reach(const StandIn& device, FillRun<T>& walker) {
+    walker.view = reach(device, walker.view);
+    return walker.view.data != nullptr;
 }
 
 template <class From, class To, class Op>
-void mapPixels(const PixelView<From>& source, const PixelView<To>& destination, Op op, cudaStream_t stream) {
-    if (source.empty() || destination.empty()) return;
-    launch(stream, [=](const StandIn& device) {
-        const PixelView<From> from = reach(device, source);
-        const PixelView<To> to = reach(device, destination);
-        mapEachPixel(from, to, op);
-        return from.data != nullptr && to.data != nullptr;
-    });
+bool reach(const StandIn& device, MapRun<From, To, Op>& walker) {
+    walker.source = reach(device, walker.source);
+    walker.destination = reach(device, walker.destination);
+    return walker.source.data != nullptr && walker.destination.data != nullptr;
 }
 
-template <class T, class Op>
-void transformPixels(const PixelView<T>& view, Op op) {
-    if (view.empty()) return;
-    launch(nullptr, [=](const StandIn& device) {
-        const PixelView<T> reached = reach(device, view);
-        forEachPixel(reached, op);
-        return reached.data != nullptr;
-    });
+template <class Walker, class T>
+cudaError_t walkRuns(const StandIn& device, Walker walker, const PixelView<T>& view) {
+    if (!reach(device, walker)) return cudaErrorIllegalAddress;
+    const std::uint32_t runs = runsPerRow(view);
+    for (std::uint32_t y = 0; y < view.height; ++y) {
+        for (std::uint32_t run = 0; run < runs; ++run) {
+            walker(run, y);
+        }
+    }
+    return cudaSuccess;
 }
 
-/// Like `transformPixels`, with an Op that is made of a matrix in device memory.
+template <class Kernel>
+void launch(cudaStream_t stream, Kernel kernel) {
+    StandIn& device = StandIn::get();
+    device.call("cudaLaunchKernel",
+                [&] { return device.submit(stream, [=, &device] { return kernel(device); }); });
+}
+
+template <class Walker, class T>
+void launchRuns(const Walker& walker, const PixelView<T>& view, cudaStream_t stream) {
+    launch(stream, [=](const StandIn& device) { return walkRuns(device, walker, view); });
+}
+
 template <class Op, class T>
-void transformPixelsByMatrix(const PixelView<T>& view, const float* matrix) {
-    if (view.empty() || matrix == nullptr) return;
+void launchRunsByMatrix(const PixelView<T>& view, const float* matrix) {
     launch(nullptr, [=](const StandIn& device) {
-        const PixelView<T> reached = reach(device, view);
         Op op{};
         const float* const values = device.kernelAddress(matrix, sizeof op.k);
-        if (reached.data == nullptr || values == nullptr) return false;
+        if (values == nullptr) return cudaErrorIllegalAddress;
         std::memcpy(op.k, values, sizeof op.k);
-        forEachPixel(reached, op);
-        return true;
+        return walkRuns(device, MapRun(view, view, op), view);
     });
 }
 
