@@ -1,0 +1,257 @@
+#pragma once
+
+#include "support/device.hpp"
+#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/utils/Mat.hpp"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace vela::test {
+
+/// The runtime as the model sees it: which call fails, which calls were made, and what is seen of it.
+struct World {
+    std::string function;  ///< its `nth` coming call fails with 999
+    int nth = 0;
+    std::map<std::string, int> calls;
+    std::string printed;
+    std::string logged;
+    std::size_t lost = 0;  ///< buffers that cudaFree refused to free
+
+    bool fails(const std::string& name) {
+        ++calls[name];
+        return name == function && --nth == 0;
+    }
+    bool report(int error, const std::string& signature) {
+        static const std::map<int, std::string> TEXTS = {
+            {1, "invalid argument"}, {12, "invalid pitch argument"}, {999, "unknown error"}};
+        if (error != 0) {
+            printed +=
+                "in " + signature + " : Err [" + std::to_string(error) + "]: " + TEXTS.at(error) + ".\n";
+        }
+        return error == 0;
+    }
+};
+
+/// Packed rows, if they are known. A buffer that was freed is dead, whoever still refers to it.
+struct ModelBuffer {
+    std::optional<Bytes> rows;
+    bool live = true;
+};
+
+/// What a Mat promises, in the plainest words: fields, contents, texts. Sizes are small; nothing is fast.
+struct ModelMat {
+    std::size_t width = 0, height = 0, channels = 0, stepGPU = 0, stepCPU = 0, pixelBytes = 0;
+    MAT_TYPE type{};
+    MEM mem = MEM::CPU;
+    bool init = false, owner = false;
+    std::shared_ptr<ModelBuffer> host, device;  // one and the same for managed memory
+    String name = "n/a";
+    unsigned long long timestamp = 0;
+    World* world;
+
+    explicit ModelMat(World& world_) : world(&world_) {}
+
+    static int side(MEM mem) { return toValue(mem); }
+    static bool hasHost(MEM m) { return side(m) == 1 || side(m) == 3 || side(m) == 4; }
+    static bool hasDevice(MEM m) { return side(m) >= 2 && side(m) <= 4; }
+    std::size_t rowBytes() const { return width * pixelBytes; }
+    bool usable() const { return (!host || host->live) && (!device || device->live); }
+    bool sharesWith(const ModelMat& other) const {
+        return (host && (host == other.host || host == other.device)) || (device && device == other.device);
+    }
+
+    void shape(std::size_t w, std::size_t h, MAT_TYPE t) {
+        static constexpr std::size_t CHANNELS[] = {1, 2, 3, 4, 1, 2, 3, 4, 1, 4};
+        static constexpr std::size_t BYTES[] = {4, 8, 12, 16, 1, 2, 3, 4, 2, 4};
+        width = w, height = h, type = t;
+        channels = CHANNELS[toValue(t)], pixelBytes = BYTES[toValue(t)];
+    }
+    void reset() {
+        init = owner = false;
+        width = height = channels = stepGPU = stepCPU = pixelBytes = 0;
+    }
+    bool release(std::shared_ptr<ModelBuffer>& buffer) {
+        const std::shared_ptr<ModelBuffer> gone = std::exchange(buffer, nullptr);
+        if (!gone) return true;
+        gone->live = false;
+        const bool failed = world->fails("cudaFree");
+        world->lost += failed ? 1 : 0;
+        return world->report(failed ? 999 : 0, "void vela::Mat::free(vela::MEM)");
+    }
+    void free(MEM m) {
+        if (init && owner) {
+            if (mem == MEM_MANAGED) {
+                release(device);
+                host = nullptr;
+                return reset();
+            }
+            const int held = side(mem), asked = side(m);
+            if ((held == 1 || held > 2) && (asked == 1 || asked > 2)) {
+                if (host) host->live = false;
+                host = nullptr, stepCPU = 0;
+            }
+            if (held >= 2 && asked > 1) {
+                if (!release(device)) {
+                    world->logged +=
+                        "vela_core/utils/Mat.cpp:580 ERROR [Mat]  " + toStdString(name) +
+                        " Mat with GPU memory allocated should be freed before deleting the Camera object "
+                        "to avoid GPU context issues.\n";
+                }
+                stepGPU = 0;
+            }
+            if (held > 2 && asked == 1) mem = MEM::GPU;
+            if (held > 2 && asked == 2) mem = MEM::CPU;
+            if (host || device) return;
+        }
+        reset();
+    }
+    int mallocPitch() {
+        if (world->fails("cudaMallocPitch")) return 999;
+        const std::size_t whole = pixelBytes % 3 == 0 ? 1536 : 512;
+        stepGPU = (rowBytes() + whole - 1) / whole * whole;
+        device = rowBytes() * height == 0 ? nullptr : std::make_shared<ModelBuffer>();
+        return 0;
+    }
+    void alloc(std::size_t w, std::size_t h, MAT_TYPE t, MEM m) {
+        static const std::string SIGNATURE =
+            "void vela::Mat::alloc(size_t, size_t, vela::MAT_TYPE, vela::MEM)";
+        free(MEM_BOTH);
+        host = device = nullptr;
+        shape(w, h, t);
+        if (side(m) > 4) world->printed += "ERROR ALLOC MEM TYPE " + std::to_string(side(m)) + "\n";
+        if (m == MEM_MANAGED) {
+            const int error = world->fails("cudaMallocManaged") ? 999 : rowBytes() * height == 0 ? 1 : 0;
+            if (world->report(error, SIGNATURE)) host = device = std::make_shared<ModelBuffer>();
+            stepGPU = rowBytes();
+        } else {
+            if (hasHost(m)) host = std::make_shared<ModelBuffer>();
+            if (hasDevice(m)) world->report(mallocPitch(), SIGNATURE);
+        }
+        stepCPU = rowBytes();
+        init = owner = true, mem = m;
+    }
+    void describeAs(const ModelMat& s) {
+        width = s.width, height = s.height, channels = s.channels, pixelBytes = s.pixelBytes;
+        stepGPU = s.stepGPU, stepCPU = s.stepCPU, type = s.type, mem = s.mem;
+        host = s.host, device = s.device, timestamp = s.timestamp;
+    }
+    void ref(const ModelMat& s) {
+        free(MEM_BOTH);
+        if (s.width * s.height == 0 || !s.init) return;
+        describeAs(s);
+        init = true, owner = false;
+    }
+    bool move(ModelMat& to) {
+        if (!init || !owner) return false;
+        to.free(MEM_BOTH);
+        to.describeAs(*this);
+        to.init = to.owner = true;
+        init = owner = false;
+        return true;
+    }
+    void take(ModelMat& from) {
+        if (!from.move(*this)) ref(from);
+    }
+    static void swap(ModelMat& a, ModelMat& b) {
+        ModelMat t(*a.world);
+        a.move(t);
+        b.move(a);
+        t.move(b);
+        t.free(MEM_BOTH);
+    }
+    /// The transfer: the status that the runtime gives.
+    static int copy(const ModelMat& s, ModelMat& d, COPY_TYPE how, bool stream) {
+        const int h = toValue(how);
+        const bool known = h >= 0 && h <= 3, fromHost = h < 2, toHost = !known || h == 0 || h == 3;
+        if (s.world->fails(stream ? "cudaMemcpy2DAsync" : "cudaMemcpy2D")) return 999;
+        if (s.rowBytes() * s.height == 0) return 0;
+        const auto& from = !known ? nullptr : fromHost ? s.host : s.device;
+        const auto& to = toHost ? d.host : d.device;
+        const std::size_t fromStep = !known ? 0 : fromHost ? s.stepCPU : s.stepGPU;
+        if (s.rowBytes() > (toHost ? d.stepCPU : d.stepGPU) || s.rowBytes() > fromStep) return 12;
+        if (!from || !to) return 1;
+        to->rows = from->rows;
+        return 0;
+    }
+    bool copyTo(ModelMat& d, COPY_TYPE how, bool stream, bool setFrom) const {
+        const int h = toValue(how);
+        const bool known = h >= 0 && h <= 3, fromHost = h < 2;
+        const MEM written = known && (h == 1 || h == 2) ? MEM::GPU : MEM::CPU;
+        const bool fits = known && d.init && d.width == width && d.height == height && d.type == type &&
+                          (fromHost ? hasHost(mem) : hasDevice(mem)) &&
+                          (written == MEM::CPU ? hasHost(d.mem) : hasDevice(d.mem));
+        if (!fits) d.alloc(width, height, type, written);
+        d.timestamp = timestamp;
+        return world->report(
+            copy(*this, d, how, stream),
+            setFrom ? "vela::ERROR_CODE vela::Mat::setFrom(const vela::Mat&, vela::COPY_TYPE, cudaStream_t)"
+                    : "vela::ERROR_CODE vela::Mat::copyTo(vela::Mat&, vela::COPY_TYPE, cudaStream_t) const");
+    }
+    bool update(bool toHost, bool stream) {
+        const std::string signature = toHost
+                                          ? "vela::ERROR_CODE vela::Mat::updateCPUfromGPU(cudaStream_t)"
+                                          : "vela::ERROR_CODE vela::Mat::updateGPUfromCPU(cudaStream_t, int)";
+        if (mem == MEM_MANAGED) {
+            const bool refused = world->fails("cudaStreamAttachMemAsync");
+            const bool valid = device && (toHost || stream);
+            if (toHost) world->fails("cudaStreamSynchronize");
+            return world->report(refused ? 999 : valid ? 0 : 1, signature);
+        }
+        if (owner && toHost && mem == MEM::GPU) {
+            host = std::make_shared<ModelBuffer>();
+            stepCPU = rowBytes(), mem = MEM_BOTH;
+        } else if (owner && !toHost && mem == MEM::CPU) {
+            world->report(mallocPitch(), signature);
+            mem = MEM_BOTH;
+        } else if (!owner && side(mem) < 3) {
+            world->logged += std::string("vela_core/utils/Mat.cpp:") + (toHost ? "844" : "868") +
+                             " ERROR [Mat]  " + (toHost ? "updateCPUfromGPU" : "updateGPUfromCPU") +
+                             " for reference Mat is forbidden.\n";
+            return false;
+        }
+        return world->report(copy(*this, *this, toHost ? COPY_TYPE::GPU_CPU : COPY_TYPE::CPU_GPU, stream),
+                             signature);
+    }
+    bool clone(const ModelMat& s) {
+        if (!s.init) return false;
+        alloc(s.width, s.height, s.type, s.mem);
+        timestamp = s.timestamp;
+        s.copyTo(*this, s.mem == MEM::GPU ? COPY_TYPE::GPU_GPU : COPY_TYPE::CPU_CPU, false, true);
+        if (s.mem != MEM::CPU && s.mem != MEM::GPU) update(false, false);
+        return true;
+    }
+};
+
+/// Compares all fields, and the contents that are known.
+inline void expectSame(const Mat& mat, const ModelMat& model) {
+    const auto fields = [](bool init, auto... values) {
+        std::string text = init ? "initialised" : "empty";
+        ((text += " " + std::to_string(values)), ...);
+        return text;
+    };
+    EXPECT_EQ(
+        fields(mat.isInit, mat.memoryOwner, toValue(mat.memType), mat.width, mat.height, mat.channels,
+               mat.pixelBytes, mat.stepBytesCPU, mat.ptrCPU != nullptr, mat.ptrGPU != nullptr, mat.timestamp),
+        fields(model.init, model.owner, toValue(model.mem), model.width, model.height, model.channels,
+               model.pixelBytes, model.stepCPU, model.host != nullptr, model.device != nullptr,
+               model.timestamp));
+    EXPECT_EQ(mat.name, model.name);
+    if (mat.isInit) {
+        EXPECT_EQ(mat.dataType, model.type);
+    }
+#ifdef VELA_GPU_SOFTWARE
+    EXPECT_EQ(mat.stepBytesGPU, model.stepGPU);
+#endif
+    if (!model.init || model.rowBytes() * model.height == 0 || testing::Test::HasFailure()) return;
+    for (const MEM side : {MEM::CPU, MEM::GPU}) {
+        const auto& buffer = side == MEM::CPU ? model.host : model.device;
+        if (buffer && buffer->live && buffer->rows) {
+            EXPECT_EQ(load(mat, side), *buffer->rows) << toValue(side);
+        }
+    }
+}
+
+}  // namespace vela::test
