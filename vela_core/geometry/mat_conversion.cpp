@@ -1,10 +1,10 @@
 #include "vela_core/geometry/mat_conversion.hpp"
 
 #include "vela_core/geometry/conversion.hpp"
+#include "vela_core/geometry/host_loops.hpp"
 #include "vela_core/types/enum_cast.hpp"
 #include "vela_core/utils/buffers.hpp"
 #include "vela_gpu/kernels.hpp"
-#include "vela_gpu/pixel_loop.hpp"
 #include "vela_gpu/pixel_ops.hpp"
 
 #include <algorithm>
@@ -45,7 +45,7 @@ void applyOnDevice(const PixelView<Vector4<float>>& view, float* matrix) {
 /// Replaces every pixel by op(pixel) on the host, or lets `launch` do the same on the device.
 template <class Pixel, class Op, class Launch>
 void convertPixels(Mat& mat, MEM mem, Op op, Launch launch) {
-    if (mem == MEM::CPU) forEachPixel(viewOf<Pixel>(mat, mat.ptrCPU, mat.stepBytesCPU), op);
+    if (mem == MEM::CPU) applyOnHost(viewOf<Pixel>(mat, mat.ptrCPU, mat.stepBytesCPU), op);
     if (mem == MEM::GPU || mem == MEM_BOTH) launch(viewOf<Pixel>(mat, mat.ptrGPU, mat.stepBytesGPU));
 }
 

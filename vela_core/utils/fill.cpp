@@ -1,21 +1,21 @@
 #include "vela_core/utils/fill.hpp"
 
+#include <algorithm>
 #include <cstring>
 
 namespace vela {
 
 void fillWithPixel(void* buffer, std::size_t bytes, const void* pixel, std::size_t pixelBytes) {
-    // A block that holds a whole number of pixels of each size and of vector registers.
-    constexpr std::size_t BLOCK = 192;
-    alignas(64) unsigned char block[BLOCK];
-    for (std::size_t at = 0; at < BLOCK; at += pixelBytes) {
-        std::memcpy(block + at, pixel, pixelBytes);
+    // The filled beginning doubles until it is a good block to copy: large enough for the widest stores of
+    // this machine's memcpy, small enough to be read from the first-level cache again and again.
+    constexpr std::size_t LARGE_ENOUGH = 8192;
+    auto* const out = static_cast<unsigned char*>(buffer);
+    std::size_t block = std::min(bytes, pixelBytes);
+    std::memcpy(out, pixel, block);
+    for (std::size_t done = block; done < bytes; done += block) {
+        if (block < LARGE_ENOUGH) block = done;
+        std::memcpy(out + done, out, std::min(block, bytes - done));
     }
-    auto* out = static_cast<unsigned char*>(buffer);
-    for (; bytes >= BLOCK; bytes -= BLOCK, out += BLOCK) {
-        std::memcpy(out, block, BLOCK);
-    }
-    std::memcpy(out, block, bytes);
 }
 
 }  // namespace vela

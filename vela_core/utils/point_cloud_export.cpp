@@ -80,7 +80,7 @@ char* packedColor(char* out, const Point& point) {
 char* separateColor(char* out, const Point& point) {
     for (const std::uint8_t channel : {point.red, point.green, point.blue}) {
         *out++ = ' ';
-        out = vela::writeInteger(out, channel);
+        out = vela::writeBelow1000(out, channel);
     }
     return out;
 }

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "vela_gpu/pixel_ops.hpp"
+
+#include <cstddef>
+
+namespace vela {
+
+#if defined(__x86_64__)
+
+/// Whether this processor has AVX2; the functions below may only be called if it has.
+bool hasAvx2();
+
+// Each applies `op` to the first pixels of a row, as many as fill whole vectors, and returns how many.
+
+std::size_t applyToRowByAvx2(float* row, std::size_t width, const ScaleAll& op);
+std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, const ScaleAll& op);
+std::size_t applyToRowByAvx2(Vector4<float>* row, std::size_t width, const ScaleAll& op);
+std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, const ApplyMatrix3& op);
+std::size_t applyToRowByAvx2(Vector4<float>* row, std::size_t width, const ApplyMatrix4& op);
+
+#else
+
+inline bool hasAvx2() {
+    return false;
+}
+
+template <class Pixel, class Op>
+std::size_t applyToRowByAvx2(Pixel* /*row*/, std::size_t /*width*/, const Op& /*op*/) {
+    return 0;
+}
+
+#endif
+
+}  // namespace vela
