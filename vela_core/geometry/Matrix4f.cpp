@@ -3,25 +3,32 @@
 #include "vela_core/log/statements.hpp"
 
 #include <cstddef>
+#include <cstring>
 
 namespace vela {
 namespace {
 
-/// The determinant of c without row `row` and column `column`, expanded along its first column.
-constexpr float minorOf(const float (&c)[16], int row, int column) {
-    const int r[3] = {row > 0 ? 0 : 1, row > 1 ? 1 : 2, row > 2 ? 2 : 3};
-    const int k[3] = {column > 0 ? 0 : 1, column > 1 ? 1 : 2, column > 2 ? 2 : 3};
-    const auto at = [&](int i, int j) { return c[4 * r[i] + k[j]]; };
-    return at(0, 0) * at(1, 1) * at(2, 2) - at(0, 0) * at(1, 2) * at(2, 1) - at(1, 0) * at(0, 1) * at(2, 2) +
-           at(1, 0) * at(0, 2) * at(2, 1) + at(2, 0) * at(0, 1) * at(1, 2) - at(2, 0) * at(0, 2) * at(1, 1);
-}
+/// Four floats that are added and multiplied at once.
+using Lanes = float __attribute__((vector_size(16)));
 
-/// Element i of the adjugate, the transposed matrix of cofactors.
-constexpr float adjugateOf(const float (&c)[16], int i) {
-    const int row = i / 4;
-    const int column = i % 4;
-    const float value = minorOf(c, column, row);
-    return (row + column) % 2 == 0 ? value : -value;
+/// The transposed matrix of cofactors, by Laplace expansion along pairs of rows: each cofactor is a sum of
+/// three elements times 2 x 2 minors of the two rows that it has whole or not at all.
+void computeAdjugate(const float (&c)[16], float (&adjugate)[16]) {
+    Lanes signedColumn[4];  // rows 1, 0, 3, 2: what minors are multiplied with, with the signs of cofactors
+    Lanes upper[4];         // the first row of the pair: 2 for the cofactors of rows 0 and 1, else 0
+    Lanes lower[4];         // the second
+    for (int j = 0; j < 4; ++j) {
+        signedColumn[j] = Lanes{c[4 + j], -c[j], c[12 + j], -c[8 + j]};
+        upper[j] = Lanes{c[8 + j], c[8 + j], c[j], c[j]};
+        lower[j] = Lanes{c[12 + j], c[12 + j], c[4 + j], c[4 + j]};
+    }
+    const auto minorOf = [&](int i, int j) { return upper[i] * lower[j] - lower[i] * upper[j]; };
+    const Lanes m01 = minorOf(0, 1), m02 = minorOf(0, 2), m03 = minorOf(0, 3);
+    const Lanes m12 = minorOf(1, 2), m13 = minorOf(1, 3), m23 = minorOf(2, 3);
+    const Lanes(&s)[4] = signedColumn;
+    const Lanes rows[4] = {s[1] * m23 - s[2] * m13 + s[3] * m12, s[2] * m03 - s[0] * m23 - s[3] * m02,
+                           s[0] * m13 - s[1] * m03 + s[3] * m01, s[1] * m02 - s[0] * m12 - s[2] * m01};
+    std::memcpy(adjugate, rows, sizeof rows);
 }
 
 ERROR_CODE invalidParameters(LogStatement statement) {
@@ -45,21 +52,18 @@ Matrix4f Matrix4f::operator*(const Vector4<float>& v) const {
 }
 
 ERROR_CODE Matrix4f::inverse() {
-    const Matrix4f copy(*this);
-    const float(&c)[16] = copy.m;
-    m[0] = adjugateOf(c, 0);
-    const float gate = c[1] * c[1] + c[0] * m[0] + c[2] * c[2] + c[3] * c[3];
-    m[4] = adjugateOf(c, 4);
-    m[8] = adjugateOf(c, 8);
-    m[12] = adjugateOf(c, 12);
-    if (gate == 0.0F) return ERROR_CODE::FAILURE;
-
-    const float divisor = adjugateOf(c, 15);
-    for (int i = 0; i < 14; ++i) {
-        m[i] = adjugateOf(c, i) / divisor;
+    float a[16];
+    computeAdjugate(m, a);
+    const float gate = m[1] * m[1] + m[0] * a[0] + m[2] * m[2] + m[3] * m[3];
+    if (gate == 0.0F) {
+        for (const int i : {0, 4, 8, 12}) {
+            m[i] = a[i];
+        }
+        return ERROR_CODE::FAILURE;
     }
-    m[14] = c[14] / divisor;  // for a rigid transform 0, as its adjugate entry is
-    m[15] = divisor / divisor;
+    const float divisor = a[15];
+    a[14] = m[14];  // for a rigid transform 0, as its adjugate entry is
+    std::transform(a, a + 16, m, [=](float element) { return element / divisor; });
     return ERROR_CODE::SUCCESS;
 }
 

@@ -54,19 +54,31 @@ std::mt19937_64 uuid::gen(uuid::rd());
 std::uniform_int_distribution<> uuid::dis(0, 15);
 std::uniform_int_distribution<> uuid::dis2(8, 11);
 
-std::string uuid::generate_uuid_v4() {
-    static constexpr char DIGITS[] = "0123456789abcdef";
+namespace {
+
+struct IdentifierText {
     // x is a digit, y the variant digit; the version digit and the dashes stand for themselves.
-    std::string text = "xxxxxxxx-xxxx-4xxx-yxxx-xxxxxxxxxxxx";
-    for (char& place : text) {
-        if (place == 'x') place = DIGITS[dis(gen)];
-        if (place == 'y') place = DIGITS[dis2(gen)];
+    char characters[37] = "xxxxxxxx-xxxx-4xxx-yxxx-xxxxxxxxxxxx";
+};
+
+IdentifierText drawIdentifier() {
+    static constexpr char DIGITS[] = "0123456789abcdef";
+    IdentifierText text;
+    for (char& place : text.characters) {
+        if (place == 'x') place = DIGITS[uuid::dis(uuid::gen)];
+        if (place == 'y') place = DIGITS[uuid::dis2(uuid::gen)];
     }
     return text;
 }
 
+}  // namespace
+
+std::string uuid::generate_uuid_v4() {
+    return drawIdentifier().characters;
+}
+
 String generate_unique_id() {
-    return uuid::generate_uuid_v4();
+    return drawIdentifier().characters;
 }
 
 }  // namespace vela
