@@ -1,0 +1,14 @@
+# 64-bit ARM Linux, built and tested on another machine; scripts/arm64_sysroot prepares what this needs.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
+set(VELA_ARM64_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/arm64_sysroot)
+set(CMAKE_FIND_ROOT_PATH ${VELA_ARM64_SYSROOT})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,-rpath-link,${VELA_ARM64_SYSROOT}/usr/lib/aarch64-linux-gnu")
+set(CMAKE_CROSSCOMPILING_EMULATOR
+    qemu-aarch64 -L ${VELA_ARM64_SYSROOT}
+    -E LD_LIBRARY_PATH=${VELA_ARM64_SYSROOT}/usr/lib/aarch64-linux-gnu:${VELA_ARM64_SYSROOT}/lib/aarch64-linux-gnu)
