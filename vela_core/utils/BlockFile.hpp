@@ -39,11 +39,13 @@ public:
         constexpr std::size_t PART = LARGEST_RESERVE / sizeof(float);
         for (std::size_t done = 0; done < count; done += PART) {
             const std::size_t part = std::min(PART, count - done);
-            float values[PART];
-            std::memcpy(values, floats + done * sizeof(float), part * sizeof(float));
-            std::transform(values, values + part, values, change);
             char* const out = reserve();
-            std::memcpy(out, values, part * sizeof(float));
+            for (std::size_t i = 0; i < part; ++i) {
+                float value = 0.0F;
+                std::memcpy(&value, floats + (done + i) * sizeof value, sizeof value);
+                value = change(value);
+                std::memcpy(out + i * sizeof value, &value, sizeof value);
+            }
             commit(out + part * sizeof(float));
         }
     }
