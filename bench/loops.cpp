@@ -1,0 +1,258 @@
+// Loops over whole images in host memory: conversion of units and of axes, in place.
+#include "support/Session.hpp"
+#include "support/scene.hpp"
+#include "support/traffic.hpp"
+#include "support/values.hpp"
+
+#include <vela_core/vela.hpp>
+
+#include <pcl/common/transforms.h>
+#include <pcl/point_types.h>
+#include <Eigen/Core>
+#include <opencv2/core.hpp>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace vela;
+using bench::Comparison;
+using bench::Lane;
+using bench::Session;
+
+constexpr Resolution HD = {1280, 720};
+constexpr Resolution UHD = {3840, 2160};
+constexpr double INVALID_SHARE = 0.1;
+
+// One rounding of each product or sum, and of the factor.
+constexpr bench::Tolerance ROUNDING = {1e-44, 1e-6};
+
+std::string sizeText(Resolution resolution) {
+    return std::to_string(resolution.width) + "x" + std::to_string(resolution.height);
+}
+
+MAT_TYPE floatType(int channels) {
+    return channels == 1 ? MAT_TYPE::MAT_32F_C1 : channels == 3 ? MAT_TYPE::MAT_32F_C3 : MAT_TYPE::MAT_32F_C4;
+}
+
+/// The first channels of a cloud's points; of one channel the depth.
+std::vector<float> pixelsOf(Resolution resolution, int channels, double invalidShare, Lane lane) {
+    if (channels == 1) return bench::makeDepth(resolution, invalidShare);
+    const std::vector<float> cloud = bench::makeCloud(resolution, invalidShare, lane);
+    std::vector<float> pixels;
+    pixels.reserve(cloud.size());
+    for (std::size_t i = 0; i < cloud.size(); i += 4) {
+        pixels.insert(pixels.end(), cloud.begin() + static_cast<std::ptrdiff_t>(i),
+                      cloud.begin() + static_cast<std::ptrdiff_t>(i) + channels);
+    }
+    return pixels;
+}
+
+/// An image that all contenders convert in place, there and back in turns so that its values stay what they
+/// are.
+struct Scaling {
+    Scaling(Resolution resolution, int channels, Lane lane)
+        : input(pixelsOf(resolution, channels, INVALID_SHARE, lane)), mat(resolution, floatType(channels)) {}
+
+    float* data() const { return mat.getPtr<float>(); }
+    void reset() {
+        std::copy(input.begin(), input.end(), data());
+        metric = false;
+    }
+    UNIT unit() const { return metric ? UNIT::METER : UNIT::MILLIMETER; }
+    UNIT other() const { return metric ? UNIT::MILLIMETER : UNIT::METER; }
+    float nextFactor() {
+        const float factor = getUnitScale(unit(), other());
+        metric = !metric;
+        return factor;
+    }
+    std::string check() const {
+        std::vector<float> expected = input;
+        const float factor = getUnitScale(UNIT::MILLIMETER, UNIT::METER);
+        std::for_each(expected.begin(), expected.end(), [=](float& value) { value *= factor; });
+        return bench::differences(data(), expected.data(), expected.size(), ROUNDING);
+    }
+
+    std::vector<float> input;
+    Mat mat;
+    bool metric = false;
+};
+
+void scale(Session& session, const std::string& name, Resolution resolution, int channels, Lane lane) {
+    Scaling scaling(resolution, channels, lane);
+    // What bounds the loop is the traffic, whatever the values: ordinary ones for the limit.
+    Scaling ordinary(resolution, channels, Lane::NORMAL);
+    ordinary.reset();
+    Scaling& limiting = lane == Lane::NORMAL ? scaling : ordinary;
+    const std::size_t count = scaling.input.size();
+    cv::Mat matrix(static_cast<int>(resolution.height), static_cast<int>(resolution.width), CV_32FC(channels),
+                   scaling.data());
+
+    Comparison comparison(name + '/' + sizeText(resolution));
+    comparison.before([&] { scaling.reset(); }).check([&] { return scaling.check(); });
+    comparison
+        .ours([&] {
+            const UNIT from = scaling.unit();
+            const UNIT to = scaling.other();
+            convertUnit(scaling.mat, from, to, MEM::CPU);
+            scaling.metric = !scaling.metric;
+        })
+        .peer("OpenCV", [&] { matrix.convertTo(matrix, -1, static_cast<double>(scaling.nextFactor())); })
+        .peer("Eigen",
+              [&] {
+                  Eigen::Map<Eigen::ArrayXf> values(scaling.data(), static_cast<Eigen::Index>(count));
+                  values *= scaling.nextFactor();
+              })
+        .limit(
+            "AVX2", [&] { bench::multiplyAll(limiting.data(), count, limiting.nextFactor()); },
+            [&] {
+                limiting.reset();
+                bench::multiplyAll(limiting.data(), count, limiting.nextFactor());
+                return limiting.check();
+            });
+    session.run(comparison);
+}
+
+/// Points that all contenders turn in place, there and back in turns.
+struct Turning {
+    static constexpr COORDINATE_SYSTEM IMAGE = COORDINATE_SYSTEM::IMAGE;
+    static constexpr COORDINATE_SYSTEM WORLD = COORDINATE_SYSTEM::RIGHT_HANDED_Z_UP_AND_X_FORWARD;
+
+    Turning(Resolution resolution, int channels_)
+        : channels(channels_),
+          input(pixelsOf(resolution, channels, 0, Lane::NORMAL)),
+          mat(resolution, floatType(channels)) {}
+
+    float* data() const { return mat.getPtr<float>(); }
+    void reset() {
+        std::copy(input.begin(), input.end(), data());
+        turned = false;
+    }
+    Matrix4f nextMatrix() {
+        turned = !turned;
+        return turned ? getCoordinateTransformConversion4f(IMAGE, WORLD)
+                      : getCoordinateTransformConversion4f(WORLD, IMAGE);
+    }
+    std::vector<float> expected() const {
+        const Matrix4f matrix = getCoordinateTransformConversion4f(IMAGE, WORLD);
+        std::vector<float> points = input;
+        for (std::size_t i = 0; i < points.size(); i += static_cast<std::size_t>(channels)) {
+            for (int row = 0; row < 3; ++row) {
+                double sum = 0;
+                for (int column = 0; column < 3; ++column) {
+                    sum += static_cast<double>(matrix(row, column)) *
+                           static_cast<double>(input[i + static_cast<std::size_t>(column)]);
+                }
+                points[i + static_cast<std::size_t>(row)] = static_cast<float>(sum);
+            }
+        }
+        return points;
+    }
+    std::string check(const float* points) const {
+        const std::vector<float> wanted = expected();
+        return bench::differences(points, wanted.data(), wanted.size(), ROUNDING);
+    }
+
+    int channels;
+    std::vector<float> input;
+    Mat mat;
+    bool turned = false;
+};
+
+/// The contenders that three and four floats have in common.
+void addCommon(Comparison& comparison, Turning& turning, cv::Mat& matrix) {
+    const int channels = turning.channels;
+    comparison.before([&] { turning.reset(); }).check([&] { return turning.check(turning.data()); });
+    comparison
+        .ours([&] {
+            const bool turned = turning.turned;
+            convertCoordinateSystem(turning.mat, turned ? Turning::WORLD : Turning::IMAGE,
+                                    turned ? Turning::IMAGE : Turning::WORLD, MEM::CPU);
+            turning.turned = !turned;
+        })
+        .peer("OpenCV",
+              [&, channels] {
+                  Matrix4f full = turning.nextMatrix();
+                  const cv::Mat four(4, 4, CV_32FC1, full.m);
+                  cv::transform(matrix, matrix, four(cv::Rect(0, 0, channels, channels)));
+              })
+        .limit(
+            "AVX2", [&] { bench::multiplyAll(turning.data(), turning.input.size(), -1.0F); },
+            bench::nothingToCheck);
+}
+
+template <int CHANNELS>
+void turnByEigen(Turning& turning) {
+    using Full = Eigen::Matrix<float, 4, 4, Eigen::RowMajor>;
+    const Matrix4f full = turning.nextMatrix();
+    const Eigen::Matrix<float, CHANNELS, CHANNELS> matrix =
+        Eigen::Map<const Full>(full.m).topLeftCorner<CHANNELS, CHANNELS>();
+    const auto count = static_cast<Eigen::Index>(turning.input.size() / CHANNELS);
+    Eigen::Map<Eigen::Matrix<float, CHANNELS, Eigen::Dynamic>> points(turning.data(), CHANNELS, count);
+    for (Eigen::Index i = 0; i < count; ++i) {
+        points.col(i) = matrix * points.col(i);
+    }
+}
+
+void turnThree(Session& session, Resolution resolution) {
+    Turning turning(resolution, 3);
+    cv::Mat matrix(static_cast<int>(resolution.height), static_cast<int>(resolution.width), CV_32FC3,
+                   turning.data());
+    Comparison comparison("axes/32F_C3/" + sizeText(resolution));
+    addCommon(comparison, turning, matrix);
+    comparison.peer("Eigen", [&] { turnByEigen<3>(turning); });
+    session.run(comparison);
+}
+
+void turnFour(Session& session, Resolution resolution) {
+    Turning turning(resolution, 4);
+    cv::Mat matrix(static_cast<int>(resolution.height), static_cast<int>(resolution.width), CV_32FC4,
+                   turning.data());
+    // PCL's points are four floats as well; it writes 1 into the fourth.
+    pcl::PointCloud<pcl::PointXYZ> cloud(static_cast<std::uint32_t>(resolution.width),
+                                         static_cast<std::uint32_t>(resolution.height));
+    const auto checkCloud = [&] {
+        std::vector<float> points(turning.input);
+        for (std::size_t i = 0; i < cloud.size(); ++i) {
+            std::copy_n(cloud[i].data, 3, &points[4 * i]);
+        }
+        return turning.check(points.data());
+    };
+
+    Comparison comparison("axes/32F_C4/" + sizeText(resolution));
+    addCommon(comparison, turning, matrix);
+    comparison.before([&] {
+        turning.reset();
+        for (std::size_t i = 0; i < cloud.size(); ++i) {
+            std::copy_n(&turning.input[4 * i], 3, cloud[i].data);
+        }
+    });
+    comparison.peer("Eigen", [&] { turnByEigen<4>(turning); })
+        .peer(
+            "PCL",
+            [&] {
+                const Matrix4f full = turning.nextMatrix();
+                const Eigen::Matrix4f matrix4 =
+                    Eigen::Map<const Eigen::Matrix<float, 4, 4, Eigen::RowMajor>>(full.m);
+                pcl::transformPointCloud(cloud, cloud, matrix4);
+            },
+            checkCloud);
+    session.run(comparison);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Session session(argc, argv);
+    cv::setNumThreads(1);
+    for (const Resolution resolution : {HD, UHD}) {
+        scale(session, "unit/32F_C1", resolution, 1, Lane::NORMAL);
+        scale(session, "unit/32F_C3", resolution, 3, Lane::NORMAL);
+        scale(session, "unit/32F_C4", resolution, 4, Lane::NORMAL);
+        turnThree(session, resolution);
+        turnFour(session, resolution);
+    }
+    scale(session, "unit/32F_C4_alpha0", HD, 4, Lane::TRANSPARENT);
+}

@@ -1,0 +1,103 @@
+#include "support/Session.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <vector>
+
+namespace vela::bench {
+namespace {
+
+constexpr const char JSON_OPTION[] = "--json=";
+
+/// Takes our option out of the arguments; empty if it is not there.
+std::string takeJsonPath(std::vector<char*>& arguments) {
+    const std::string option = JSON_OPTION;
+    const auto found = std::find_if(arguments.begin(), arguments.end(), [&](const char* argument) {
+        return std::string(argument).rfind(option, 0) == 0;
+    });
+    if (found == arguments.end()) return {};
+    std::string path = std::string(*found).substr(option.size());
+    arguments.erase(found);
+    return path;
+}
+
+/// Hands the command line to Google Benchmark, with the effort as the default that options may change.
+void initialize(std::vector<char*>& arguments, const Effort& effort) {
+    std::string defaults[] = {"--benchmark_enable_random_interleaving=true",
+                              "--benchmark_repetitions=" + std::to_string(effort.repetitions),
+                              "--benchmark_min_time=" + std::to_string(effort.seconds)};
+    auto place = arguments.begin() + 1;
+    for (std::string& option : defaults) {
+        place = arguments.insert(place, option.data()) + 1;
+    }
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) std::exit(2);
+}
+
+}  // namespace
+
+/// Google Benchmark's JSON, with the results of all comparisons in one list.
+class Session::Report : public benchmark::JSONReporter {
+public:
+    explicit Report(const std::string& path) {
+        if (path.empty()) return;
+        file_.open(path);
+        if (!file_) {
+            std::cerr << "cannot write " << path << '\n';
+            std::exit(2);
+        }
+        SetOutputStream(&file_);
+    }
+    bool ReportContext(const Context& context) override {
+        if (!started_) JSONReporter::ReportContext(context);
+        started_ = true;
+        return true;
+    }
+    void Finalize() override {}  // more may come
+    void finish() {
+        if (started_) JSONReporter::Finalize();
+        GetOutputStream().flush();
+    }
+
+private:
+    std::ofstream file_;
+    bool started_ = false;
+};
+
+Session::Session(int argc, char** argv, Effort effort) {
+    std::vector<char*> arguments(argv, argv + argc);
+    report_ = std::make_unique<Report>(takeJsonPath(arguments));
+    initialize(arguments, effort);
+    filter_ = std::regex(benchmark::GetBenchmarkFilter());
+}
+
+Session::~Session() {
+    report_->finish();
+}
+
+void Session::run(const Comparison& comparison) {
+    if (!std::regex_search(comparison.name(), filter_)) return;
+    for (const Comparison::Contender& contender : comparison.contenders()) {
+        const std::string complaint = comparison.verdict(contender);
+        if (complaint.empty()) continue;
+        std::cerr << comparison.name() << ", " << contender.role << ": " << complaint << '\n';
+        std::exit(1);
+    }
+    std::cerr << comparison.name() << '\n';
+    for (const Comparison::Contender& contender : comparison.contenders()) {
+        auto* const timed = benchmark::RegisterBenchmark((comparison.name() + '/' + contender.role).c_str(),
+                                                         [&](benchmark::State& state) {
+                                                             contender.timed(state);
+                                                             state.SetLabel(comparison.clock());
+                                                         });
+        if (comparison.clock() == "wall") timed->UseRealTime();
+        if (comparison.clock() == "settled") timed->UseManualTime();
+    }
+    benchmark::RunSpecifiedBenchmarks(report_.get(), "all");
+    benchmark::ClearRegisteredBenchmarks();
+}
+
+}  // namespace vela::bench

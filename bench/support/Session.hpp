@@ -1,0 +1,38 @@
+#pragma once
+
+#include "support/Comparison.hpp"
+
+#include <memory>
+#include <regex>
+#include <string>
+
+namespace vela::bench {
+
+/// How long a program measures: so many interleaved repetitions, each of at least so many seconds.
+struct Effort {
+    int repetitions = 21;
+    double seconds = 0.01;
+};
+
+/// The run of one benchmark program. Options are those of Google Benchmark, whose `--benchmark_filter` is
+/// searched in the names of comparisons here, and `--json=FILE`, where the results go; else they go to
+/// standard output.
+class Session {
+public:
+    Session(int argc, char** argv, Effort effort = {});
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    /// Checks every contender, then times them in turns, in random order. Ends the program with status 1 when
+    /// a contender did not compute what it should have.
+    void run(const Comparison& comparison);
+
+private:
+    class Report;
+
+    std::regex filter_;
+    std::unique_ptr<Report> report_;
+};
+
+}  // namespace vela::bench

@@ -1,0 +1,43 @@
+#include "support/traffic.hpp"
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace vela::bench {
+namespace {
+
+void multiplyPlainly(float* values, std::size_t count, float factor) {
+    for (std::size_t i = 0; i < count; ++i) {
+        values[i] *= factor;
+    }
+}
+
+#if defined(__x86_64__)
+__attribute__((target("avx2"))) void multiplyByAvx2(float* values, std::size_t count, float factor) {
+    constexpr std::size_t REGISTER = 8;
+    const __m256 factors = _mm256_set1_ps(factor);
+    std::size_t i = 0;
+    for (; i + 4 * REGISTER <= count; i += 4 * REGISTER) {
+        for (std::size_t part = 0; part < 4; ++part) {
+            float* const place = values + i + part * REGISTER;
+            _mm256_storeu_ps(place, _mm256_mul_ps(_mm256_loadu_ps(place), factors));
+        }
+    }
+    multiplyPlainly(values + i, count - i, factor);
+}
+#endif
+
+}  // namespace
+
+void multiplyAll(float* values, std::size_t count, float factor) {
+#if defined(__x86_64__)
+    if (__builtin_cpu_supports("avx2") != 0) {
+        multiplyByAvx2(values, count, factor);
+        return;
+    }
+#endif
+    multiplyPlainly(values, count, factor);
+}
+
+}  // namespace vela::bench
