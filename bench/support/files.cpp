@@ -1,0 +1,100 @@
+#include "support/files.hpp"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <system_error>
+
+namespace vela::bench {
+namespace {
+
+/// An open file; what fails ends the program by an exception.
+class Descriptor {
+public:
+    Descriptor(const std::string& path, int flags) : number_(open(path.c_str(), flags | O_CLOEXEC, 0666)) {
+        require(number_ >= 0);
+    }
+    ~Descriptor() { close(number_); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    void write(const char* bytes, std::size_t count) const {
+        while (count > 0) {
+            const ssize_t written = ::write(number_, bytes, count);
+            require(written > 0);
+            bytes += written;
+            count -= static_cast<std::size_t>(written);
+        }
+    }
+    std::size_t read(char* bytes, std::size_t room) const {
+        const ssize_t taken = ::read(number_, bytes, room);
+        require(taken >= 0);
+        return static_cast<std::size_t>(taken);
+    }
+    /// The bytes that the kernel moved from another file's place to this one's; 0 at its end.
+    std::size_t take(const Descriptor& from) const {
+        constexpr std::size_t MOST = std::size_t{1} << 30;
+        const ssize_t moved = copy_file_range(from.number_, nullptr, number_, nullptr, MOST, 0);
+        require(moved >= 0);
+        return static_cast<std::size_t>(moved);
+    }
+
+private:
+    static void require(bool fine) {
+        if (!fine) throw std::system_error(errno, std::generic_category());
+    }
+
+    int number_;
+};
+
+}  // namespace
+
+ScratchFolder::ScratchFolder(const std::string& parent) : path_(parent + "/vela_bench_XXXXXX") {
+    if (mkdtemp(path_.data()) == nullptr) throw std::system_error(errno, std::generic_category(), path_);
+}
+
+ScratchFolder::~ScratchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::string memoryFolder() {
+    constexpr const char* SHARED_MEMORY = "/dev/shm";
+    if (access(SHARED_MEMORY, W_OK | X_OK) == 0) return SHARED_MEMORY;
+    return std::filesystem::temp_directory_path().string();
+}
+
+std::string contentOf(const std::string& path) {
+    const std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+void writeRaw(const std::string& path, const std::string& content) {
+    const Descriptor file(path, O_WRONLY | O_CREAT | O_TRUNC);
+    file.write(content.data(), content.size());
+}
+
+void copyRaw(const std::string& from, const std::string& to, bool inKernel) {
+    const Descriptor source(from, O_RDONLY);
+    const Descriptor destination(to, O_WRONLY | O_CREAT | O_TRUNC);
+    if (inKernel) {
+        while (destination.take(source) > 0) {
+        }
+        return;
+    }
+    constexpr std::size_t BLOCK = std::size_t{256} << 10;
+    const std::unique_ptr<char[]> block(new char[BLOCK]);
+    while (const std::size_t count = source.read(block.get(), BLOCK)) {
+        destination.write(block.get(), count);
+    }
+}
+
+}  // namespace vela::bench

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+namespace vela::bench {
+
+/// A folder of the program's own inside another, which goes away with it.
+class ScratchFolder {
+public:
+    explicit ScratchFolder(const std::string& parent);
+    ~ScratchFolder();
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+    std::string operator/(const std::string& name) const { return path_ + '/' + name; }
+
+private:
+    std::string path_;
+};
+
+/// A folder in memory where there is one, so that no disk is measured.
+std::string memoryFolder();
+
+/// All bytes of a file.
+std::string contentOf(const std::string& path);
+
+/// Puts bytes into a file by as few calls as the system needs.
+void writeRaw(const std::string& path, const std::string& content);
+
+/// A new file with another's bytes, moved by the kernel if `inKernel`, else through memory in large blocks.
+void copyRaw(const std::string& from, const std::string& to, bool inKernel);
+
+}  // namespace vela::bench
