@@ -161,14 +161,17 @@ void clone(Session& session) {
     session.run(comparison);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    Session session(argc, argv);
+void runAll(Session& session) {
     cv::setNumThreads(1);
     fillAll(session);
     copyPacked(session, "32F_C4", MAT_TYPE::MAT_32F_C4, CV_32FC4);
     copyPacked(session, "8U_C3", MAT_TYPE::MAT_8U_C3, CV_8UC3);
     copyWithGaps(session);
     clone(session);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return bench::measure(argc, argv, {}, runAll);
 }

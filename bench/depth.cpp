@@ -118,10 +118,7 @@ void writePicture(Session& session, const std::string& folder, MAT_TYPE type, in
     session.run(comparison);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    Session session(argc, argv, {15, 0.01});
+void runAll(Session& session) {
     cv::setNumThreads(1);
     const bench::ScratchFolder scratch(bench::memoryFolder());
     const std::string folder = scratch / ".";
@@ -135,4 +132,10 @@ int main(int argc, char** argv) {
     writePicture(session, folder, MAT_TYPE::MAT_US16_C1, CV_16UC1, "png", usualPng);
     writePicture(session, folder, MAT_TYPE::MAT_8U_C3, CV_8UC3, "jpg", {cv::IMWRITE_JPEG_QUALITY, 95});
     writePicture(session, folder, MAT_TYPE::MAT_8U_C4, CV_8UC4, "bmp", {});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return bench::measure(argc, argv, {15, 0.01}, runAll);
 }

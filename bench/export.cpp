@@ -52,17 +52,17 @@ struct Point {
 
 /// A format's files as all but PCL write them.
 struct Format {
-    POINT_CLOUD_FORMAT format;
     const char* name;
     const char* extension;
     const char* headerEnd;  // the last line before the points
+    POINT_CLOUD_FORMAT format;
     enum class Color { NONE, PACKED, SEPARATE } color;
 };
 constexpr Format FORMATS[] = {
-    {XYZ, "XYZ", ".xyz", "# Number of points ", Format::Color::NONE},
-    {PLY, "PLY with colour", ".ply", "end_header", Format::Color::SEPARATE},
-    {VTK, "VTK", ".vtk", "POINTS ", Format::Color::NONE},
-    {PCD, "PCD with colour", ".pcd", "DATA ascii", Format::Color::PACKED},
+    {"XYZ", ".xyz", "# Number of points ", XYZ, Format::Color::NONE},
+    {"PLY with colour", ".ply", "end_header", PLY, Format::Color::SEPARATE},
+    {"VTK", ".vtk", "POINTS ", VTK, Format::Color::NONE},
+    {"PCD with colour", ".pcd", "DATA ascii", PCD, Format::Color::PACKED},
 };
 
 /// The beginning of a file up to the line that starts so.
@@ -192,7 +192,7 @@ struct Scene {
                 value = std::strtof(at, &end);
                 at = end;
             }
-            const std::string complaint = bench::differences(written, expected, 3, {1e-6, 1e-7});
+            std::string complaint = bench::differences(written, expected, 3, {1e-6, 1e-7});
             if (!complaint.empty()) return complaint;
             at = std::strchr(at, '\n');
             if (at == nullptr) return "the file is too short";
@@ -267,13 +267,16 @@ void exportCloud(Session& session, const Format& format, Scene& scene, const std
     session.run(comparison);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    Session session(argc, argv, {9, 0.02});
+void runAll(Session& session) {
     Scene scene;
     for (const Format& format : FORMATS) {
         exportCloud(session, format, scene, bench::memoryFolder(), false);
     }
     exportCloud(session, FORMATS[std::size(FORMATS) - 1], scene, VELA_BENCH_DISK_FOLDER, true);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return bench::measure(argc, argv, {9, 0.02}, runAll);
 }

@@ -137,8 +137,7 @@ template <int N, class T>
 bench::Check checkOf(const Many<T>& results, const Many<Bare<N>>& expected) {
     return [&] {
         for (std::size_t i = 0; i < COUNT; ++i) {
-            const std::string complaint =
-                bench::differences(numbers(results[i]), expected[i].m, N * N, ROUNDING);
+            std::string complaint = bench::differences(numbers(results[i]), expected[i].m, N * N, ROUNDING);
             if (!complaint.empty()) return complaint;
         }
         return std::string();
@@ -150,8 +149,7 @@ bench::Check checkOfColumns(const Many<T>& results, const Many<Bare<N>>& expecte
     return [&] {
         for (std::size_t i = 0; i < COUNT; ++i) {
             const T rows = glm::transpose(results[i]);
-            const std::string complaint =
-                bench::differences(glm::value_ptr(rows), expected[i].m, N * N, ROUNDING);
+            std::string complaint = bench::differences(glm::value_ptr(rows), expected[i].m, N * N, ROUNDING);
             if (!complaint.empty()) return complaint;
         }
         return std::string();
@@ -264,14 +262,17 @@ void rotate(Session& session, const Inputs& a) {
     session.run(comparison);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    Session session(argc, argv);
+void runAll(Session& session) {
     const Inputs a(1);
     const Inputs b(2);
     multiply(session, a, b);
     invert(session, a);
     rotate(session, a);
     copy(session, a);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return bench::measure(argc, argv, {}, runAll);
 }

@@ -75,10 +75,7 @@ std::string checkForm(const std::string& text) {
     return fine ? "" : text + " is no identifier";
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    Session session(argc, argv);
+void runAll(Session& session) {
     vela::String ours;
     std::string theirs;
     std::string expected;
@@ -86,7 +83,6 @@ int main(int argc, char** argv) {
     boost::uuids::random_generator fromSystem;
     boost::uuids::random_generator_mt19937 fromEngine;
     const auto start = vela::uuid::gen;
-
     // The stream tells what the engine's numbers should become.
     Comparison comparison("identifier");
     comparison.before([&] { vela::uuid::gen = start; })
@@ -109,4 +105,10 @@ int main(int argc, char** argv) {
             return after == vela::uuid::gen ? "" : "not as many draws";
         });
     session.run(comparison);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return vela::bench::measure(argc, argv, {}, runAll);
 }

@@ -242,10 +242,7 @@ void turnFour(Session& session, Resolution resolution) {
     session.run(comparison);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    Session session(argc, argv);
+void runAll(Session& session) {
     cv::setNumThreads(1);
     for (const Resolution resolution : {HD, UHD}) {
         scale(session, "unit/32F_C1", resolution, 1, Lane::NORMAL);
@@ -255,4 +252,10 @@ int main(int argc, char** argv) {
         turnFour(session, resolution);
     }
     scale(session, "unit/32F_C4_alpha0", HD, 4, Lane::TRANSPARENT);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return bench::measure(argc, argv, {}, runAll);
 }

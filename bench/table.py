@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Turns the JSON files of benchmark programs into one table.
 
-Usage: table.py [--markdown] FILE...
+Usage: table.py [--markdown] [--commit=NAME] FILE...
 """
 import json
 import platform
@@ -76,19 +76,26 @@ def print_markdown(rows):
         print("| " + " | ".join(entry) + " |")
 
 
-def processor():
+def setting(files, commit):
+    """What the figures were measured with."""
     with open("/proc/cpuinfo") as file:
         models = re.findall(r"^model name\s*: (.*)$", file.read(), re.MULTILINE)
-    return f"{models[0] if models else platform.machine()}, {len(models)} processors"
+    with open(files[0]) as file:
+        context = json.load(file)["context"]
+    machine = f"{models[0] if models else platform.machine()}, {context['num_cpus']} processors"
+    load = ", ".join(f"{value:.1f}" for value in context["load_avg"])
+    return f"{machine}; {context['compiler']}; commit {commit}; {context['date'][:10]}; load before: {load}"
 
 
 def main(arguments):
-    markdown = "--markdown" in arguments
+    options = [argument for argument in arguments if argument.startswith("-")]
     files = [argument for argument in arguments if not argument.startswith("-")]
+    commits = [option.split("=", 1)[1] for option in options if option.startswith("--commit=")]
     if not files:
         sys.exit(__doc__)
     rows = [HEADINGS] + [row(case, roles) for case, roles in medians(files).items()]
-    (print_markdown if markdown else print_plain)(rows)
+    (print_markdown if "--markdown" in options else print_plain)(rows)
+    print("\n" + setting(files, commits[0] if commits else "unknown"))
 
 
 if __name__ == "__main__":

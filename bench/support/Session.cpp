@@ -1,15 +1,20 @@
 #include "support/Session.hpp"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <stdexcept>
 #include <vector>
 
 namespace vela::bench {
 namespace {
 
 constexpr const char JSON_OPTION[] = "--json=";
+#if defined(__clang__)
+constexpr const char COMPILER[] = __VERSION__;  // names itself
+#else
+constexpr const char COMPILER[] = "g++ " __VERSION__;
+#endif
 
 /// Takes our option out of the arguments; empty if it is not there.
 std::string takeJsonPath(std::vector<char*>& arguments) {
@@ -34,7 +39,9 @@ void initialize(std::vector<char*>& arguments, const Effort& effort) {
     }
     int count = static_cast<int>(arguments.size());
     benchmark::Initialize(&count, arguments.data());
-    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) std::exit(2);
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
+        throw std::invalid_argument("unknown option");
+    }
 }
 
 }  // namespace
@@ -45,10 +52,7 @@ public:
     explicit Report(const std::string& path) {
         if (path.empty()) return;
         file_.open(path);
-        if (!file_) {
-            std::cerr << "cannot write " << path << '\n';
-            std::exit(2);
-        }
+        if (!file_) throw std::runtime_error("cannot write " + path);
         SetOutputStream(&file_);
     }
     bool ReportContext(const Context& context) override {
@@ -69,6 +73,7 @@ private:
 
 Session::Session(int argc, char** argv, Effort effort) {
     std::vector<char*> arguments(argv, argv + argc);
+    benchmark::AddCustomContext("compiler", COMPILER);
     report_ = std::make_unique<Report>(takeJsonPath(arguments));
     initialize(arguments, effort);
     filter_ = std::regex(benchmark::GetBenchmarkFilter());
@@ -82,9 +87,9 @@ void Session::run(const Comparison& comparison) {
     if (!std::regex_search(comparison.name(), filter_)) return;
     for (const Comparison::Contender& contender : comparison.contenders()) {
         const std::string complaint = comparison.verdict(contender);
-        if (complaint.empty()) continue;
-        std::cerr << comparison.name() << ", " << contender.role << ": " << complaint << '\n';
-        std::exit(1);
+        if (!complaint.empty()) {
+            throw std::runtime_error(comparison.name() + ", " + contender.role + ": " + complaint);
+        }
     }
     std::cerr << comparison.name() << '\n';
     for (const Comparison::Contender& contender : comparison.contenders()) {
@@ -98,6 +103,17 @@ void Session::run(const Comparison& comparison) {
     }
     benchmark::RunSpecifiedBenchmarks(report_.get(), "all");
     benchmark::ClearRegisteredBenchmarks();
+}
+
+int measure(int argc, char** argv, Effort effort, const std::function<void(Session&)>& comparisons) {
+    try {
+        Session session(argc, argv, effort);
+        comparisons(session);
+        return 0;
+    } catch (const std::exception& exception) {
+        std::cerr << exception.what() << '\n';
+        return 1;
+    }
 }
 
 }  // namespace vela::bench

@@ -2,6 +2,7 @@
 
 #include "support/Comparison.hpp"
 
+#include <functional>
 #include <memory>
 #include <regex>
 #include <string>
@@ -14,18 +15,16 @@ struct Effort {
     double seconds = 0.01;
 };
 
-/// The run of one benchmark program. Options are those of Google Benchmark, whose `--benchmark_filter` is
-/// searched in the names of comparisons here, and `--json=FILE`, where the results go; else they go to
-/// standard output.
+/// The run of one benchmark program.
 class Session {
 public:
-    Session(int argc, char** argv, Effort effort = {});
+    Session(int argc, char** argv, Effort effort);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Checks every contender, then times them in turns, in random order. Ends the program with status 1 when
-    /// a contender did not compute what it should have.
+    /// Checks every contender, then times them in turns, in random order. Throws when a contender did not
+    /// compute what it should have.
     void run(const Comparison& comparison);
 
 private:
@@ -34,5 +33,10 @@ private:
     std::regex filter_;
     std::unique_ptr<Report> report_;
 };
+
+/// The `main` of a benchmark program: lets `comparisons` use a session and returns the program's exit status,
+/// 1 when a check failed. Options are those of Google Benchmark, whose `--benchmark_filter` is searched in
+/// the names of comparisons here, and `--json=FILE`, where the results go; else they go to standard output.
+int measure(int argc, char** argv, Effort effort, const std::function<void(Session&)>& comparisons);
 
 }  // namespace vela::bench
