@@ -1,22 +1,22 @@
 // The kernels of kernels.hpp by way of two functions that each backend defines in its one launcher source,
 // which includes this file at its end; nobody else does:
 //
-//     launchRuns(walker, view, stream)          walker(run, y) for all runs and rows of the view
-//     launchRunsByMatrix<Op>(view, matrix)      the same for MapRun(view, view, Op) of a matrix in device
-//     memory
+//     launchTiles(walker, stream)              the walker's tiles, by every lane
+//     launchTilesByMatrix(walker, matrix)      the same with an operation of a matrix in device memory
+//                                              instead of the walker's, on the null stream
 
 #include "vela_gpu/PixelView.hpp"
 #include "vela_gpu/kernels.hpp"
 #include "vela_gpu/pixel_ops.hpp"
-#include "vela_gpu/pixel_runs.hpp"
+#include "vela_gpu/pixel_tiles.hpp"
 
 namespace vela {
 
 template <class T>
 void cu_matSetToGPU(T value, T* data, unsigned int stepElements, unsigned int width, unsigned int height,
                     cudaStream_t stream) {
-    const PixelView<T> view = elementView(data, stepElements, width, height);
-    if (!view.empty()) launchRuns(FillRun<T>(view, value), view, stream);
+    const PixelRows<T> rows(elementView(data, stepElements, width, height));
+    if (!rows.empty()) launchTiles(FillTiles<T>(rows, value), stream);
 }
 
 template void cu_matSetToGPU(float, float*, unsigned, unsigned, unsigned, cudaStream_t);
@@ -38,41 +38,45 @@ void cu_cvt2Signed(Vector4<unsigned char>* source, Vector4<char>* destination,
                    Resolution resolution, cudaStream_t stream) {
     const auto width = static_cast<unsigned int>(resolution.width);
     const auto height = static_cast<unsigned int>(resolution.height);
-    const auto from = elementView(source, sourceStepElements, width, height);
-    const auto to = elementView(destination, destinationStepElements, width, height);
-    if (!from.empty() && !to.empty()) launchRuns(MapRun(from, to, ToSigned{}), from, stream);
+    const PixelRows from(elementView(source, sourceStepElements, width, height));
+    const PixelRows to(elementView(destination, destinationStepElements, width, height));
+    if (!from.empty() && !to.empty()) launchTiles(MapTiles(from, to, ToSigned{}), stream);
 }
 
 template <>
 void cu_applyFactor(float* data, float factor, unsigned int stepElements, unsigned int width,
                     unsigned int height) {
-    const PixelView<float> view = elementView(data, stepElements, width, height);
-    if (!view.empty()) launchRuns(MapRun(view, view, ScaleAll{factor}), view, nullptr);
+    const PixelRows rows(elementView(data, stepElements, width, height));
+    if (!rows.empty()) launchTiles(MapTiles(rows, rows, ScaleAll{factor}), nullptr);
 }
 
 template <>
 void cu_applyFactor(Vector3<float>* data, float factor, unsigned int stepElements, unsigned int width,
                     unsigned int height) {
-    // The components of a row are a row of floats, which makes shorter runs.
-    cu_applyFactor(reinterpret_cast<float*>(data), factor, 3 * stepElements, 3 * width, height);
+    // The components of a row are a row of floats, which words hold a whole number of.
+    const auto view = elementView(data, stepElements, width, height);
+    const PixelRows rows(reinterpret_cast<float*>(data), std::size_t{3} * width, height, view.stepBytes);
+    if (!rows.empty()) launchTiles(MapTiles(rows, rows, ScaleAll{factor}), nullptr);
 }
 
 void cu_applyFactor4f(Vector4<float>* data, float factor, unsigned int stepElements, unsigned int width,
                       unsigned int height) {
-    const auto view = elementView(data, stepElements, width, height);
-    if (!view.empty()) launchRuns(MapRun(view, view, ScalePosition{factor}), view, nullptr);
+    const PixelRows rows(elementView(data, stepElements, width, height));
+    if (!rows.empty()) launchTiles(MapTiles(rows, rows, ScalePosition{factor}), nullptr);
 }
 
 void cu_applyMat3f(Vector3<float>* data, float* matrix, unsigned int stepElements, unsigned int width,
                    unsigned int height) {
-    const auto view = elementView(data, stepElements, width, height);
-    if (!view.empty() && matrix != nullptr) launchRunsByMatrix<ApplyMatrix3>(view, matrix);
+    const PixelRows rows(elementView(data, stepElements, width, height));
+    if (rows.empty() || matrix == nullptr) return;
+    launchTilesByMatrix(ExchangingMapTiles(rows, rows, ApplyMatrix3{}), matrix);
 }
 
 void cu_applyMat4f(Vector4<float>* data, float* matrix, unsigned int stepElements, unsigned int width,
                    unsigned int height) {
-    const auto view = elementView(data, stepElements, width, height);
-    if (!view.empty() && matrix != nullptr) launchRunsByMatrix<ApplyMatrix4>(view, matrix);
+    const PixelRows rows(elementView(data, stepElements, width, height));
+    if (rows.empty() || matrix == nullptr) return;
+    launchTilesByMatrix(MapTiles(rows, rows, ApplyMatrix4{}), matrix);
 }
 
 }  // namespace vela

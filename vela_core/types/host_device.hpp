@@ -6,3 +6,10 @@
 #else
 #define VELA_HOST_DEVICE
 #endif
+
+/// Stands before a loop that kernels rarely enter: unrolled, it would only cost them registers.
+#ifdef __CUDA_ARCH__
+#define VELA_RARE_LOOP _Pragma("unroll 1")
+#else
+#define VELA_RARE_LOOP
+#endif

@@ -1,5 +1,4 @@
-#include "vela_gpu/PixelView.hpp"
-#include "vela_gpu/pixel_runs.hpp"
+#include "vela_gpu/pixel_tiles.hpp"
 #include "vela_gpu/software/StandIn.hpp"
 
 #include <cstring>
@@ -9,34 +8,53 @@ namespace {
 
 using software_device::StandIn;
 
-/// The same view over the bytes behind a device address; without data where not all of it can be reached.
+/// The same rows over the bytes behind a device address; without data where not all of it can be reached.
 template <class T>
-PixelView<T> reach(const StandIn& device, PixelView<T> view) {
-    view.data = device.kernelAddress(view.data, view.spanBytes());
-    return view;
+PixelRows<T> reach(const StandIn& device, PixelRows<T> rows) {
+    rows.data = device.kernelAddress(rows.data, rows.spanBytes());
+    return rows;
 }
 
-/// The same walker over memory that this process can reach; false if some of it cannot.
+/// Points a walker to memory that this process can reach; false if some of it cannot.
 template <class T>
-bool reach(const StandIn& device, FillRun<T>& walker) {
-    walker.view = reach(device, walker.view);
-    return walker.view.data != nullptr;
+bool reach(const StandIn& device, FillTiles<T>& walker) {
+    walker.rows = reach(device, walker.rows);
+    return walker.rows.data != nullptr;
 }
 
 template <class From, class To, class Op>
-bool reach(const StandIn& device, MapRun<From, To, Op>& walker) {
+bool reach(const StandIn& device, MapRows<From, To, Op>& walker) {
     walker.source = reach(device, walker.source);
     walker.destination = reach(device, walker.destination);
     return walker.source.data != nullptr && walker.destination.data != nullptr;
 }
 
-template <class Walker, class T>
-cudaError_t walkRuns(const StandIn& device, Walker walker, const PixelView<T>& view) {
+template <class Visit>
+void forEachLane(Visit visit) {
+    for (unsigned lane = 0; lane < LANES; ++lane) {
+        visit(lane);
+    }
+}
+
+template <class Walker>
+void walkTile(const Walker& walker, std::size_t tile, std::size_t y) {
+    forEachLane([&](unsigned lane) { walker(tile, y, lane); });
+}
+
+template <class From, class To, class Op>
+void walkTile(const ExchangingMapTiles<From, To, Op>& walker, std::size_t tile, std::size_t y) {
+    Word shared[TILE_WORDS<From>] = {};
+    forEachLane([&](unsigned lane) { walker.load(tile, y, lane, shared); });
+    forEachLane([&](unsigned lane) { walker.map(lane, shared); });
+    forEachLane([&](unsigned lane) { walker.store(tile, y, lane, shared); });
+}
+
+template <class Walker>
+cudaError_t walk(const StandIn& device, Walker walker) {
     if (!reach(device, walker)) return cudaErrorIllegalAddress;
-    const std::uint32_t runs = runsPerRow(view);
-    for (std::uint32_t y = 0; y < view.height; ++y) {
-        for (std::uint32_t run = 0; run < runs; ++run) {
-            walker(run, y);
+    for (std::size_t y = 0; y < walker.height(); ++y) {
+        for (std::size_t tile = 0; tile < walker.tilesPerRow(); ++tile) {
+            walkTile(walker, tile, y);
         }
     }
     return cudaSuccess;
@@ -49,19 +67,19 @@ void launch(cudaStream_t stream, Kernel kernel) {
                 [&] { return device.submit(stream, [=, &device] { return kernel(device); }); });
 }
 
-template <class Walker, class T>
-void launchRuns(const Walker& walker, const PixelView<T>& view, cudaStream_t stream) {
-    launch(stream, [=](const StandIn& device) { return walkRuns(device, walker, view); });
+template <class Walker>
+void launchTiles(const Walker& walker, cudaStream_t stream) {
+    launch(stream, [=](const StandIn& device) { return walk(device, walker); });
 }
 
-template <class Op, class T>
-void launchRunsByMatrix(const PixelView<T>& view, const float* matrix) {
+template <class Walker>
+void launchTilesByMatrix(Walker walker, const float* matrix) {
     launch(nullptr, [=](const StandIn& device) {
-        Op op{};
-        const float* const values = device.kernelAddress(matrix, sizeof op.k);
+        const float* const values = device.kernelAddress(matrix, sizeof walker.op.k);
         if (values == nullptr) return cudaErrorIllegalAddress;
-        std::memcpy(op.k, values, sizeof op.k);
-        return walkRuns(device, MapRun(view, view, op), view);
+        Walker withMatrix(walker);
+        std::memcpy(withMatrix.op.k, values, sizeof withMatrix.op.k);
+        return walk(device, withMatrix);
     });
 }
 

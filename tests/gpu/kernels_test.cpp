@@ -1,0 +1,253 @@
+// The kernels over memory that users wrap: any row step, any offset that suits the element, sizes around
+// words and tiles. All of the buffer is compared, so a write beside the pixels shows.
+#include "vela_gpu/kernels.hpp"
+
+#include "support/device.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+
+namespace vela::test {
+namespace {
+
+constexpr float MATRIX[16] = {1, -2, 3, 40, 0, 5, -6, 70, 8, 9, 1, -30, 7, 7, 7, 7};
+constexpr unsigned WIDTHS[] = {1, 3, 4, 5, 15, 16, 17, 127, 128, 129, 511, 512, 513, 2047, 2048, 2049, 5000};
+
+struct Layout {
+    unsigned offset;  ///< of the first pixel, in pixels
+    unsigned step;
+    unsigned width;
+    unsigned height;
+
+    std::size_t pixels() const { return offset + std::size_t{step} * height + 3; }
+};
+
+std::vector<Layout> layouts() {
+    std::vector<Layout> all;
+    for (const unsigned width : WIDTHS) {
+        const unsigned padded = (width + 15) / 16 * 16;
+        for (const unsigned step : {width, width + 1, padded, padded + 16}) {
+            for (const unsigned offset : {0U, 1U, 16U}) {
+                all.push_back({offset, step, width, 3});
+            }
+        }
+    }
+    all.push_back({0, 16, 5, 40});
+    all.push_back({0, 32, 17, 0});
+    all.push_back({0, 32, 0, 3});
+    return all;
+}
+
+/// Device memory that starts as a copy of the given bytes.
+class DeviceCopy {
+public:
+    explicit DeviceCopy(const Bytes& bytes) : size_(bytes.size()) {
+        std::size_t pitch = 0;
+        EXPECT_EQ(cudaMallocPitch(&data_, &pitch, size_, 1), cudaSuccess);
+        EXPECT_EQ(cudaMemcpy(data_, bytes.data(), size_, cudaMemcpyHostToDevice), cudaSuccess);
+    }
+    ~DeviceCopy() { EXPECT_EQ(cudaFree(data_), cudaSuccess); }
+    DeviceCopy(const DeviceCopy&) = delete;
+    DeviceCopy& operator=(const DeviceCopy&) = delete;
+
+    template <class T>
+    T* as(std::size_t index = 0) const {
+        return static_cast<T*>(data_) + index;
+    }
+    Bytes bytes() const {
+        Bytes bytes(size_);
+        EXPECT_EQ(cudaMemcpy(bytes.data(), data_, size_, cudaMemcpyDeviceToHost), cudaSuccess);
+        return bytes;
+    }
+
+private:
+    void* data_ = nullptr;
+    std::size_t size_;
+};
+
+/// Whole numbers in each float, so that sums of products are exact in any order.
+Bytes wholeFloats(std::size_t size) {
+    Bytes bytes(size);
+    for (std::size_t i = 0; i + 4 <= size; i += 4) {
+        const auto value = static_cast<float>(static_cast<int>(i * 37 % 1009) - 500);
+        std::memcpy(&bytes[i], &value, sizeof value);
+    }
+    return bytes;
+}
+
+template <class T>
+using Launch = std::function<void(T* pixels, const Layout&)>;
+/// What becomes of one pixel, on its components.
+using Change = std::function<void(void* pixel)>;
+
+template <class T>
+void expectChange(const Layout& layout, const Bytes& before, const Launch<T>& launch, const Change& change) {
+    Bytes wanted = before;
+    for (unsigned y = 0; y < layout.height; ++y) {
+        for (unsigned x = 0; x < layout.width; ++x) {
+            change(&wanted[(layout.offset + std::size_t{y} * layout.step + x) * sizeof(T)]);
+        }
+    }
+    const DeviceCopy device(before);
+    launch(device.as<T>(layout.offset), layout);
+    EXPECT_EQ(cudaGetLastError(), cudaSuccess);
+    const Bytes seen = device.bytes();
+    const auto at = std::mismatch(seen.begin(), seen.end(), wanted.begin()).first - seen.begin();
+    EXPECT_EQ(at, static_cast<std::ptrdiff_t>(seen.size()))
+        << "first wrong byte; " << sizeof(T) << " bytes a pixel, offset " << layout.offset << ", step "
+        << layout.step << ", " << layout.width << " x " << layout.height;
+}
+
+template <class T>
+void expectFloatChange(const Launch<T>& launch, const Change& change) {
+    for (const Layout& layout : layouts()) {
+        expectChange<T>(layout, wholeFloats(layout.pixels() * sizeof(T)), launch, change);
+    }
+}
+
+template <class T>
+void expectFill() {
+    T value;
+    const Bytes bytes = pattern(sizeof value, 7);
+    std::memcpy(static_cast<void*>(&value), bytes.data(), sizeof value);
+    const Launch<T> launch = [=](T* pixels, const Layout& layout) {
+        cu_matSetToGPU(value, pixels, layout.step, layout.width, layout.height, nullptr);
+    };
+    const Change change = [&](void* pixel) { std::memcpy(pixel, bytes.data(), sizeof value); };
+    for (const Layout& layout : layouts()) {
+        expectChange<T>(layout, pattern(layout.pixels() * sizeof(T)), launch, change);
+    }
+}
+
+void scale(void* pixel, int components) {
+    for (int i = 0; i < components; ++i) {
+        static_cast<float*>(pixel)[i] *= 2.5F;
+    }
+}
+
+void applyMatrix(void* pixel, int columns) {
+    auto* const p = static_cast<float*>(pixel);
+    float sums[3];
+    for (int row = 0; row < 3; ++row) {
+        const float* const k = MATRIX + row * columns;
+        sums[row] = k[0] * p[0] + k[1] * p[1] + k[2] * p[2] + (columns == 4 ? k[3] : 0);
+    }
+    std::memcpy(pixel, sums, sizeof sums);
+}
+
+Bytes matrixBytes() {
+    Bytes bytes(sizeof MATRIX);
+    std::memcpy(bytes.data(), MATRIX, sizeof MATRIX);
+    return bytes;
+}
+
+class KernelsTest : public DeviceTest {};
+
+TEST_F(KernelsTest, FillsPixelsOfEverySize) {
+    expectFill<unsigned char>();
+    expectFill<unsigned short>();
+    expectFill<Vector2<unsigned char>>();
+    expectFill<Vector3<unsigned char>>();
+    expectFill<Vector4<unsigned char>>();
+    expectFill<Vector4<char>>();
+    expectFill<float>();
+    expectFill<Vector2<float>>();
+    expectFill<Vector3<float>>();
+    expectFill<Vector4<float>>();
+}
+
+TEST_F(KernelsTest, Scales) {
+    expectFloatChange<float>(
+        [](float* pixels, const Layout& l) { cu_applyFactor(pixels, 2.5F, l.step, l.width, l.height); },
+        [](void* pixel) { scale(pixel, 1); });
+    expectFloatChange<Vector3<float>>(
+        [](Vector3<float>* pixels, const Layout& l) {
+            cu_applyFactor(pixels, 2.5F, l.step, l.width, l.height);
+        },
+        [](void* pixel) { scale(pixel, 3); });
+    expectFloatChange<Vector4<float>>(
+        [](Vector4<float>* pixels, const Layout& l) {
+            cu_applyFactor4f(pixels, 2.5F, l.step, l.width, l.height);
+        },
+        [](void* pixel) { scale(pixel, 3); });
+}
+
+TEST_F(KernelsTest, AppliesMatrices) {
+    const DeviceCopy matrix(matrixBytes());
+    expectFloatChange<Vector3<float>>(
+        [&](Vector3<float>* pixels, const Layout& l) {
+            cu_applyMat3f(pixels, matrix.as<float>(), l.step, l.width, l.height);
+        },
+        [](void* pixel) { applyMatrix(pixel, 3); });
+    expectFloatChange<Vector4<float>>(
+        [&](Vector4<float>* pixels, const Layout& l) {
+            cu_applyMat4f(pixels, matrix.as<float>(), l.step, l.width, l.height);
+        },
+        [](void* pixel) { applyMatrix(pixel, 4); });
+}
+
+TEST_F(KernelsTest, ConvertsToSignedBetweenRowsOfDifferentSteps) {
+    using From = Vector4<unsigned char>;
+    using To = Vector4<char>;
+    for (const Layout& layout : layouts()) {
+        const unsigned fromSteps[] = {layout.width, layout.width + 1, (layout.width + 3) / 4 * 4};
+        for (const unsigned fromStep : fromSteps) {
+            const Bytes source = pattern((std::size_t{fromStep} * layout.height + 1) * 4, 3);
+            const DeviceCopy from(source);
+            const Bytes before = pattern(layout.pixels() * 4);
+            const DeviceCopy to(before);
+            cu_cvt2Signed(from.as<From>(), to.as<To>(layout.offset), fromStep, layout.step,
+                          {layout.width, layout.height}, nullptr);
+            Bytes wanted = before;
+            for (std::size_t y = 0; y < layout.height; ++y) {
+                for (std::size_t i = 0; i < std::size_t{4} * layout.width; ++i) {
+                    const unsigned byte = source[y * fromStep * 4 + i];
+                    wanted[(layout.offset + y * layout.step) * 4 + i] =
+                        static_cast<std::uint8_t>(byte >= 128 ? byte - 128 : byte + 128);
+                }
+            }
+            EXPECT_EQ(to.bytes(), wanted) << layout.width << ", steps " << fromStep << " " << layout.step;
+            EXPECT_EQ(from.bytes(), source);
+        }
+    }
+}
+
+TEST_F(KernelsTest, MeetsMoreRowsThanAGridIsHigh) {
+    const Layout layout{1, 2, 1, 600001};
+    expectChange<unsigned char>(
+        layout, pattern(layout.pixels()),
+        [](unsigned char* pixels, const Layout& l) {
+            cu_matSetToGPU<unsigned char>(200, pixels, l.step, l.width, l.height, nullptr);
+        },
+        [](void* pixel) { *static_cast<unsigned char*>(pixel) = 200; });
+    const DeviceCopy matrix(matrixBytes());
+    const Layout points{0, 8, 5, 270001};
+    expectChange<Vector3<float>>(
+        points, wholeFloats(points.pixels() * sizeof(Vector3<float>)),
+        [&](Vector3<float>* pixels, const Layout& l) {
+            cu_applyMat3f(pixels, matrix.as<float>(), l.step, l.width, l.height);
+        },
+        [](void* pixel) { applyMatrix(pixel, 3); });
+}
+
+TEST_F(KernelsTest, NothingIsLaunchedWithoutPixelsOrMemory) {
+    cu_matSetToGPU<float>(1, nullptr, 4, 4, 4, nullptr);
+    cu_applyFactor<float>(nullptr, 2, 4, 4, 4);
+    cu_applyFactor<Vector3<float>>(nullptr, 2, 4, 4, 4);
+    cu_applyFactor4f(nullptr, 2, 4, 4, 4);
+    cu_applyMat3f(nullptr, nullptr, 4, 4, 4);
+    cu_applyMat4f(nullptr, nullptr, 4, 4, 4);
+    cu_cvt2Signed(nullptr, nullptr, 4, 4, {4, 4}, nullptr);
+    const DeviceCopy pixels(Bytes(64, 1));
+    cu_applyMat3f(pixels.as<Vector3<float>>(), nullptr, 1, 1, 1);
+    cu_applyMat4f(pixels.as<Vector4<float>>(), nullptr, 1, 1, 1);
+    EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
+    EXPECT_EQ(cudaGetLastError(), cudaSuccess);
+    EXPECT_EQ(pixels.bytes(), Bytes(64, 1));
+}
+
+}  // namespace
+}  // namespace vela::test

@@ -1,0 +1,224 @@
+#pragma once
+
+#include "vela_core/types/host_device.hpp"
+#include "vela_gpu/PixelView.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace vela {
+
+// How kernels walk an image. A row is cut into tiles, and the 32 lanes of a warp share a tile:
+//
+//     | lane 0 | lane 1 | ... | lane 31 | lane 0 | lane 1 | ...     words of 16 bytes
+//
+// so that the warp always touches neighbouring words, and each lane has several of them under way at once.
+// Three-byte and three-float pixels fill three words in turn and travel in words as well. The pixels at the
+// end of a row that fill no words, and rows that do not lie on words, go one by one; padding is not touched.
+// Both backends call these functors, one with threads and one with loops.
+
+/// What a lane loads or stores at once.
+struct alignas(16) Word {
+    std::uint32_t bits[4];
+};
+
+inline constexpr unsigned LANES = 32;
+
+/// The shortest sequence of whole pixels that is also one of whole words. Pixel sizes are 1, 2, 4, 8 and 16
+/// bytes, or three times one of them.
+template <class T>
+inline constexpr unsigned RUN_WORDS = sizeof(T) % 3 == 0 ? 3 : 1;
+template <class T>
+inline constexpr unsigned RUN_PIXELS = static_cast<unsigned>(RUN_WORDS<T> * sizeof(Word) / sizeof(T));
+
+/// Words of a tile that one lane handles.
+template <class T>
+inline constexpr unsigned LANE_WORDS = RUN_WORDS<T> == 3 ? 3 : 4;
+template <class T>
+inline constexpr unsigned TILE_WORDS = LANES* LANE_WORDS<T>;
+template <class T>
+inline constexpr unsigned TILE_PIXELS = TILE_WORDS<T> / RUN_WORDS<T>* RUN_PIXELS<T>;
+
+/// A view as kernels take it, counted without overflow however long its rows are.
+template <class T>
+struct PixelRows {
+    T* data;
+    std::size_t width;
+    std::size_t height;
+    std::size_t stepBytes;
+
+    explicit PixelRows(const PixelView<T>& view)
+        : PixelRows(view.data, view.width, view.height, view.stepBytes) {}
+    PixelRows(T* data_, std::size_t width_, std::size_t height_, std::size_t stepBytes_)
+        : data(data_), width(width_), height(height_), stepBytes(stepBytes_) {}
+
+    bool empty() const { return data == nullptr || width == 0 || height == 0; }
+    std::size_t spanBytes() const { return (height - 1) * stepBytes + width * sizeof(T); }
+    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return (width - 1) / TILE_PIXELS<T> + 1; }
+    bool liesOnWords() const {
+        const bool stepFits = height == 1 || stepBytes % sizeof(Word) == 0;
+        return reinterpret_cast<std::uintptr_t>(data) % sizeof(Word) == 0 && stepFits;
+    }
+    bool packed() const { return stepBytes == width * sizeof(T); }
+    /// Rows without padding as a single one, which has one end instead of many and any length.
+    PixelRows joined() const { return {data, width * height, 1, height * stepBytes}; }
+};
+
+/// The part of a row that a warp handles.
+template <class T>
+struct Tile {
+    T* pixels;
+    unsigned count;
+    unsigned words;  ///< that whole runs at its start fill; 0 when rows do not lie on words
+
+    VELA_HOST_DEVICE Tile(const PixelRows<T>& rows, bool onWords, std::size_t index, std::size_t y) {
+        const std::size_t first = index * TILE_PIXELS<T>;
+        const std::size_t left = rows.width - first;
+        pixels =
+            reinterpret_cast<T*>(reinterpret_cast<unsigned char*>(rows.data) + y * rows.stepBytes) + first;
+        count = left < TILE_PIXELS<T> ? static_cast<unsigned>(left) : TILE_PIXELS<T>;
+        words = onWords ? count / RUN_PIXELS<T> * RUN_WORDS<T> : 0;
+    }
+
+    VELA_HOST_DEVICE Word& word(unsigned index) const { return reinterpret_cast<Word*>(pixels)[index]; }
+    VELA_HOST_DEVICE unsigned pixelsInWords() const { return words / RUN_WORDS<T> * RUN_PIXELS<T>; }
+};
+
+/// Sets every pixel to one value.
+template <class T>
+struct FillTiles {
+    PixelRows<T> rows;
+    bool onWords;
+    T value;
+    Word run[RUN_WORDS<T>];  ///< full of the value
+
+    FillTiles(const PixelRows<T>& rows_, const T& value_)
+        : rows(rows_.packed() ? rows_.joined() : rows_), onWords(rows.liesOnWords()), value(value_) {
+        for (unsigned i = 0; i < RUN_PIXELS<T>; ++i) {
+            std::memcpy(reinterpret_cast<unsigned char*>(run) + i * sizeof value, &value, sizeof value);
+        }
+    }
+
+    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return rows.tilesPerRow(); }
+    VELA_HOST_DEVICE std::size_t height() const { return rows.height; }
+    VELA_HOST_DEVICE void operator()(std::size_t index, std::size_t y, unsigned lane) const {
+        const Tile<T> tile(rows, onWords, index, y);
+        for (unsigned i = 0; i < LANE_WORDS<T>; ++i) {
+            const unsigned word = lane + i * LANES;
+            if (word < tile.words) tile.word(word) = run[word % RUN_WORDS<T>];
+        }
+        VELA_RARE_LOOP
+        for (unsigned i = tile.pixelsInWords() + lane; i < tile.count; i += LANES) {
+            tile.pixels[i] = value;
+        }
+    }
+};
+
+/// Sets every pixel of the destination to op(p) of the pixel p at its place in the source, which may be the
+/// same memory. Both have the same size, and their pixels too.
+template <class From, class To, class Op>
+struct MapRows {
+    PixelRows<From> source;
+    PixelRows<To> destination;
+    bool onWords;
+    Op op;
+
+    MapRows(const PixelRows<From>& source_, const PixelRows<To>& destination_, const Op& op_)
+        : source(source_), destination(destination_), op(op_) {
+        static_assert(sizeof(From) == sizeof(To));
+        if (source.packed() && destination.packed()) {
+            source = source.joined();
+            destination = destination.joined();
+        }
+        onWords = source.liesOnWords() && destination.liesOnWords();
+    }
+
+    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return source.tilesPerRow(); }
+    VELA_HOST_DEVICE std::size_t height() const { return source.height; }
+
+    /// Applies the operation to the pixels of a run.
+    VELA_HOST_DEVICE void mapRun(Word* run) const {
+        From before[RUN_PIXELS<From>];
+        To after[RUN_PIXELS<To>];
+        std::memcpy(static_cast<void*>(before), run, sizeof before);
+        for (unsigned i = 0; i < RUN_PIXELS<To>; ++i) {
+            after[i] = op(before[i]);
+        }
+        std::memcpy(run, after, sizeof after);
+    }
+
+    /// Treats the pixels of a tile that lie in no words.
+    VELA_HOST_DEVICE void mapRest(const Tile<From>& from, const Tile<To>& to, unsigned lane) const {
+        VELA_RARE_LOOP
+        for (unsigned i = from.pixelsInWords() + lane; i < from.count; i += LANES) {
+            to.pixels[i] = op(from.pixels[i]);
+        }
+    }
+};
+
+/// For pixels of which words hold a whole number: each word stays with its lane.
+template <class From, class To, class Op>
+struct MapTiles : MapRows<From, To, Op> {
+    static_assert(RUN_WORDS<From> == 1);
+    using MapRows<From, To, Op>::MapRows;
+
+    VELA_HOST_DEVICE void operator()(std::size_t index, std::size_t y, unsigned lane) const {
+        const Tile<From> from(this->source, this->onWords, index, y);
+        const Tile<To> to(this->destination, this->onWords, index, y);
+        Word words[LANE_WORDS<From>];
+        for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
+            if (lane + i * LANES < from.words) words[i] = from.word(lane + i * LANES);
+        }
+        for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
+            if (lane + i * LANES >= from.words) continue;
+            this->mapRun(&words[i]);
+            to.word(lane + i * LANES) = words[i];
+        }
+        this->mapRest(from, to, lane);
+    }
+};
+template <class From, class To, class Op>
+MapTiles(const PixelRows<From>&, const PixelRows<To>&, const Op&) -> MapTiles<From, To, Op>;
+
+/// For pixels that cross the bounds of words: the tile's words pass through memory that the lanes share. All
+/// lanes finish one of the three steps before any of them starts the next.
+template <class From, class To, class Op>
+struct ExchangingMapTiles : MapRows<From, To, Op> {
+    static_assert(RUN_WORDS<From> == LANE_WORDS<From>, "a lane has one run");
+    using MapRows<From, To, Op>::MapRows;
+
+    VELA_HOST_DEVICE void load(std::size_t index, std::size_t y, unsigned lane, Word* shared) const {
+        const Tile<From> from(this->source, this->onWords, index, y);
+        Word words[LANE_WORDS<From>];
+        for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
+            if (lane + i * LANES < from.words) words[i] = from.word(lane + i * LANES);
+        }
+        for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
+            shared[lane + i * LANES] = words[i];
+        }
+    }
+    VELA_HOST_DEVICE void map(unsigned lane, Word* shared) const {
+        Word run[RUN_WORDS<From>];
+        for (unsigned i = 0; i < RUN_WORDS<From>; ++i) {
+            run[i] = shared[lane * RUN_WORDS<From> + i];
+        }
+        this->mapRun(run);
+        for (unsigned i = 0; i < RUN_WORDS<From>; ++i) {
+            shared[lane * RUN_WORDS<From> + i] = run[i];
+        }
+    }
+    VELA_HOST_DEVICE void store(std::size_t index, std::size_t y, unsigned lane, const Word* shared) const {
+        const Tile<From> from(this->source, this->onWords, index, y);
+        const Tile<To> to(this->destination, this->onWords, index, y);
+        for (unsigned i = 0; i < LANE_WORDS<To>; ++i) {
+            if (lane + i * LANES < to.words) to.word(lane + i * LANES) = shared[lane + i * LANES];
+        }
+        this->mapRest(from, to, lane);
+    }
+};
+template <class From, class To, class Op>
+ExchangingMapTiles(const PixelRows<From>&, const PixelRows<To>&, const Op&)
+    -> ExchangingMapTiles<From, To, Op>;
+
+}  // namespace vela
