@@ -35,16 +35,6 @@ Orientation Transform::getOrientation() const {
     return getRotation().getOrientation();
 }
 
-Vector3<float> Transform::getRotationVector() const {
-    return getRotation().getRotationVector();
-}
-
-void Transform::setRotationVector(const Vector3<float>& vector) {
-    Rotation rotation;
-    rotation.setRotationVector(vector);
-    setRotation(rotation);
-}
-
 Vector3<float> Transform::getEulerAngles(bool radian) const {
     return getRotation().getEulerAngles(radian);
 }

@@ -1,5 +1,7 @@
-// Apart from the rest of Rotation, so that programs that use no rotation vectors do not need OpenCV.
+// Apart from the rest of Rotation and Transform, so that programs that use no rotation vectors do not need
+// OpenCV.
 #include "vela_core/geometry/Rotation.hpp"
+#include "vela_core/geometry/Transform.hpp"
 
 #include <opencv2/calib3d.hpp>
 
@@ -19,6 +21,16 @@ void Rotation::setRotationVector(const Vector3<float>& vector) {
     const cv::Mat source(3, 1, CV_32FC1, &copy);
     cv::Mat result(3, 3, CV_32FC1, m);
     cv::Rodrigues(source, result);
+}
+
+Vector3<float> Transform::getRotationVector() const {
+    return getRotation().getRotationVector();
+}
+
+void Transform::setRotationVector(const Vector3<float>& vector) {
+    Rotation rotation;
+    rotation.setRotationVector(vector);
+    setRotation(rotation);
 }
 
 }  // namespace vela
