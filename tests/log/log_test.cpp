@@ -103,8 +103,18 @@ void misuse() {
     logError(LogStatement::SET_SUB_VECTOR3F);
 }
 
+void useDevice() {
+    void* memory = nullptr;
+    std::size_t pitch = 0;
+    const char byte = 0;
+    EXPECT_EQ(cudaMallocPitch(&memory, &pitch, 1, 1), cudaSuccess);
+    EXPECT_EQ(cudaMemcpy2D(memory, pitch, &byte, 1, 1, 1, cudaMemcpyHostToDevice), cudaSuccess);
+    EXPECT_EQ(cudaFree(memory), cudaSuccess);
+}
+
 TEST_F(LogProcessTest, NoThreadBeforeTheFirstMessage) {
     const auto program = [] {
+        useDevice();  // a driver starts threads of its own
         const std::ptrdiff_t before = threads();
         { const Mat mat = filled(4, 4, MAT_TYPE::MAT_8U_C1, MEM_BOTH); }
         const bool quiet = threads() == before;
