@@ -1,0 +1,34 @@
+#pragma once
+
+#include "cases.hpp"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace vela::bench {
+
+/// Images in device memory, with finite floats of ordinary size in every word.
+class Images {
+public:
+    /// Enough of them that a round over all touches several times what caches hold, and two at least; fewer
+    /// rows than asked for where device memory is too small.
+    Images(const Case& kernel, std::size_t width, std::size_t height);
+
+    /// Operation number n's image, other image for kernels that do not work in place, and target of a copy.
+    const Mat& image(unsigned n) const { return images_[n % images_.size()]; }
+    const Mat& other(unsigned n) const { return others_.empty() ? image(n) : others_[n % others_.size()]; }
+    const Mat& copyTarget(unsigned n) const { return images_[(n + images_.size() / 2) % images_.size()]; }
+    std::size_t height() const { return height_; }
+
+private:
+    std::vector<Mat> images_;
+    std::vector<Mat> others_;
+    std::size_t height_;
+};
+
+/// Runs the kernel once over the first image and compares whole rows at both ends and in the middle with the
+/// host's element function; empty if they agree, else what differs.
+std::string findDifference(const Case& kernel, const Images& images);
+
+}  // namespace vela::bench
