@@ -190,7 +190,7 @@ struct ExchangingMapTiles : MapRows<From, To, Op> {
 
     VELA_HOST_DEVICE void load(std::size_t index, std::size_t y, unsigned lane, Word* shared) const {
         const Tile<From> from(this->source, this->onWords, index, y);
-        Word words[LANE_WORDS<From>];
+        Word words[LANE_WORDS<From>] = {};
         for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
             if (lane + i * LANES < from.words) words[i] = from.word(lane + i * LANES);
         }
