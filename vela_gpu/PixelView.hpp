@@ -12,12 +12,15 @@ namespace vela {
 template <class T>
 struct PixelView {
     T* data;
-    std::uint32_t width;
-    std::uint32_t height;
+    std::size_t width;
+    std::size_t height;
     std::size_t stepBytes;
 
     bool empty() const { return data == nullptr || width == 0 || height == 0; }
     std::size_t rowBytes() const { return width * sizeof(T); }
+    bool packed() const { return stepBytes == rowBytes(); }
+    /// Packed rows as a single one, which has one end instead of many.
+    PixelView joined() const { return {data, width * height, 1, height * stepBytes}; }
     /// Distance from the first byte to the end of the last row, padding of that row left out.
     std::size_t spanBytes() const { return (height - 1) * stepBytes + rowBytes(); }
 };

@@ -15,7 +15,7 @@ namespace vela {
 template <class T>
 void cu_matSetToGPU(T value, T* data, unsigned int stepElements, unsigned int width, unsigned int height,
                     cudaStream_t stream) {
-    const PixelRows<T> rows(elementView(data, stepElements, width, height));
+    const PixelView<T> rows = elementView(data, stepElements, width, height);
     if (!rows.empty()) launchTiles(FillTiles<T>(rows, value), stream);
 }
 
@@ -38,15 +38,15 @@ void cu_cvt2Signed(Vector4<unsigned char>* source, Vector4<char>* destination,
                    Resolution resolution, cudaStream_t stream) {
     const auto width = static_cast<unsigned int>(resolution.width);
     const auto height = static_cast<unsigned int>(resolution.height);
-    const PixelRows from(elementView(source, sourceStepElements, width, height));
-    const PixelRows to(elementView(destination, destinationStepElements, width, height));
+    const PixelView from = elementView(source, sourceStepElements, width, height);
+    const PixelView to = elementView(destination, destinationStepElements, width, height);
     if (!from.empty() && !to.empty()) launchTiles(MapTiles(from, to, ToSigned{}), stream);
 }
 
 template <>
 void cu_applyFactor(float* data, float factor, unsigned int stepElements, unsigned int width,
                     unsigned int height) {
-    const PixelRows rows(elementView(data, stepElements, width, height));
+    const PixelView rows = elementView(data, stepElements, width, height);
     if (!rows.empty()) launchTiles(MapTiles(rows, rows, ScaleAll{factor}), nullptr);
 }
 
@@ -55,26 +55,27 @@ void cu_applyFactor(Vector3<float>* data, float factor, unsigned int stepElement
                     unsigned int height) {
     // The components of a row are a row of floats, which words hold a whole number of.
     const auto view = elementView(data, stepElements, width, height);
-    const PixelRows rows(reinterpret_cast<float*>(data), std::size_t{3} * width, height, view.stepBytes);
+    const PixelView<float> rows{reinterpret_cast<float*>(data), std::size_t{3} * width, height,
+                                view.stepBytes};
     if (!rows.empty()) launchTiles(MapTiles(rows, rows, ScaleAll{factor}), nullptr);
 }
 
 void cu_applyFactor4f(Vector4<float>* data, float factor, unsigned int stepElements, unsigned int width,
                       unsigned int height) {
-    const PixelRows rows(elementView(data, stepElements, width, height));
+    const PixelView rows = elementView(data, stepElements, width, height);
     if (!rows.empty()) launchTiles(MapTiles(rows, rows, ScalePosition{factor}), nullptr);
 }
 
 void cu_applyMat3f(Vector3<float>* data, float* matrix, unsigned int stepElements, unsigned int width,
                    unsigned int height) {
-    const PixelRows rows(elementView(data, stepElements, width, height));
+    const PixelView rows = elementView(data, stepElements, width, height);
     if (rows.empty() || matrix == nullptr) return;
     launchTilesByMatrix(ExchangingMapTiles(rows, rows, ApplyMatrix3{}), matrix);
 }
 
 void cu_applyMat4f(Vector4<float>* data, float* matrix, unsigned int stepElements, unsigned int width,
                    unsigned int height) {
-    const PixelRows rows(elementView(data, stepElements, width, height));
+    const PixelView rows = elementView(data, stepElements, width, height);
     if (rows.empty() || matrix == nullptr) return;
     launchTilesByMatrix(MapTiles(rows, rows, ApplyMatrix4{}), matrix);
 }

@@ -3,7 +3,7 @@
 #include "vela_gpu/PixelView.hpp"
 
 #include <cstddef>
-#include <cstdint>
+#include <cstring>
 
 namespace vela {
 
@@ -12,10 +12,13 @@ template <class T, class Op>
 void forEachPixel(const PixelView<T>& view, Op op) {
     if (view.empty()) return;
     auto* row = reinterpret_cast<std::byte*>(view.data);
-    for (std::uint32_t y = 0; y < view.height; ++y, row += view.stepBytes) {
-        T* const pixels = reinterpret_cast<T*>(row);
-        for (std::uint32_t x = 0; x < view.width; ++x) {
-            pixels[x] = op(pixels[x]);
+    for (std::size_t y = 0; y < view.height; ++y, row += view.stepBytes) {
+        // By copies, since a step that a user gave may leave rows at any address.
+        for (std::size_t x = 0; x < view.width; ++x) {
+            T pixel;
+            std::memcpy(static_cast<void*>(&pixel), row + x * sizeof pixel, sizeof pixel);
+            pixel = op(pixel);
+            std::memcpy(row + x * sizeof pixel, &pixel, sizeof pixel);
         }
     }
 }

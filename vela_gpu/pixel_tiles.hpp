@@ -40,30 +40,16 @@ inline constexpr unsigned TILE_WORDS = LANES* LANE_WORDS<T>;
 template <class T>
 inline constexpr unsigned TILE_PIXELS = TILE_WORDS<T> / RUN_WORDS<T>* RUN_PIXELS<T>;
 
-/// A view as kernels take it, counted without overflow however long its rows are.
 template <class T>
-struct PixelRows {
-    T* data;
-    std::size_t width;
-    std::size_t height;
-    std::size_t stepBytes;
+VELA_HOST_DEVICE std::size_t tilesPerRow(const PixelView<T>& rows) {
+    return (rows.width - 1) / TILE_PIXELS<T> + 1;
+}
 
-    explicit PixelRows(const PixelView<T>& view)
-        : PixelRows(view.data, view.width, view.height, view.stepBytes) {}
-    PixelRows(T* data_, std::size_t width_, std::size_t height_, std::size_t stepBytes_)
-        : data(data_), width(width_), height(height_), stepBytes(stepBytes_) {}
-
-    bool empty() const { return data == nullptr || width == 0 || height == 0; }
-    std::size_t spanBytes() const { return (height - 1) * stepBytes + width * sizeof(T); }
-    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return (width - 1) / TILE_PIXELS<T> + 1; }
-    bool liesOnWords() const {
-        const bool stepFits = height == 1 || stepBytes % sizeof(Word) == 0;
-        return reinterpret_cast<std::uintptr_t>(data) % sizeof(Word) == 0 && stepFits;
-    }
-    bool packed() const { return stepBytes == width * sizeof(T); }
-    /// Rows without padding as a single one, which has one end instead of many and any length.
-    PixelRows joined() const { return {data, width * height, 1, height * stepBytes}; }
-};
+template <class T>
+bool liesOnWords(const PixelView<T>& rows) {
+    const bool stepFits = rows.height == 1 || rows.stepBytes % sizeof(Word) == 0;
+    return reinterpret_cast<std::uintptr_t>(rows.data) % sizeof(Word) == 0 && stepFits;
+}
 
 /// The part of a row that a warp handles.
 template <class T>
@@ -72,7 +58,7 @@ struct Tile {
     unsigned count;
     unsigned words;  ///< that whole runs at its start fill; 0 when rows do not lie on words
 
-    VELA_HOST_DEVICE Tile(const PixelRows<T>& rows, bool onWords, std::size_t index, std::size_t y) {
+    VELA_HOST_DEVICE Tile(const PixelView<T>& rows, bool onWords, std::size_t index, std::size_t y) {
         const std::size_t first = index * TILE_PIXELS<T>;
         const std::size_t left = rows.width - first;
         pixels =
@@ -88,19 +74,19 @@ struct Tile {
 /// Sets every pixel to one value.
 template <class T>
 struct FillTiles {
-    PixelRows<T> rows;
+    PixelView<T> rows;
     bool onWords;
     T value;
     Word run[RUN_WORDS<T>];  ///< full of the value
 
-    FillTiles(const PixelRows<T>& rows_, const T& value_)
-        : rows(rows_.packed() ? rows_.joined() : rows_), onWords(rows.liesOnWords()), value(value_) {
+    FillTiles(const PixelView<T>& rows_, const T& value_)
+        : rows(rows_.packed() ? rows_.joined() : rows_), onWords(liesOnWords(rows)), value(value_) {
         for (unsigned i = 0; i < RUN_PIXELS<T>; ++i) {
             std::memcpy(reinterpret_cast<unsigned char*>(run) + i * sizeof value, &value, sizeof value);
         }
     }
 
-    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return rows.tilesPerRow(); }
+    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return vela::tilesPerRow(rows); }
     VELA_HOST_DEVICE std::size_t height() const { return rows.height; }
     VELA_HOST_DEVICE void operator()(std::size_t index, std::size_t y, unsigned lane) const {
         const Tile<T> tile(rows, onWords, index, y);
@@ -119,22 +105,22 @@ struct FillTiles {
 /// same memory. Both have the same size, and their pixels too.
 template <class From, class To, class Op>
 struct MapRows {
-    PixelRows<From> source;
-    PixelRows<To> destination;
+    PixelView<From> source;
+    PixelView<To> destination;
     bool onWords;
     Op op;
 
-    MapRows(const PixelRows<From>& source_, const PixelRows<To>& destination_, const Op& op_)
+    MapRows(const PixelView<From>& source_, const PixelView<To>& destination_, const Op& op_)
         : source(source_), destination(destination_), op(op_) {
         static_assert(sizeof(From) == sizeof(To));
         if (source.packed() && destination.packed()) {
             source = source.joined();
             destination = destination.joined();
         }
-        onWords = source.liesOnWords() && destination.liesOnWords();
+        onWords = liesOnWords(source) && liesOnWords(destination);
     }
 
-    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return source.tilesPerRow(); }
+    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return vela::tilesPerRow(source); }
     VELA_HOST_DEVICE std::size_t height() const { return source.height; }
 
     /// Applies the operation to the pixels of a run.
@@ -179,7 +165,7 @@ struct MapTiles : MapRows<From, To, Op> {
     }
 };
 template <class From, class To, class Op>
-MapTiles(const PixelRows<From>&, const PixelRows<To>&, const Op&) -> MapTiles<From, To, Op>;
+MapTiles(const PixelView<From>&, const PixelView<To>&, const Op&) -> MapTiles<From, To, Op>;
 
 /// For pixels that cross the bounds of words: the tile's words pass through memory that the lanes share. All
 /// lanes finish one of the three steps before any of them starts the next.
@@ -218,7 +204,7 @@ struct ExchangingMapTiles : MapRows<From, To, Op> {
     }
 };
 template <class From, class To, class Op>
-ExchangingMapTiles(const PixelRows<From>&, const PixelRows<To>&, const Op&)
+ExchangingMapTiles(const PixelView<From>&, const PixelView<To>&, const Op&)
     -> ExchangingMapTiles<From, To, Op>;
 
 }  // namespace vela

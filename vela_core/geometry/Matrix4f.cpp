@@ -14,20 +14,24 @@ using Lanes = float __attribute__((vector_size(16)));
 /// The transposed matrix of cofactors, by Laplace expansion along pairs of rows: each cofactor is a sum of
 /// three elements times 2 x 2 minors of the two rows that it has whole or not at all.
 void computeAdjugate(const float (&c)[16], float (&adjugate)[16]) {
-    Lanes signedColumn[4];  // rows 1, 0, 3, 2: what minors are multiplied with, with the signs of cofactors
-    Lanes upper[4];         // the first row of the pair: 2 for the cofactors of rows 0 and 1, else 0
-    Lanes lower[4];         // the second
+    Lanes s[4];      // rows 1, 0, 3, 2: what minors are multiplied with, with the signs of cofactors
+    Lanes upper[4];  // the first row of the pair: 2 for the cofactors of rows 0 and 1, else 0
+    Lanes lower[4];  // the second
     for (int j = 0; j < 4; ++j) {
-        signedColumn[j] = Lanes{c[4 + j], -c[j], c[12 + j], -c[8 + j]};
+        s[j] = Lanes{c[4 + j], -c[j], c[12 + j], -c[8 + j]};
         upper[j] = Lanes{c[8 + j], c[8 + j], c[j], c[j]};
         lower[j] = Lanes{c[12 + j], c[12 + j], c[4 + j], c[4 + j]};
     }
     const auto minorOf = [&](int i, int j) { return upper[i] * lower[j] - lower[i] * upper[j]; };
     const Lanes m01 = minorOf(0, 1), m02 = minorOf(0, 2), m03 = minorOf(0, 3);
     const Lanes m12 = minorOf(1, 2), m13 = minorOf(1, 3), m23 = minorOf(2, 3);
-    const Lanes(&s)[4] = signedColumn;
-    const Lanes rows[4] = {s[1] * m23 - s[2] * m13 + s[3] * m12, s[2] * m03 - s[0] * m23 - s[3] * m02,
-                           s[0] * m13 - s[1] * m03 + s[3] * m01, s[1] * m02 - s[0] * m12 - s[2] * m01};
+    Lanes rows[4] = {s[1] * m23 - s[2] * m13 + s[3] * m12, s[2] * m03 - s[0] * m23 - s[3] * m02,
+                     s[0] * m13 - s[1] * m03 + s[3] * m01, s[1] * m02 - s[0] * m12 - s[2] * m01};
+    // Sums whose terms cancel are +0 in any order; adding 0 makes it so for sums of zeros, too, so that the
+    // infinities of singular matrices do not depend on how the sums are formed.
+    for (Lanes& sums : rows) {
+        sums += 0.0F;
+    }
     std::memcpy(adjugate, rows, sizeof rows);
 }
 

@@ -32,7 +32,7 @@ VELA_AVX2 inline __m256i magnitudeBits(__m256 values) {
 
 /// Bits below which a float's product with the factor, or the float itself, may be denormal.
 int slowBitsEnd(float factor) {
-    return std::max(NUMBERS_END, (1 - std::ilogb(factor)) << MANTISSA_BITS);
+    return std::max(2, 1 - std::ilogb(factor)) << MANTISSA_BITS;
 }
 
 /// Bits of 2^-149 times four products.
@@ -155,11 +155,11 @@ std::size_t applyToRowByAvx2(float* row, std::size_t width, const ScaleAll& op) 
 
 // Whole pixels fill whole vectors: the rest of less than a pixel would else be scaled twice.
 std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, const ScaleAll& op) {
-    return scaleFloats(&row->x, width / LANES * LANES * 3, op.factor) / 3;
+    return scaleFloats(reinterpret_cast<float*>(row), width / LANES * LANES * 3, op.factor) / 3;
 }
 
 std::size_t applyToRowByAvx2(Vector4<float>* row, std::size_t width, const ScaleAll& op) {
-    return scaleFloats(&row->x, width * 4, op.factor) / 4;
+    return scaleFloats(reinterpret_cast<float*>(row), width * 4, op.factor) / 4;
 }
 
 VELA_AVX2 std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, const ApplyMatrix3& op) {
@@ -167,7 +167,7 @@ VELA_AVX2 std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, c
     for (int i = 0; i < 9; ++i) {
         k[i] = _mm256_set1_ps(op.k[i]);
     }
-    float* const p = &row->x;
+    float* const p = reinterpret_cast<float*>(row);
     std::size_t i = 0;
     for (; i + LANES <= width; i += LANES) {
         _mm_prefetch(p + 3 * i + AHEAD, _MM_HINT_T0);
@@ -180,7 +180,7 @@ VELA_AVX2 std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, c
 VELA_AVX2 std::size_t applyToRowByAvx2(Vector4<float>* row, std::size_t width, const ApplyMatrix4& op) {
     const Columns k = {columnTwice(op.k, 0), columnTwice(op.k, 1), columnTwice(op.k, 2),
                        columnTwice(op.k, 3)};
-    float* const p = &row->x;
+    float* const p = reinterpret_cast<float*>(row);
     std::size_t i = 0;
     for (; i + 4 <= width; i += 4) {
         _mm_prefetch(p + 4 * i + AHEAD, _MM_HINT_T0);

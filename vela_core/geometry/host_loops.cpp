@@ -12,9 +12,9 @@ void applyByRows(const PixelView<Pixel>& view, const Op& op) {
     if (!hasAvx2()) return forEachPixel(view, op);
     if (view.empty()) return;
     auto* row = reinterpret_cast<std::byte*>(view.data);
-    for (std::uint32_t y = 0; y < view.height; ++y, row += view.stepBytes) {
+    for (std::size_t y = 0; y < view.height; ++y, row += view.stepBytes) {
         auto* const pixels = reinterpret_cast<Pixel*>(row);
-        const auto done = static_cast<std::uint32_t>(applyToRowByAvx2(pixels, view.width, op));
+        const std::size_t done = applyToRowByAvx2(pixels, view.width, op);
         forEachPixel(PixelView<Pixel>{pixels + done, view.width - done, 1, view.stepBytes}, op);
     }
 }

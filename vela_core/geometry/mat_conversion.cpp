@@ -9,37 +9,38 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <type_traits>
+#include <iterator>
 
 namespace vela {
 namespace {
 
 template <class Pixel>
 PixelView<Pixel> viewOf(const Mat& mat, unsigned char* buffer, std::size_t stepBytes) {
-    return {reinterpret_cast<Pixel*>(buffer), static_cast<std::uint32_t>(mat.width),
-            static_cast<std::uint32_t>(mat.height), stepBytes};
+    return {reinterpret_cast<Pixel*>(buffer), mat.width, mat.height, stepBytes};
 }
 
-template <class Pixel>
-std::uint32_t stepElements(const PixelView<Pixel>& view) {
-    return static_cast<std::uint32_t>(view.stepBytes / sizeof(Pixel));
+/// Calls a kernel that takes a view as pointer, one argument more, row step in pixels, width and height.
+template <class Kernel, class Pixel, class Argument>
+void callKernel(Kernel kernel, const PixelView<Pixel>& view, Argument argument) {
+    kernel(view.data, argument, static_cast<std::uint32_t>(view.stepBytes / sizeof(Pixel)),
+           static_cast<std::uint32_t>(view.width), static_cast<std::uint32_t>(view.height));
 }
 
 void scaleOnDevice(const PixelView<Vector4<float>>& view, float factor) {
-    cu_applyFactor4f(view.data, factor, stepElements(view), view.width, view.height);
+    callKernel(cu_applyFactor4f, view, factor);
 }
 
 template <class Pixel>
 void scaleOnDevice(const PixelView<Pixel>& view, float factor) {
-    cu_applyFactor(view.data, factor, stepElements(view), view.width, view.height);
+    callKernel(cu_applyFactor<Pixel>, view, factor);
 }
 
 void applyOnDevice(const PixelView<Vector3<float>>& view, float* matrix) {
-    cu_applyMat3f(view.data, matrix, stepElements(view), view.width, view.height);
+    callKernel(cu_applyMat3f, view, matrix);
 }
 
 void applyOnDevice(const PixelView<Vector4<float>>& view, float* matrix) {
-    cu_applyMat4f(view.data, matrix, stepElements(view), view.width, view.height);
+    callKernel(cu_applyMat4f, view, matrix);
 }
 
 /// Replaces every pixel by op(pixel) on the host, or lets `launch` do the same on the device.

@@ -2,6 +2,8 @@
 
 #include <Eigen/Geometry>
 
+#include <cmath>
+
 namespace vela {
 namespace {
 

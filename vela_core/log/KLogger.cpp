@@ -1,5 +1,7 @@
 #include "vela_core/log/KLogger.hpp"
 
+#include "vela_core/types/enum_table.hpp"
+
 #include <quill/Backend.h>
 #include <quill/Frontend.h>
 #include <quill/sinks/ConsoleSink.h>
@@ -9,6 +11,8 @@
 namespace vela {
 namespace {
 
+constexpr EnumName<LOGGER_NAME> LOGGER_NAMES[] = {{LOGGER_NAME::CORE, "CORE"}};
+
 std::atomic<bool> destroyed{false};
 
 /// Mat names and file names may be UTF-8; control characters are still shown as numbers.
@@ -17,6 +21,10 @@ bool isPrintable(char c) {
 }
 
 }  // namespace
+
+String toString(const LOGGER_NAME& value) {
+    return nameIn(LOGGER_NAMES, value);
+}
 
 KLogger& KLogger::get_instance() {
     static KLogger instance;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "vela_core/types/String.hpp"
+
 #include <quill/Logger.h>
 
 #include <cstdint>
@@ -11,6 +13,8 @@ namespace vela {
 enum class LOGGER_NAME : std::int32_t {
     CORE = 0,  ///< the core types
 };
+
+String toString(const LOGGER_NAME& value);
 
 /// The process-wide registry of the kit's quill loggers. It is made by the first use, which also starts
 /// quill's backend thread, and destroyed at exit; the loggers belong to quill and are never released by it.

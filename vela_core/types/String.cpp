@@ -5,6 +5,9 @@
 
 namespace vela {
 
+// Not in the header: programs that hide their symbols would get a noData of their own.
+char String::noData{};
+
 char* String::copyOf(const char* text) {
     if (text == nullptr) return &noData;
     if (*text == '\0') return nullptr;

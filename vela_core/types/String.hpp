@@ -48,7 +48,7 @@ public:
 private:
     // Null stands for the empty text: matrices carry a label that is nearly always empty, and a zero word is
     // the cheapest to make, copy and test. The address of `noData` stands for the missing character data.
-    static inline char noData{};
+    static char noData;
     static char* copyOf(const char* text);
     static void release(char* data) noexcept;
 

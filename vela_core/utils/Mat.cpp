@@ -7,6 +7,7 @@
 #include "vela_core/utils/signatures.hpp"
 
 #include <cstdio>
+#include <utility>
 
 namespace vela {
 

@@ -2,6 +2,8 @@
 
 #include "vela_core/log/CudaSafeCall.hpp"
 
+#include <limits>
+
 namespace vela {
 namespace {
 
@@ -22,7 +24,8 @@ void releaseHostBuffer(unsigned char* buffer) noexcept {
 cudaError_t allocateDeviceBuffer(unsigned char*& buffer, std::size_t& stepBytes, std::size_t width,
                                  std::size_t pixelBytes, std::size_t height) {
     std::size_t rowBytes = width * pixelBytes;
-    if (pixelBytes == 3 || pixelBytes == 12) {
+    const bool hasRoom = rowBytes <= std::numeric_limits<std::size_t>::max() - WHOLE_PIXEL_ROW;
+    if ((pixelBytes == 3 || pixelBytes == 12) && hasRoom) {  // the runtime refuses sizes that have none
         rowBytes = (rowBytes + WHOLE_PIXEL_ROW - 1) / WHOLE_PIXEL_ROW * WHOLE_PIXEL_ROW;
     }
     void* memory = buffer;

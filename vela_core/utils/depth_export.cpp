@@ -1,5 +1,6 @@
 #include "vela_core/utils/depth_export.hpp"
 
+#include "vela_core/types/enum_table.hpp"
 #include "vela_core/types/text_format.hpp"
 #include "vela_core/utils/BlockFile.hpp"
 #include "vela_core/utils/file_names.hpp"
@@ -38,7 +39,13 @@ bool savePfm(const vela::Mat& depth, const std::string& path) {
     return true;
 }
 
+constexpr vela::EnumName<DEPTH_FORMAT> NAMES[] = {{PNG, "PNG"}, {PFM, "PFM"}, {PGM, "PGM"}};
+
 }  // namespace
+
+vela::String vela::toString(const DEPTH_FORMAT& value) {
+    return nameIn(NAMES, value);
+}
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the public signature takes the name by value
 bool saveDepthAs(vela::Mat& depth, DEPTH_FORMAT format, vela::String name, float factor) {

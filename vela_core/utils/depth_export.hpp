@@ -12,6 +12,12 @@ enum DEPTH_FORMAT : std::int32_t {
     PGM = 2,  ///< ".pgm", 16 bits in decimal digits (plain form), depth times factor
 };
 
+namespace vela {
+
+String toString(const DEPTH_FORMAT& value);
+
+}  // namespace vela
+
 /// Writes a depth map to an image file; the format's extension is added to `name` unless it ends so.
 ///
 /// The host buffer is read as width * height packed floats, whatever the Mat's type and step; this is not

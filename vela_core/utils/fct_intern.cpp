@@ -39,7 +39,7 @@ MAT_TYPE getMatTypeFromCvMat(const cv::Mat& mat) {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the public signature takes the name by value
 void getField(cv::FileNode& node, std::string name, std::string& value) {
     const cv::FileNode field = node.isMap() ? node[name] : cv::FileNode();
-    if (field.isNone()) {
+    if (field.empty()) {
         logError(LogStatement::PARAMETER_NOT_FOUND, name.c_str());
     } else if (field.isInt()) {
         value = writtenText(static_cast<int>(field));

@@ -125,11 +125,13 @@ N* Mat::getPtr(MEM mem) const {
     return nullptr;
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the argument is a type
 #define VELA_INSTANTIATE_ACCESS(N)                                              \
     template ERROR_CODE Mat::setTo(N, MEM);                                     \
     template ERROR_CODE Mat::setValue(std::size_t, std::size_t, N, MEM);        \
     template ERROR_CODE Mat::getValue(std::size_t, std::size_t, N*, MEM) const; \
     template N* Mat::getPtr(MEM) const;
+// NOLINTEND(bugprone-macro-parentheses)
 
 VELA_INSTANTIATE_ACCESS(float)
 VELA_INSTANTIATE_ACCESS(Vector2<float>)

@@ -1,6 +1,7 @@
 #include "vela_core/utils/point_cloud_export.hpp"
 
 #include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/enum_table.hpp"
 #include "vela_core/types/text_format.hpp"
 #include "vela_core/utils/BlockFile.hpp"
 #include "vela_core/utils/file_names.hpp"
@@ -94,6 +95,9 @@ struct CloudFormat {
     bool listsVertices;
 };
 
+constexpr vela::EnumName<POINT_CLOUD_FORMAT> NAMES[] = {
+    {XYZ, "XYZ"}, {PCD, "PCD"}, {PLY, "PLY"}, {VTK, "VTK"}};
+
 // Indexed by POINT_CLOUD_FORMAT.
 constexpr CloudFormat FORMATS[] = {
     {".xyz", xyzHeader, nullptr, false},
@@ -145,6 +149,10 @@ void writeVertices(BlockFile& file, int count) {
 }
 
 }  // namespace
+
+vela::String vela::toString(const POINT_CLOUD_FORMAT& value) {
+    return nameIn(NAMES, value);
+}
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the public signature takes the name by value
 bool savePointCloudAs(vela::Mat& cloud, POINT_CLOUD_FORMAT format, vela::String name, bool color) {

@@ -13,6 +13,12 @@ enum POINT_CLOUD_FORMAT : std::int32_t {
     VTK = 3,  ///< ".vtk", VTK legacy ASCII polydata
 };
 
+namespace vela {
+
+String toString(const POINT_CLOUD_FORMAT& value);
+
+}  // namespace vela
+
 /// Writes the points of a cloud to a text file, one line "x y z" each by "%f", and their colour if `color` is
 /// set and the format has it. Points whose x is NaN or infinite are left out; y and z are written whatever
 /// they are.

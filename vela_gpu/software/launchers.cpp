@@ -10,7 +10,7 @@ using software_device::StandIn;
 
 /// The same rows over the bytes behind a device address; without data where not all of it can be reached.
 template <class T>
-PixelRows<T> reach(const StandIn& device, PixelRows<T> rows) {
+PixelView<T> reach(const StandIn& device, PixelView<T> rows) {
     rows.data = device.kernelAddress(rows.data, rows.spanBytes());
     return rows;
 }

@@ -21,6 +21,7 @@ struct Copy {
     std::size_t width;
     std::size_t height;
     cudaMemcpyKind kind;
+    std::size_t largestPitch = LARGEST_PITCH;
 
     bool readsDevice() const { return kind == cudaMemcpyDeviceToHost || kind == cudaMemcpyDeviceToDevice; }
     bool writesDevice() const { return kind == cudaMemcpyHostToDevice || kind == cudaMemcpyDeviceToDevice; }
@@ -53,12 +54,15 @@ void moveRows(std::byte* destination, std::size_t destinationPitch, const std::b
 
 /// Checks a copy and carries it out, or gives it to a stream; the addresses are looked up again when it runs.
 cudaError_t submitCopy(StandIn& device, const Copy& copy, cudaStream_t stream) {
+    if (stream == nullptr) {
+        if (const cudaError_t earlier = device.completeAll(); earlier != cudaSuccess) return earlier;
+    }
     if (copy.width == 0 || copy.height == 0) return cudaSuccess;
     if (copy.kind < cudaMemcpyHostToHost || copy.kind > cudaMemcpyDefault) {
         return cudaErrorInvalidMemcpyDirection;
     }
     for (const std::size_t pitch : {copy.destinationPitch, copy.sourcePitch}) {
-        if (copy.width > pitch || pitch > LARGEST_PITCH) return cudaErrorInvalidPitchValue;
+        if (copy.width > pitch || pitch > copy.largestPitch) return cudaErrorInvalidPitchValue;
     }
     const auto run = [&device, copy](bool dry) {
         const std::size_t written = (copy.height - 1) * copy.destinationPitch + copy.width;
@@ -85,7 +89,9 @@ cudaError_t allocate(StandIn& device, void** pointer, std::size_t bytes, DeviceM
 cudaError_t cudaMallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std::size_t height) {
     StandIn& device = StandIn::get();
     return device.call("cudaMallocPitch", [&] {
-        if (pointer == nullptr || pitch == nullptr || width > LARGEST_PITCH) return cudaErrorInvalidValue;
+        if (pointer == nullptr || pitch == nullptr || width > LARGEST_PITCH - PITCH_ALIGNMENT) {
+            return cudaErrorInvalidValue;
+        }
         const std::size_t padded = (width + PITCH_ALIGNMENT - 1) / PITCH_ALIGNMENT * PITCH_ALIGNMENT;
         if (padded != 0 && height > std::numeric_limits<std::size_t>::max() / padded) {
             return cudaErrorMemoryAllocation;
@@ -117,7 +123,7 @@ cudaError_t cudaFree(void* pointer) {
 cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t bytes, cudaMemcpyKind kind) {
     StandIn& device = StandIn::get();
     return device.call("cudaMemcpy", [&] {
-        return submitCopy(device, {destination, bytes, source, bytes, bytes, 1, kind}, nullptr);
+        return submitCopy(device, {destination, bytes, source, bytes, bytes, 1, kind, bytes}, nullptr);
     });
 }
 

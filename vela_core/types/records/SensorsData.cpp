@@ -1,5 +1,6 @@
 #include "vela_core/types/records/SensorsData.hpp"
 
+#include <cstring>
 #include <limits>
 
 namespace vela {
@@ -16,7 +17,7 @@ void copyLabelled(Matrix& to, const Matrix& from) {
 
 SensorsData::IMUData& SensorsData::IMUData::operator=(const IMUData& other) {
     if (this == &other) return *this;
-    available = other.available;
+    std::memcpy(&available, &other.available, sizeof available);  // a bool that was never set is no bool
     timestamp = other.timestamp;
     copyLabelled(pose, other.pose);
     copyLabelled(pose_covariance, other.pose_covariance);
