@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <string>
 #include <thread>
 
 namespace vela::test {
@@ -12,105 +12,93 @@ namespace {
 
 using namespace software_device;
 
-struct Buffer {
-    void* data = nullptr;
-    std::size_t pitch = 0;
+constexpr auto INVALID = cudaErrorInvalidValue;
+constexpr auto BAD_HANDLE = cudaErrorInvalidResourceHandle;
+constexpr std::size_t HUGE_SIZE = std::size_t{1} << 40;
 
-    Buffer(std::size_t width, std::size_t height) {
-        EXPECT_EQ(cudaMallocPitch(&data, &pitch, width, height), cudaSuccess);
+class StandInTest : public DeviceTest {
+protected:
+    void SetUp() override {
+        DeviceTest::SetUp();
+        ASSERT_EQ(cudaStreamCreate(&stream_), cudaSuccess);
     }
-    ~Buffer() { cudaFree(data); }
-    Buffer(const Buffer&) = delete;
-    Buffer& operator=(const Buffer&) = delete;
+    void TearDown() override {
+        cudaStreamDestroy(stream_);
+        DeviceTest::TearDown();
+    }
+
+    const Mat device_{64, 2, U1, MEM::GPU};  // its pitch is 512
+    const Mat managed_{64, 1, U1, MEM_MANAGED};
+    cudaStream_t stream_ = nullptr;
 };
 
-class StandInTest : public DeviceTest {};
-
 TEST_F(StandInTest, PitchesAreMultiplesOf512AndFreshMemoryIsPoisoned) {
-    for (const auto& [width, pitch] : {std::pair(1, 512), std::pair(512, 512), std::pair(513, 1024)}) {
-        const Buffer buffer(static_cast<std::size_t>(width), 3);
-        EXPECT_EQ(buffer.pitch, static_cast<std::size_t>(pitch));
-        Bytes bytes(buffer.pitch * 3);
-        EXPECT_EQ(cudaMemcpy(bytes.data(), buffer.data, bytes.size(), cudaMemcpyDeviceToHost), cudaSuccess);
-        EXPECT_EQ(bytes, Bytes(bytes.size(), 0xCD));
+    for (const auto& [width, pitch] : {std::pair(1U, 512U), std::pair(512U, 512U), std::pair(513U, 1024U)}) {
+        const Mat mat(width, 3, U1, MEM::GPU);
+        EXPECT_EQ(mat.stepBytesGPU, pitch);
+        Bytes bytes(pitch * 3);
+        EXPECT_EQ(cudaMemcpy(bytes.data(), mat.ptrGPU, bytes.size(), cudaMemcpyDeviceToHost), cudaSuccess);
+        EXPECT_EQ(bytes, Bytes(pitch * 3, 0xCD));
     }
-    void* managed = nullptr;
-    ASSERT_EQ(cudaMallocManaged(&managed, 7), cudaSuccess);
-    EXPECT_EQ(static_cast<std::uint8_t*>(managed)[6], 0xCD) << "managed memory is the host's too";
-    EXPECT_EQ(cudaFree(managed), cudaSuccess);
+    EXPECT_EQ(Bytes(managed_.ptrGPU, managed_.ptrGPU + 64), Bytes(64, 0xCD)) << "which is the host's too";
 }
 
 TEST_F(StandInTest, HostAccessToDeviceMemoryFaults) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const Buffer buffer(64, 1);
-    EXPECT_DEATH(*static_cast<volatile char*>(buffer.data) = 1, "");
-    void* managed = nullptr;
-    ASSERT_EQ(cudaMallocManaged(&managed, 7), cudaSuccess);
-    ASSERT_EQ(cudaFree(managed), cudaSuccess);
-    EXPECT_DEATH(*static_cast<volatile char*>(managed) = 1, "") << "freed";
+    EXPECT_DEATH(*device_.ptrGPU = 1, "");
+    const volatile unsigned char* const freed = Mat(7, 1, U1, MEM_MANAGED).ptrGPU;
+    EXPECT_DEATH(std::printf("%d", *freed), "");
 }
 
 TEST_F(StandInTest, ChecksCopies) {
-    const Buffer device(64, 2);
-    const Buffer other(64, 2);
-    char host[2048] = {};
-    char* const inside = static_cast<char*>(device.data) + 1;
-    void* const gone = Buffer(64, 2).data;
-    struct Case {
-        void* to;
-        std::size_t toPitch;
-        const void* from;
-        std::size_t fromPitch;
-        std::size_t width;
-        std::size_t height;
-        int kind;
-        cudaError wanted;
-    };
-    constexpr auto BAD = cudaErrorInvalidValue;
     constexpr auto PITCH = cudaErrorInvalidPitchValue;
-    const Case cases[] = {
-        {device.data, 512, host, 64, 64, 2, cudaMemcpyHostToDevice, cudaSuccess},
-        {device.data, 512, other.data, 512, 64, 2, cudaMemcpyDeviceToDevice, cudaSuccess},
-        {host, 64, device.data, 512, 64, 2, cudaMemcpyDefault, cudaSuccess},
-        {inside, 512, host, 512, 511, 2, cudaMemcpyHostToDevice, cudaSuccess},
-        {inside, 512, host, 512, 512, 2, cudaMemcpyHostToDevice, BAD},     // one byte too far
-        {device.data, 512, host, 64, 64, 3, cudaMemcpyHostToDevice, BAD},  // one row too far
-        {device.data, 512, host, 64, 64, 2, cudaMemcpyDeviceToHost, BAD},  // wrong direction
-        {device.data, 512, host, 64, 64, 2, cudaMemcpyHostToHost, BAD},
-        {host, 64, host + 1024, 64, 64, 2, cudaMemcpyDeviceToDevice, BAD},
-        {nullptr, 512, host, 64, 64, 2, cudaMemcpyHostToDevice, BAD},
-        {device.data, 512, nullptr, 64, 64, 2, cudaMemcpyHostToDevice, BAD},
-        {gone, 512, host, 64, 64, 2, cudaMemcpyHostToDevice, BAD},  // freed
-        {device.data, 63, host, 64, 64, 2, cudaMemcpyHostToDevice, PITCH},
-        {device.data, 512, host, 63, 64, 2, cudaMemcpyHostToDevice, PITCH},
-        {device.data, std::size_t{1} << 31, host, 64, 64, 1, cudaMemcpyHostToDevice, PITCH},
-        {nullptr, 0, nullptr, 0, 0, 5, cudaMemcpyHostToHost, cudaSuccess},  // no bytes
-        {nullptr, 0, nullptr, 0, 5, 0, cudaMemcpyHostToDevice, cudaSuccess},
-        {host, 64, host + 1024, 64, 64, 2, 7, cudaErrorInvalidMemcpyDirection},
+    constexpr int TO_HOST = cudaMemcpyDeviceToHost;
+    constexpr int TO_DEVICE = cudaMemcpyHostToDevice;
+    constexpr int ON_HOST = cudaMemcpyHostToHost;
+    constexpr int ON_DEVICE = cudaMemcpyDeviceToDevice;
+    const auto copy = [&](void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
+                          std::size_t width, std::size_t height, int direction) {
+        const auto kind = static_cast<cudaMemcpyKind>(direction);
+        const cudaError status = cudaMemcpy2D(to, toPitch, from, fromPitch, width, height, kind);
+        EXPECT_EQ(cudaGetLastError(), status);
+        EXPECT_EQ(cudaMemcpy2DAsync(to, toPitch, from, fromPitch, width, height, kind, stream_), status);
+        EXPECT_EQ(cudaGetLastError(), status);
+        EXPECT_EQ(cudaStreamSynchronize(stream_), cudaSuccess);
+        return status;
     };
-    cudaStream_t stream = nullptr;
-    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(&c - cases);
-        const auto kind = static_cast<cudaMemcpyKind>(c.kind);
-        EXPECT_EQ(cudaMemcpy2D(c.to, c.toPitch, c.from, c.fromPitch, c.width, c.height, kind), c.wanted);
-        EXPECT_EQ(cudaGetLastError(), c.wanted);
-        EXPECT_EQ(cudaMemcpy2DAsync(c.to, c.toPitch, c.from, c.fromPitch, c.width, c.height, kind, stream),
-                  c.wanted);
-        EXPECT_EQ(cudaGetLastError(), c.wanted);
-        EXPECT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
-    }
-    EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+    unsigned char host[2048] = {};
+    unsigned char* const device = device_.ptrGPU;
+    const Mat other(64, 2, U1, MEM::GPU);
+    void* const gone = Mat(64, 2, U1, MEM::GPU).ptrGPU;
+    EXPECT_EQ(copy(device, 512, host, 64, 64, 2, TO_DEVICE), cudaSuccess);
+    EXPECT_EQ(copy(device, 512, other.ptrGPU, 512, 64, 2, ON_DEVICE), cudaSuccess);
+    EXPECT_EQ(copy(managed_.ptrCPU, 64, host, 64, 64, 1, ON_HOST), cudaSuccess);
+    EXPECT_EQ(copy(host, 64, device, 512, 64, 2, cudaMemcpyDefault), cudaSuccess);
+    EXPECT_EQ(copy(device + 1, 512, host, 512, 511, 2, TO_DEVICE), cudaSuccess);
+    EXPECT_EQ(copy(device + 1, 512, host, 512, 512, 2, TO_DEVICE), INVALID) << "one byte too far";
+    EXPECT_EQ(copy(device, 512, host, 64, 64, 3, TO_DEVICE), INVALID) << "one row too far";
+    EXPECT_EQ(copy(device, 512, host, 64, 64, 2, TO_HOST), INVALID);
+    EXPECT_EQ(copy(device, 512, host, 64, 64, 2, ON_HOST), INVALID);
+    EXPECT_EQ(copy(host, 64, host + 1024, 64, 64, 2, ON_DEVICE), INVALID);
+    EXPECT_EQ(copy(nullptr, 512, host, 64, 64, 2, TO_DEVICE), INVALID);
+    EXPECT_EQ(copy(device, 512, nullptr, 64, 64, 2, TO_DEVICE), INVALID);
+    EXPECT_EQ(copy(gone, 512, host, 64, 64, 2, TO_DEVICE), INVALID) << "freed";
+    EXPECT_EQ(copy(device, 63, host, 64, 64, 2, TO_DEVICE), PITCH);
+    EXPECT_EQ(copy(device, 512, host, 63, 64, 2, TO_DEVICE), PITCH);
+    EXPECT_EQ(copy(device, std::size_t{1} << 31, host, 64, 64, 1, TO_DEVICE), PITCH);
+    EXPECT_EQ(copy(nullptr, 0, nullptr, 0, 0, 5, ON_HOST), cudaSuccess) << "no bytes";
+    EXPECT_EQ(copy(nullptr, 0, nullptr, 0, 5, 0, TO_DEVICE), cudaSuccess);
+    EXPECT_EQ(copy(host, 64, host + 1024, 64, 64, 2, 7), cudaErrorInvalidMemcpyDirection);
 }
 
 TEST_F(StandInTest, ChecksAllocationsAndReleases) {
     void* data = &data;
     std::size_t pitch = 3;
-    EXPECT_EQ(cudaMallocManaged(&data, 0), cudaErrorInvalidValue);
-    EXPECT_EQ(cudaMallocPitch(nullptr, &pitch, 1, 1), cudaErrorInvalidValue);
-    EXPECT_EQ(cudaMallocPitch(&data, &pitch, std::size_t{1} << 30, std::size_t{1} << 40),
-              cudaErrorMemoryAllocation);
-    EXPECT_EQ(cudaMallocPitch(&data, &pitch, std::size_t{1} << 40, 1), cudaErrorInvalidValue);
+    EXPECT_EQ(cudaMallocManaged(&data, 0), INVALID);
+    EXPECT_EQ(cudaMallocManaged(&data, 1, 3), INVALID);
+    EXPECT_EQ(cudaMallocPitch(nullptr, &pitch, 1, 1), INVALID);
+    EXPECT_EQ(cudaMallocPitch(&data, &pitch, HUGE_SIZE, 1), INVALID);
+    EXPECT_EQ(cudaMallocPitch(&data, &pitch, 1 << 30, HUGE_SIZE), cudaErrorMemoryAllocation);
     EXPECT_EQ(data, &data) << "failures leave the output alone";
     EXPECT_EQ(cudaMallocPitch(&data, &pitch, 0, 4), cudaSuccess);
     EXPECT_EQ(data, nullptr);
@@ -118,55 +106,55 @@ TEST_F(StandInTest, ChecksAllocationsAndReleases) {
     const std::size_t before = liveAllocations();
     ASSERT_EQ(cudaMallocPitch(&data, &pitch, 10, 4), cudaSuccess);
     EXPECT_EQ(liveAllocations(), before + 1);
-    EXPECT_EQ(cudaFree(static_cast<char*>(data) + 1), cudaErrorInvalidValue);
-    EXPECT_EQ(cudaFree(&pitch), cudaErrorInvalidValue);
+    EXPECT_EQ(cudaFree(static_cast<char*>(data) + 1), INVALID);
+    EXPECT_EQ(cudaFree(&pitch), INVALID);
     EXPECT_EQ(cudaFree(data), cudaSuccess);
-    EXPECT_EQ(cudaFree(data), cudaErrorInvalidValue);
+    EXPECT_EQ(cudaFree(data), INVALID);
     EXPECT_EQ(liveAllocations(), before);
 }
 
 TEST_F(StandInTest, AttachesManagedMemoryOnly) {
-    cudaStream_t stream = nullptr;
-    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
-    const Buffer device(64, 1);
-    void* managed = nullptr;
-    ASSERT_EQ(cudaMallocManaged(&managed, 64), cudaSuccess);
-    EXPECT_EQ(cudaStreamAttachMemAsync(stream, managed), cudaSuccess);
-    EXPECT_EQ(cudaStreamAttachMemAsync(stream, managed, 64, cudaMemAttachSingle), cudaSuccess);
+    void* const managed = managed_.ptrGPU;
+    EXPECT_EQ(cudaStreamAttachMemAsync(stream_, managed), cudaSuccess);
+    EXPECT_EQ(cudaStreamAttachMemAsync(stream_, managed, 64, cudaMemAttachSingle), cudaSuccess);
     EXPECT_EQ(cudaStreamAttachMemAsync(nullptr, managed, 64, cudaMemAttachHost), cudaSuccess);
-    EXPECT_EQ(cudaStreamAttachMemAsync(nullptr, managed, 64, cudaMemAttachSingle), cudaErrorInvalidValue);
-    EXPECT_EQ(cudaStreamAttachMemAsync(stream, managed, 63, cudaMemAttachHost), cudaErrorInvalidValue);
-    EXPECT_EQ(cudaStreamAttachMemAsync(stream, managed, 64, 3), cudaErrorInvalidValue);
-    EXPECT_EQ(cudaStreamAttachMemAsync(stream, device.data, 0, cudaMemAttachHost), cudaErrorInvalidValue);
-    EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
-    EXPECT_EQ(cudaStreamDestroy(stream), cudaErrorInvalidResourceHandle);
-    EXPECT_EQ(cudaStreamSynchronize(stream), cudaErrorInvalidResourceHandle);
-    EXPECT_EQ(cudaStreamAttachMemAsync(stream, managed), cudaErrorInvalidResourceHandle);
-    EXPECT_EQ(cudaFree(managed), cudaSuccess);
+    EXPECT_EQ(cudaStreamAttachMemAsync(nullptr, managed, 64, cudaMemAttachSingle), INVALID);
+    EXPECT_EQ(cudaStreamAttachMemAsync(stream_, managed, 63, cudaMemAttachHost), INVALID);
+    EXPECT_EQ(cudaStreamAttachMemAsync(stream_, managed, 64, 3), INVALID);
+    EXPECT_EQ(cudaStreamAttachMemAsync(stream_, device_.ptrGPU, 0, cudaMemAttachHost), INVALID);
+    EXPECT_EQ(cudaStreamDestroy(stream_), cudaSuccess);
+    EXPECT_EQ(cudaStreamDestroy(stream_), BAD_HANDLE);
+    EXPECT_EQ(cudaStreamSynchronize(stream_), BAD_HANDLE);
+    EXPECT_EQ(cudaStreamAttachMemAsync(stream_, managed), BAD_HANDLE);
 }
 
 TEST_F(StandInTest, StreamsWorkWhenTheyAreWaitedFor) {
-    const auto waits = {
-        +[](cudaStream_t stream) { return cudaStreamSynchronize(stream); },
-        +[](cudaStream_t) { return cudaStreamSynchronize(nullptr); },
-        +[](cudaStream_t) { return cudaDeviceSynchronize(); },
-        +[](cudaStream_t) {
+    using Wait = cudaError_t (*)(cudaStream_t);
+    constexpr Wait WAITS[] = {
+        [](cudaStream_t stream) { return cudaStreamSynchronize(stream); },
+        [](cudaStream_t) { return cudaStreamSynchronize(nullptr); },
+        [](cudaStream_t) { return cudaDeviceSynchronize(); },
+        [](cudaStream_t) {
+            void* data = nullptr;
+            std::size_t pitch = 0;
+            cudaMallocPitch(&data, &pitch, 1, 1);
+            return cudaFree(data);
+        },
+        [](cudaStream_t) {
             char a = 0;
             char b = 0;
             return cudaMemcpy(&a, &b, 1, cudaMemcpyHostToHost);
         },
+        [](cudaStream_t stream) { return cudaStreamDestroy(stream); },
     };
-    cudaStream_t stream = nullptr;
-    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
-    for (const auto wait : waits) {
+    for (const Wait wait : WAITS) {
         char from[4] = "abc";
         char to[4] = "";
-        ASSERT_EQ(cudaMemcpy2DAsync(to, 4, from, 4, 4, 1, cudaMemcpyHostToHost, stream), cudaSuccess);
+        ASSERT_EQ(cudaMemcpy2DAsync(to, 4, from, 4, 4, 1, cudaMemcpyHostToHost, stream_), cudaSuccess);
         EXPECT_STREQ(to, "") << "a missing synchronisation shows";
-        EXPECT_EQ(wait(stream), cudaSuccess);
+        EXPECT_EQ(wait(stream_), cudaSuccess);
         EXPECT_STREQ(to, "abc");
     }
-    EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
 }
 
 TEST_F(StandInTest, FailsTheCallsThatAreNamed) {
@@ -179,34 +167,38 @@ TEST_F(StandInTest, FailsTheCallsThatAreNamed) {
     b[0] = '\0';
     EXPECT_EQ(copy(), cudaErrorLaunchTimeout);
     EXPECT_STREQ(b, "") << "a failed call has no effect";
+    EXPECT_EQ(copy(), cudaSuccess);
     EXPECT_EQ(cudaPeekAtLastError(), cudaErrorLaunchTimeout);
     std::thread([] {
         EXPECT_EQ(cudaGetLastError(), cudaSuccess) << "the last error is the thread's own";
     }).join();
     EXPECT_EQ(cudaGetLastError(), cudaErrorLaunchTimeout);
     EXPECT_EQ(cudaGetLastError(), cudaSuccess);
-    EXPECT_EQ(copy(), cudaSuccess);
+    EXPECT_EQ(cudaFree(nullptr), cudaErrorUnknown);
+    failCall("cudaFree", 1, cudaErrorUnknown);
     reset();
+    EXPECT_EQ(cudaPeekAtLastError(), cudaSuccess);
     EXPECT_EQ(cudaFree(nullptr), cudaSuccess) << "forgotten";
 }
 
 TEST_F(StandInTest, LaunchesCheckTheirMemory) {
-    const Buffer device(64, 2);
     float host[4] = {1, 2, 3, 4};
     const auto scale = [](void* data, unsigned step, unsigned width, unsigned height) {
         cu_applyFactor(static_cast<float*>(data), 2.0F, step, width, height);
         return cudaGetLastError();
     };
-    EXPECT_EQ(scale(device.data, 128, 16, 2), cudaSuccess);
-    EXPECT_EQ(scale(device.data, 128, 129, 2), cudaErrorIllegalAddress);
-    EXPECT_EQ(scale(device.data, 128, 16, 3), cudaErrorIllegalAddress);
+    EXPECT_EQ(scale(device_.ptrGPU, 128, 16, 2), cudaSuccess);
+    EXPECT_EQ(scale(device_.ptrGPU, 128, 129, 2), cudaErrorIllegalAddress);
+    EXPECT_EQ(scale(device_.ptrGPU, 128, 16, 3), cudaErrorIllegalAddress);
+    EXPECT_EQ(scale(device_.ptrGPU + 512, 129, 128, 1), cudaSuccess)
+        << "the padding of the last row is not touched";
     EXPECT_EQ(scale(host, 4, 4, 1), cudaErrorIllegalAddress);
     EXPECT_EQ(host[0], 1.0F);
     EXPECT_EQ(scale(nullptr, 4, 4, 1), cudaSuccess) << "launches nothing";
-    cu_applyMat3f(static_cast<Vector3<float>*>(device.data), host, 42, 1, 1);
+    cu_applyMat3f(reinterpret_cast<Vector3<float>*>(device_.ptrGPU), host, 42, 1, 1);
     EXPECT_EQ(cudaGetLastError(), cudaErrorIllegalAddress) << "the matrix, too, must be device memory";
     failCall("cudaLaunchKernel", 1, cudaErrorLaunchFailure);
-    EXPECT_EQ(scale(device.data, 128, 16, 2), cudaErrorLaunchFailure);
+    EXPECT_EQ(scale(device_.ptrGPU, 128, 16, 2), cudaErrorLaunchFailure);
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ struct ModelMat {
     std::size_t width = 0, height = 0, channels = 0, stepGPU = 0, stepCPU = 0, pixelBytes = 0;
     MAT_TYPE type{};
     MEM mem = MEM::CPU;
-    bool init = false, owner = false;
+    bool init = false, owner = false, flag = false;
     std::shared_ptr<ModelBuffer> host, device;  // one and the same for managed memory
     String name = "n/a";
     unsigned long long timestamp = 0;
@@ -142,13 +142,13 @@ struct ModelMat {
         free(MEM_BOTH);
         if (s.width * s.height == 0 || !s.init) return;
         describeAs(s);
-        init = true, owner = false;
+        init = true, owner = flag = false;
     }
     bool move(ModelMat& to) {
         if (!init || !owner) return false;
         to.free(MEM_BOTH);
         to.describeAs(*this);
-        to.init = to.owner = true;
+        to.init = to.owner = true, to.flag = flag;
         init = owner = false;
         return true;
     }
@@ -232,12 +232,12 @@ inline void expectSame(const Mat& mat, const ModelMat& model) {
         ((text += " " + std::to_string(values)), ...);
         return text;
     };
-    EXPECT_EQ(
-        fields(mat.isInit, mat.memoryOwner, toValue(mat.memType), mat.width, mat.height, mat.channels,
-               mat.pixelBytes, mat.stepBytesCPU, mat.ptrCPU != nullptr, mat.ptrGPU != nullptr, mat.timestamp),
-        fields(model.init, model.owner, toValue(model.mem), model.width, model.height, model.channels,
-               model.pixelBytes, model.stepCPU, model.host != nullptr, model.device != nullptr,
-               model.timestamp));
+    EXPECT_EQ(fields(mat.isInit, mat.memoryOwner, toValue(mat.memType), mat.width, mat.height, mat.channels,
+                     mat.pixelBytes, mat.stepBytesCPU, mat.ptrCPU != nullptr, mat.ptrGPU != nullptr,
+                     mat.timestamp, mat.extraFlag),
+              fields(model.init, model.owner, toValue(model.mem), model.width, model.height, model.channels,
+                     model.pixelBytes, model.stepCPU, model.host != nullptr, model.device != nullptr,
+                     model.timestamp, model.flag));
     EXPECT_EQ(mat.name, model.name);
     if (mat.isInit) {
         EXPECT_EQ(mat.dataType, model.type);

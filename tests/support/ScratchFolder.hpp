@@ -5,8 +5,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
-#include <sstream>
 #include <string>
 
 namespace vela::test {
@@ -30,13 +30,9 @@ public:
 
     /// Names of the files in the folder, sorted, separated by blanks.
     std::string listing() const {
-        std::set<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-            names.insert(entry.path().filename().string());
-        }
         std::string text;
-        for (const std::string& name : names) {
-            text += (text.empty() ? "" : " ") + name;
+        for (const auto& entry : std::set(std::filesystem::directory_iterator(path_), {})) {
+            text += (text.empty() ? "" : " ") + entry.path().filename().string();
         }
         return text;
     }
@@ -48,9 +44,7 @@ private:
 inline std::string contentOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     EXPECT_TRUE(file.is_open()) << path;
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 }  // namespace vela::test

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -38,6 +39,17 @@ protected:
 
     std::size_t allocationsExpected_ = 0;
 };
+
+// Short names for tables.
+constexpr auto OK = ERROR_CODE::SUCCESS;
+constexpr auto BAD = ERROR_CODE::FAILURE;
+constexpr auto F1 = MAT_TYPE::MAT_32F_C1;
+constexpr auto F3 = MAT_TYPE::MAT_32F_C3;
+constexpr auto F4 = MAT_TYPE::MAT_32F_C4;
+constexpr auto U1 = MAT_TYPE::MAT_8U_C1;
+constexpr auto U3 = MAT_TYPE::MAT_8U_C3;
+constexpr auto U4 = MAT_TYPE::MAT_8U_C4;
+constexpr auto S4 = MAT_TYPE::MAT_8S_C4;
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -82,5 +94,26 @@ inline Mat filled(std::size_t width, std::size_t height, MAT_TYPE type, MEM mem,
     if (mem == MEM::GPU || mem == MEM_BOTH) store(mat, MEM::GPU, bytes.data());
     return mat;
 }
+
+/// A Mat that refers to pixels inside a larger one, on both sides: what is written beside them shows.
+struct Window {
+    Window(std::size_t width, std::size_t height, MAT_TYPE type, std::size_t x = 1, unsigned seed = 1)
+        : whole(filled(width + 3, height + 2, type, MEM_BOTH, seed)),
+          first((whole.width + x) * whole.pixelBytes),
+          part(width, height, type, whole.ptrCPU + first, whole.stepBytesCPU,
+               whole.ptrGPU + whole.stepBytesGPU + x * whole.pixelBytes, whole.stepBytesGPU) {}
+
+    /// Puts packed rows in the place of the window into packed rows of the whole.
+    void put(const Bytes& rows, Bytes& image) const {
+        const std::size_t row = part.width * part.pixelBytes;
+        for (std::size_t y = 0; y < part.height; ++y) {
+            std::copy_n(&rows[y * row], row, &image[first + y * whole.stepBytesCPU]);
+        }
+    }
+
+    Mat whole;
+    std::size_t first;  ///< byte of the whole at which the window starts
+    Mat part;
+};
 
 }  // namespace vela::test

@@ -274,6 +274,7 @@ inline void start(Subject& subject, MEM mem, bool reference, const Arguments& ar
         buffer->rows = rows;
     }
     mat.timestamp = model.timestamp = arguments.seed;
+    mat.extraFlag = model.flag = toValue(mem) % 2 == 1;
     if (!reference) return;
     subject.mat.ref(mat);
     subject.model.ref(model);
