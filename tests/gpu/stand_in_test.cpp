@@ -4,7 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include <cstdio>
+#include <functional>
 #include <thread>
 
 namespace vela::test {
@@ -129,30 +130,23 @@ TEST_F(StandInTest, AttachesManagedMemoryOnly) {
 }
 
 TEST_F(StandInTest, StreamsWorkWhenTheyAreWaitedFor) {
-    using Wait = cudaError_t (*)(cudaStream_t);
-    constexpr Wait WAITS[] = {
-        [](cudaStream_t stream) { return cudaStreamSynchronize(stream); },
-        [](cudaStream_t) { return cudaStreamSynchronize(nullptr); },
-        [](cudaStream_t) { return cudaDeviceSynchronize(); },
-        [](cudaStream_t) {
-            void* data = nullptr;
-            std::size_t pitch = 0;
-            cudaMallocPitch(&data, &pitch, 1, 1);
-            return cudaFree(data);
-        },
-        [](cudaStream_t) {
-            char a = 0;
-            char b = 0;
-            return cudaMemcpy(&a, &b, 1, cudaMemcpyHostToHost);
-        },
-        [](cudaStream_t stream) { return cudaStreamDestroy(stream); },
-    };
-    for (const Wait wait : WAITS) {
-        char from[4] = "abc";
-        char to[4] = "";
+    char from[4] = "abc";
+    char to[4] = "";
+    void* spare = nullptr;
+    std::size_t pitch = 0;
+    ASSERT_EQ(cudaMallocPitch(&spare, &pitch, 1, 1), cudaSuccess);
+    const std::function<cudaError_t()> waits[] = {
+        [&] { return cudaStreamSynchronize(stream_); },
+        [] { return cudaStreamSynchronize(nullptr); },
+        [] { return cudaDeviceSynchronize(); },
+        [&] { return cudaMemcpy(spare, from, 1, cudaMemcpyHostToDevice); },
+        [&] { return cudaFree(spare); },
+        [&] { return cudaStreamDestroy(stream_); }};
+    for (const auto& wait : waits) {
+        to[0] = '\0';
         ASSERT_EQ(cudaMemcpy2DAsync(to, 4, from, 4, 4, 1, cudaMemcpyHostToHost, stream_), cudaSuccess);
         EXPECT_STREQ(to, "") << "a missing synchronisation shows";
-        EXPECT_EQ(wait(stream_), cudaSuccess);
+        EXPECT_EQ(wait(), cudaSuccess);
         EXPECT_STREQ(to, "abc");
     }
 }

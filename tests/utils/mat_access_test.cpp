@@ -46,11 +46,11 @@ protected:
         return bytes;
     }
 };
-TYPED_TEST_SUITE(MatAccessTest, Kinds);
+TYPED_TEST_SUITE(MatAccessTest, Kinds, );  // clang wants the third argument, if an empty one
 
 TYPED_TEST(MatAccessTest, FillsWindowsOfEveryWidthAndNothingElse) {
-    for (const std::size_t width : {1, 2, 3, 15, 16, 17, 63, 64, 65, 129, 513}) {
-        for (const std::size_t x : {0, 1}) {
+    for (const std::size_t width : {1U, 2U, 3U, 15U, 16U, 17U, 63U, 64U, 65U, 129U, 513U}) {
+        for (const std::size_t x : {0U, 1U}) {
             SCOPED_TRACE(testing::Message() << width << " from " << x);
             Window window(width, 3, TypeParam::TYPE, x, 9);
             Bytes host = load(window.whole, MEM::CPU);

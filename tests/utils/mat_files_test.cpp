@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <tuple>
 
 namespace vela::test {
 namespace {
@@ -55,40 +56,36 @@ protected:
 TEST_F(MatFilesTest, EncodesWithTheCompressionAskedFor) {
     constexpr int LEVEL = cv::IMWRITE_PNG_COMPRESSION;
     constexpr int QUALITY = cv::IMWRITE_JPEG_QUALITY;
-    struct Case {
-        const char* name;
-        int compression;
-        std::vector<int> parameters;
-    };
-    const Case cases[] = {{"a.png", -1, {LEVEL, 3}},
-                          {"a.png", 5, {LEVEL, 0}},
-                          {"a.png", -50, {LEVEL, 0}},
-                          {"a.png", 10, {LEVEL, 1}},
-                          {"a.png", 95, {LEVEL, 9}},
-                          {"a.png", 1000, {LEVEL, 9}},
-                          {"x.y/a.PNG", 95, {}},
-                          {"a.jpg", -1, {QUALITY, 95}},
-                          {"a.jpeg", 20, {QUALITY, 80}},
-                          {"a.jpg", 150, {QUALITY, 0}},
-                          {"a.jpg", std::numeric_limits<int>::min(), {QUALITY, 100}},
-                          {"a.JPG", 20, {}},
-                          {"a.bmp", 20, {}}};
+    const std::tuple<const char*, int, std::vector<int>> cases[] = {
+        {"a.png", -1, {LEVEL, 3}},
+        {"a.png", 5, {LEVEL, 0}},
+        {"a.png", -50, {LEVEL, 0}},
+        {"a.png", 10, {LEVEL, 1}},
+        {"a.png", 95, {LEVEL, 9}},
+        {"a.png", 1000, {LEVEL, 9}},
+        {"x.y/a.PNG", 95, {}},
+        {"a.jpg", -1, {QUALITY, 95}},
+        {"a.jpeg", 20, {QUALITY, 80}},
+        {"a.jpg", 150, {QUALITY, 0}},
+        {"a.jpg", std::numeric_limits<int>::min(), {QUALITY, 100}},
+        {"a.JPG", 20, {}},
+        {"a.bmp", 20, {}}};
     fs::create_directory(folder_ / "x.y");
     Mat mat = filled(67, 41, U3, MEM::CPU);
     const cv::Mat same(41, 67, CV_8UC3, mat.ptrCPU);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.name << " " << c.compression);
-        EXPECT_EQ(write(mat, c.name, MEM::CPU, c.compression), OK);
+    for (const auto& [name, compression, parameters] : cases) {
+        SCOPED_TRACE(testing::Message() << name << " " << compression);
+        EXPECT_EQ(write(mat, name, MEM::CPU, compression), OK);
         Bytes wanted;
-        cv::imencode(fs::path(c.name).extension().string(), same, wanted, c.parameters);
-        const std::string content = contentOf(folder_ / c.name);
+        cv::imencode(fs::path(name).extension().string(), same, wanted, parameters);
+        const std::string content = contentOf(folder_ / name);
         EXPECT_TRUE(Bytes(content.begin(), content.end()) == wanted);
     }
 }
 
 TEST_F(MatFilesTest, PicturesComeBackAsTheyWere) {
     for (const MAT_TYPE type : {U1, U3, U4, US}) {
-        for (const std::size_t width : {1, 33, 5000}) {
+        for (const std::size_t width : {1U, 33U, 5000U}) {
             const Window window(width, 7, type);
             Mat mat(width, 7, type, window.part.ptrCPU, window.part.stepBytesCPU, MEM::CPU);
             EXPECT_EQ(write(mat, "a.png"), OK);
@@ -146,21 +143,16 @@ TEST_F(MatFilesTest, ExtensionAndTypeChooseTheKindOfFile) {
 }
 
 TEST_F(MatFilesTest, RefusalsAndExceptionsHaveEachTheirOwnLine) {
-    struct Case {
-        Mat mat;
-        const char* name;
-        int line;
-    };
-    Case cases[] = {{Mat(2, 2, F1, MEM::GPU), "a", 962},
-                    {Mat(2, 2, F3, MEM::GPU), "a", 982},
-                    {Mat(2, 2, F4, MEM::GPU), "a", 1009},
-                    {Mat(0, 4, U3), "a.png", 1084},  // nothing to encode
-                    {Mat(0, 0, F1), "a.png", 1090},
-                    {Mat(2, 2, U3), "a.unknown", 1090},
-                    {Mat(2, 2, U3, nullptr, 6, MEM::CPU), "a.png", 1090}};
-    for (Case& c : cases) {
-        EXPECT_EQ(write(c.mat, c.name), BAD);
-        expectLogged(c.line, c.line == 1090 ? "in write : OpenCV(" : UNSUPPORTED);
+    std::tuple<Mat, const char*, int> cases[] = {{Mat(2, 2, F1, MEM::GPU), "a", 962},
+                                                 {Mat(2, 2, F3, MEM::GPU), "a", 982},
+                                                 {Mat(2, 2, F4, MEM::GPU), "a", 1009},
+                                                 {Mat(0, 4, U3), "a.png", 1084},  // nothing to encode
+                                                 {Mat(0, 0, F1), "a.png", 1090},
+                                                 {Mat(2, 2, U3), "a.unknown", 1090},
+                                                 {Mat(2, 2, U3, nullptr, 6, MEM::CPU), "a.png", 1090}};
+    for (auto& [refused, name, line] : cases) {
+        EXPECT_EQ(write(refused, name), BAD);
+        expectLogged(line, line == 1090 ? "in write : OpenCV(" : UNSUPPORTED);
     }
     EXPECT_EQ(folder_.listing(), "");
     EXPECT_TRUE(wrapAsCvMat(Mat(2, 2, F4)).empty());

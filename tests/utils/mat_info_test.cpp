@@ -61,8 +61,8 @@ protected:
 };
 
 TEST_F(ConvertImageTest, TakesHalfOfTheRangeFromEveryChannelInTheWindow) {
-    for (const std::size_t width : {1, 63, 64, 65, 128, 130}) {
-        for (const std::size_t x : {0, 1}) {
+    for (const std::size_t width : {1U, 63U, 64U, 65U, 128U, 130U}) {
+        for (const std::size_t x : {0U, 1U}) {
             Window source(width, 3, U4, x, 1);
             Window destination(width, 3, S4, 0, 2);
             Bytes wanted = load(destination.whole, MEM::GPU);
@@ -70,9 +70,12 @@ TEST_F(ConvertImageTest, TakesHalfOfTheRangeFromEveryChannelInTheWindow) {
             destination.put(converted, wanted);
             EXPECT_EQ(convertImage(source.part, destination.part), OK);
             EXPECT_EQ(load(destination.whole, MEM::GPU), wanted);
-            Mat fresh;
-            EXPECT_EQ(convertImage(source.part, fresh), OK);
-            EXPECT_EQ(load(fresh, MEM::GPU), converted);
+            Mat inPlace(width, 3, S4, source.part.ptrGPU, source.part.stepBytesGPU, MEM::GPU);
+            Mat taller(width, 4, S4, MEM::GPU);
+            for (Mat* const other : {&taller, &inPlace}) {
+                EXPECT_EQ(convertImage(source.part, *other), OK);
+                EXPECT_EQ(load(*other, MEM::GPU), converted);
+            }
         }
     }
 }

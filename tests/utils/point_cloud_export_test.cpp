@@ -6,10 +6,12 @@
 #include "vela_core/utils/file_names.hpp"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <tuple>
 
 namespace vela::test {
 namespace {
@@ -45,17 +47,13 @@ Cloud fourPoints() {
 }
 
 TEST_F(PointCloudExportTest, WritesEveryFormatByteForByte) {
-    struct Case {
-        const char* file;  // in the folder clouds
-        int format;
-        bool color;
-    };
-    const Case cases[] = {{"plain.xyz", XYZ, true},  {"plain.pcd", PCD, false}, {"color.pcd", PCD, true},
-                          {"plain.ply", PLY, false}, {"color.ply", PLY, true},  {"plain.vtk", VTK, true},
-                          {"plain", 4, true},        {"plain", -1, true}};
-    for (const Case& c : cases) {
-        EXPECT_EQ(saved(fourPoints(), static_cast<POINT_CLOUD_FORMAT>(c.format), c.color),
-                  contentOf(std::string(VELA_TEST_FOLDER "/utils/clouds/") + c.file));
+    const std::tuple<const char*, int, bool> cases[] = {{"plain.xyz", XYZ, true}, {"plain.pcd", PCD, false},
+                                                        {"color.pcd", PCD, true}, {"plain.ply", PLY, false},
+                                                        {"color.ply", PLY, true}, {"plain.vtk", VTK, true},
+                                                        {"plain", 4, true},       {"plain", -1, true}};
+    for (const auto& [file, format, color] : cases) {
+        EXPECT_EQ(saved(fourPoints(), static_cast<POINT_CLOUD_FORMAT>(format), color),
+                  contentOf(std::string(VELA_TEST_FOLDER "/utils/clouds/") + file));
     }
     EXPECT_EQ(names_, "cloud.xyz cloud.pcd cloud.pcd cloud.ply cloud.ply cloud.vtk cloud cloud ");
     EXPECT_FALSE(is_big_endian());
@@ -106,6 +104,16 @@ TEST_F(PointCloudExportTest, WritesLargeCloudsThroughManyBlocks) {
         vertices += "1 " + std::to_string(i) + "\n";
     }
     EXPECT_TRUE(saved(Cloud(points), VTK, false) == wanted + vertices);
+}
+
+/// Where the kernel does not move the body from file to file.
+TEST_F(PointCloudExportTest, FollowsALinkToAnotherFileSystem) {
+    const std::string target = "/dev/shm/vela_" + std::to_string(getpid());
+    fs::create_symlink(target, folder_ / "cloud.xyz");
+    Cloud cloud = fourPoints();
+    EXPECT_TRUE(savePointCloudAs(cloud.mat, XYZ, folder_ / "cloud", false));
+    EXPECT_EQ(contentOf(target), contentOf(VELA_TEST_FOLDER "/utils/clouds/plain.xyz"));
+    fs::remove(target);
 }
 
 TEST_F(PointCloudExportTest, WithoutATemporaryFileTheBodyIsEmpty) {
