@@ -35,5 +35,18 @@ TEST(NumberText, AgreesWithPrintfOnEveryExponentAndSign) {
     }
 }
 
+// Packed colours, and all other floats below 2^-125.
+TEST(NumberText, AgreesWithPrintfOnEveryColor) {
+    char text[NUMBER_TEXT_SIZE];
+    char wanted[NUMBER_TEXT_SIZE];
+    for (std::uint32_t bits = 0; bits < 1U << 24; ++bits) {
+        float value = 0.0F;
+        std::memcpy(&value, &bits, sizeof value);
+        *writeScientific(text, value) = '\0';
+        std::snprintf(wanted, sizeof wanted, "%e", static_cast<double>(value));
+        ASSERT_STREQ(text, wanted);
+    }
+}
+
 }  // namespace
 }  // namespace vela::test
