@@ -14,6 +14,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <type_traits>
 
 namespace {
 
@@ -156,12 +157,17 @@ bench::Check checkOfColumns(const Many<T>& results, const Many<Bare<N>>& expecte
     };
 }
 
-/// Sets all results, each to operation(i).
+/// Makes every result anew, by operation(i).
 template <class T, class Operation>
 auto forAll(Many<T>& results, Operation operation) {
     return [&results, operation] {
         for (std::size_t i = 0; i < COUNT; ++i) {
-            results[i] = operation(i);
+            if constexpr (std::is_trivially_destructible_v<T>) {
+                results[i] = operation(i);  // nothing goes away, so this makes it anew
+            } else {
+                std::destroy_at(&results[i]);
+                ::new (static_cast<void*>(&results[i])) T(operation(i));
+            }
         }
         benchmark::DoNotOptimize(results.data());
     };
@@ -254,6 +260,12 @@ void rotate(Session& session, const Inputs& a) {
         .peer("Eigen",
               forAll(eigen,
                      [&](std::size_t i) -> EigenMatrix3 { return a.eigenQuaternions[i].toRotationMatrix(); }),
+              checkOf<3>(eigen, expected))
+        .peer("Eigen, normalising",
+              forAll(eigen,
+                     [&](std::size_t i) -> EigenMatrix3 {
+                         return a.eigenQuaternions[i].normalized().toRotationMatrix();
+                     }),
               checkOf<3>(eigen, expected))
         .peer("GLM", forAll(glmMatrices, [&](std::size_t i) { return glm::mat3_cast(a.glmQuaternions[i]); }),
               checkOfColumns<3>(glmMatrices, expected))

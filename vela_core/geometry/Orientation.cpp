@@ -37,24 +37,6 @@ void Orientation::setRotationMatrix(const Rotation& r) {
     oz = std::copysign(halfRoot(1.0F - r(0, 0) - r(1, 1) + r(2, 2)), r(1, 0) - r(0, 1));
 }
 
-Rotation Orientation::getRotationMatrix() const {
-    const float x = ox;
-    const float y = oy;
-    const float z = oz;
-    const float w = ow;
-    const float n = 1.0F / (x * x + y * y + z * z + w * w);
-    const float values[9] = {(x * x - y * y - z * z + w * w) * n,
-                             2 * (x * y - z * w) * n,
-                             2 * (x * z + y * w) * n,
-                             2 * (x * y + z * w) * n,
-                             (-x * x + y * y - z * z + w * w) * n,
-                             2 * (y * z - x * w) * n,
-                             2 * (x * z - y * w) * n,
-                             2 * (y * z + x * w) * n,
-                             (-x * x - y * y + z * z + w * w) * n};
-    return Matrix3f(values);
-}
-
 Orientation Orientation::operator*(const Orientation& b) const {
     return Orientation(Vector4<float>(
         ow * b.ox + ox * b.ow + oy * b.oz - oz * b.oy, ow * b.oy - ox * b.oz + oy * b.ow + oz * b.ox,

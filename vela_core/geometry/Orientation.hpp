@@ -48,4 +48,22 @@ public:
     void normalise();
 };
 
+inline Rotation Orientation::getRotationMatrix() const {
+    const float x = ox;
+    const float y = oy;
+    const float z = oz;
+    const float w = ow;
+    const float n = 1.0F / (x * x + y * y + z * z + w * w);
+    const float values[9] = {(x * x - y * y - z * z + w * w) * n,
+                             2 * (x * y - z * w) * n,
+                             2 * (x * z + y * w) * n,
+                             2 * (x * y + z * w) * n,
+                             (-x * x + y * y - z * z + w * w) * n,
+                             2 * (y * z - x * w) * n,
+                             2 * (x * z - y * w) * n,
+                             2 * (y * z + x * w) * n,
+                             (-x * x - y * y + z * z + w * w) * n};
+    return Matrix3f(values);
+}
+
 }  // namespace vela
