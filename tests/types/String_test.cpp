@@ -8,63 +8,44 @@
 namespace vela::test {
 namespace {
 
-std::string streamed(const String& text) {
-    std::ostringstream stream;
-    stream << text;
-    return stream.str();
-}
-
 TEST(String, HoldsTextOrNoCharacterData) {
-    struct Case {
-        String string;
-        const char* text;
-        bool empty;
-    };
-    const Case cases[] = {{String(), "", true},
-                          {"", "", true},
-                          {std::string(), "", true},
-                          {"caf\xC3\xA9", "caf\xC3\xA9", false},
-                          {std::string("a b"), "a b", false},
-                          {static_cast<const char*>(nullptr), nullptr, true}};
-    for (const Case& c : cases) {
-        String copy(c.string);
-        const String moved(std::move(copy));
+    for (const char* const text : {"", "caf\xC3\xA9", static_cast<const char*>(nullptr)}) {
+        const std::string shown = text == nullptr ? "" : text;
+        const String string(text);
         String assigned("before");
-        assigned = c.string;
+        assigned = string;
         String set("before");
-        set.set(c.text);
-        for (const String& string : {c.string, moved, assigned, set}) {
-            EXPECT_STREQ(string.c_str(), c.text);
-            EXPECT_STREQ(string.get(), c.text);
-            EXPECT_EQ(string.empty(), c.empty);
-            EXPECT_EQ(streamed(string), c.text == nullptr ? "" : c.text);
-            EXPECT_EQ(toStdString(string), c.text == nullptr ? "" : c.text);
-            EXPECT_TRUE(string == c.string);
+        set.set(text);
+        String copy(string);
+        const String moved(std::move(copy));
+        for (const String& each : {string, assigned, set, moved}) {
+            std::ostringstream stream;
+            stream << each;
+            EXPECT_STREQ(each.c_str(), text);
+            EXPECT_STREQ(each.get(), text);
+            EXPECT_EQ((std::vector{stream.str(), toStdString(each)}), std::vector(2, shown));
+            EXPECT_EQ(each.empty(), shown.empty());
+            EXPECT_TRUE(each == string);
         }
     }
+    EXPECT_STREQ(String().c_str(), "");
 }
 
 TEST(String, ComparesCharacters) {
-    const String nothing(static_cast<const char*>(nullptr));
-    EXPECT_TRUE(String("abc") == std::string("abc"));
-    EXPECT_TRUE(String("abc") != "abcd");
-    EXPECT_TRUE(String() == "");
-    EXPECT_TRUE(nothing != String()) << "no character data is not the empty text";
+    EXPECT_TRUE(String("abc") != "abcd" && String("abc") == std::string("abc"));
+    EXPECT_TRUE(String(static_cast<const char*>(nullptr)) != "") << "no character data is not the empty text";
 }
 
 TEST(String, OwnsItsCharacters) {
     char text[] = "abc";
     String a(text);
     text[0] = 'x';
-    EXPECT_EQ(a, "abc");
     const String b(a);
     a.set(a.c_str() + 1);
-    EXPECT_EQ(a, "bc");
-    EXPECT_EQ(b, "abc");
     String& alias = a;
     a = alias;
     a = std::move(alias);
-    EXPECT_EQ(a, "bc");
+    EXPECT_EQ((std::vector{a, b}), (std::vector<String>{"bc", "abc"}));
 }
 
 }  // namespace
