@@ -10,9 +10,7 @@ namespace vela::test {
 
 /// A pixel of a cloud: position and the bytes of its colour, red lowest.
 struct Point3 {
-    float x;
-    float y;
-    float z;
+    float x, y, z;
     std::uint32_t color;
 };
 
