@@ -76,7 +76,7 @@ TEST_F(StereoCloudTest, MakesACloudOfTheUsersPair) {
 }
 
 TEST_F(StereoCloudTest, SaysInOneLineWhatIsWrong) {
-    std::istringstream cases(contentOf(TESTS_FOLDER "/examples/stereo_cloud_errors.txt"));
+    std::istringstream cases(contentOf(VELA_TEST_FOLDER "/examples/stereo_cloud_errors.txt"));
     for (std::string options, complaint; std::getline(cases, options) && std::getline(cases, complaint);) {
         EXPECT_EQ(run(options), inFolder("1 stereo_cloud: " + complaint + "\n")) << options;
         EXPECT_EQ(folder_.listing(), "broken.png left.png right.png small.png stderr stdout") << options;

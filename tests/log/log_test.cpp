@@ -24,7 +24,7 @@ TEST(Log, StatementsHaveFixedSourcesAndTexts) {
     for (std::size_t i = 0; i <= static_cast<std::size_t>(LogStatement::SET_SUB_VECTOR4F); ++i) {
         logError(static_cast<LogStatement>(i), "DETAIL");  // left out where the text has no place for it
     }
-    EXPECT_EQ(log.take(), contentOf(TESTS_FOLDER "/log/statements.txt"));
+    EXPECT_EQ(log.take(), contentOf(VELA_TEST_FOLDER "/log/statements.txt"));
 }
 
 TEST(Log, ArgumentsAreTakenByValue) {

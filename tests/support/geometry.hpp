@@ -72,7 +72,7 @@ inline Numbers parsed(const std::string& text) {
 /// Compares a function with the examples of it in a file of tests/geometry, "name: arguments = result".
 template <class Result, class... Arguments>
 void expectExamples(const std::string& file, const std::string& name, Result (*function)(Arguments...)) {
-    std::istringstream lines(contentOf(TESTS_FOLDER "/geometry/" + file));
+    std::istringstream lines(contentOf(VELA_TEST_FOLDER "/geometry/" + file));
     int examples = 0;
     for (std::string line; std::getline(lines, line);) {
         if (line.rfind(name + ":", 0) != 0) continue;

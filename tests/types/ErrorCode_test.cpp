@@ -16,7 +16,7 @@ TEST(ErrorCode, TextsOfAllValues) {
         texts << value << " \"" << code << "\" \"" << toVerbose(code) << "\"\n";
         EXPECT_EQ(errorCode2str(code), toString(code));
     }
-    EXPECT_EQ(texts.str(), contentOf(TESTS_FOLDER "/types/error_codes.txt"));
+    EXPECT_EQ(texts.str(), contentOf(VELA_TEST_FOLDER "/types/error_codes.txt"));
     EXPECT_EQ(toString(fromValue<ERROR_CODE>(0x7FFFFFFF)), "Unknown");
 }
 

@@ -36,7 +36,7 @@ TEST(EnumNames, AreTheOnesThatUsersKnow) {
               OBJECT_TRACKING_STATE::TERMINATE, OBJECT_ACTION_STATE::MOVING, OBJECT_FILTERING_MODE::NMS_3D,
               DETECTION_MODEL::CUSTOM_BOX_OBJECTS, BODY_FORMAT::POSE_34, BODY_PARTS::LEFT_EAR,
               BODY_PARTS_POSE_34::RIGHT_HEEL, OBJECT_CLASS::SPORT, OBJECT_SUBCLASS::SPORTSBALL),
-        contentOf(TESTS_FOLDER "/types/enum_names.txt"));
+        contentOf(VELA_TEST_FOLDER "/types/enum_names.txt"));
 }
 
 TEST(EnumNames, UnitsAreReadFromWordsOfTheirOwn) {
@@ -65,7 +65,7 @@ TEST(ObjectClasses, BothMappingsAgree) {
         }
         text << "\n";
     }
-    EXPECT_EQ(text.str(), contentOf(TESTS_FOLDER "/types/object_classes.txt"));
+    EXPECT_EQ(text.str(), contentOf(VELA_TEST_FOLDER "/types/object_classes.txt"));
     for (const std::int32_t value : {24, -1}) {
         OBJECT_CLASS none{};
         EXPECT_EQ(printedBy([&] { none = getObjectClass(fromValue<OBJECT_SUBCLASS>(value)); }),

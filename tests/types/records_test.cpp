@@ -160,7 +160,7 @@ TEST(ProcessValues, BonesAndExtension) {
     for (const auto& [first, second] : BODY_BONES_POSE_34) {
         text << toValue(first) << " " << toValue(second) << "\n";
     }
-    EXPECT_EQ(text.str(), contentOf(TESTS_FOLDER "/types/bones.txt"));
+    EXPECT_EQ(text.str(), contentOf(VELA_TEST_FOLDER "/types/bones.txt"));
     EXPECT_EQ(INIT_PARAM_EXTENSION, ".yml");
 }
 
