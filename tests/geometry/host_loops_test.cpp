@@ -15,7 +15,10 @@ namespace {
 
 /// Same bits, or both not a number.
 bool same(float a, float b) {
-    return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+    std::uint32_t bits[2];
+    std::memcpy(&bits[0], &a, sizeof a);
+    std::memcpy(&bits[1], &b, sizeof b);
+    return bits[0] == bits[1] || (std::isnan(a) && std::isnan(b));
 }
 
 /// Floats of all kinds; about half of the rows hold tiny ones, such as colours with alpha 0.
@@ -46,11 +49,11 @@ std::vector<float> mixedFloats(std::size_t count, std::mt19937& random) {
 /// lies around and between the rows must stay.
 template <class Pixel, class Op>
 void expectAsPixelByPixel(const Op& op) {
-    constexpr std::size_t CHANNELS = sizeof(Pixel) / sizeof(float);
+    constexpr std::size_t CHANNELS = sizeof(Pixel) / 4;
     constexpr std::uint32_t HEIGHT = 3;
     std::mt19937 random(7);
     for (std::uint32_t width = 0; width <= 70; ++width) {
-        for (const std::size_t padding : {0, 1, 5}) {
+        for (const unsigned padding : {0U, 1U, 5U}) {
             const std::size_t step = (width + padding) * sizeof(Pixel);
             std::vector<float> values = mixedFloats(HEIGHT * step / sizeof(float) + 2 * CHANNELS, random);
             std::vector<float> wanted = values;

@@ -5,6 +5,7 @@
 #include "vela_core/geometry/mat_conversion.hpp"
 #include "vela_core/utils/image_conversion.hpp"
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -128,7 +129,8 @@ inline Operation pixelOperation() {
                 const bool got =
                     transfer("vela::ERROR_CODE vela::Mat::getValue(size_t, size_t, N*, vela::MEM) const");
                 if (set || !got || !buffer->rows) return set && got ? 100 : 0;
-                return std::memcmp(&*(buffer->rows->end() - 4), &pixel, 4) == 0 ? 100 : 0;
+                const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&pixel);
+                return std::equal(bytes, bytes + 4, buffer->rows->end() - 4) ? 100 : 0;
             }};
 }
 
@@ -160,7 +162,7 @@ inline std::vector<Operation> operations() {
          [](ModelMat& m, ModelMat& o, Arg) { return m.ref(o), 0; }},
         {"copy and assign", Op::OTHER,
          [](Mat& m, Mat& o, Arg) {
-             const Mat copy(o);
+             const Mat copy(o);  // NOLINT(performance-unnecessary-copy-initialization): copying is tested
              m = copy;
              return 0;
          },

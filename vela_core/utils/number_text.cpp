@@ -72,8 +72,7 @@ char* writeTinyScientific(char* out, std::uint32_t number) {
         index += number >= first ? 1 : 0;
     }
     const Decade& decade = DECADES[index];
-    // NOLINTNEXTLINE(bugprone-incorrect-roundings): not negative, far below the limit, and std::lround is a
-    // call
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings): never negative, and std::lround is a call
     const auto digits = static_cast<std::uint32_t>(number * decade.scale + 0.5);
     *out++ = static_cast<char>('0' + digits / 1000000);
     *out++ = '.';
