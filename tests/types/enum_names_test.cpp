@@ -3,6 +3,8 @@
 #include "support/ScratchFolder.hpp"
 #include "support/capture.hpp"
 #include "vela_core/types/enum_cast.hpp"
+#include "vela_core/utils/depth_export.hpp"
+#include "vela_core/utils/point_cloud_export.hpp"
 
 #include <stdexcept>
 
@@ -14,7 +16,7 @@ template <class Enum>
 std::string namesUpTo(Enum last) {
     std::ostringstream text;
     for (std::int32_t value = -1; value <= toValue(last) + 1; ++value) {
-        text << value << " \"" << fromValue<Enum>(value) << "\"\n";
+        text << value << " \"" << toString(fromValue<Enum>(value)) << "\"\n";
     }
     return text.str();
 }
@@ -27,16 +29,16 @@ std::string names(Enums... last) {
 TEST(EnumNames, AreTheOnesThatUsersKnow) {
     using Magnetometer = SensorsData::MagnetometerData;
     using Temperature = SensorsData::TemperatureData;
-    EXPECT_EQ(
-        names(MEM::GPU, COPY_TYPE::GPU_CPU, MAT_TYPE::MAT_8S_C4, UNIT::FOOT,
-              COORDINATE_SYSTEM::RIGHT_HANDED_Z_UP_AND_X_FORWARD, MODEL::KITE_3E, INPUT_TYPE::STREAM,
-              CAMERA_STATE::NOT_AVAILABLE, SENSOR_TYPE::BAROMETER, SENSORS_UNIT::HZ,
-              Magnetometer::HEADING_STATE::MAGNETOMETER_NOT_AVAILABLE,
-              SensorsData::CAMERA_MOTION_STATE::FALLING, Temperature::SENSOR_LOCATION::ONBOARD_SECOND,
-              OBJECT_TRACKING_STATE::TERMINATE, OBJECT_ACTION_STATE::MOVING, OBJECT_FILTERING_MODE::NMS_3D,
-              DETECTION_MODEL::CUSTOM_BOX_OBJECTS, BODY_FORMAT::POSE_34, BODY_PARTS::LEFT_EAR,
-              BODY_PARTS_POSE_34::RIGHT_HEEL, OBJECT_CLASS::SPORT, OBJECT_SUBCLASS::SPORTSBALL),
-        contentOf(VELA_TEST_FOLDER "/types/enum_names.txt"));
+    EXPECT_EQ(names(MEM::GPU, COPY_TYPE::GPU_CPU, MAT_TYPE::MAT_8S_C4, UNIT::FOOT,
+                    COORDINATE_SYSTEM::RIGHT_HANDED_Z_UP_AND_X_FORWARD, MODEL::KITE_3E, INPUT_TYPE::STREAM,
+                    CAMERA_STATE::NOT_AVAILABLE, SENSOR_TYPE::BAROMETER, SENSORS_UNIT::HZ,
+                    Magnetometer::HEADING_STATE::MAGNETOMETER_NOT_AVAILABLE,
+                    SensorsData::CAMERA_MOTION_STATE::FALLING, Temperature::SENSOR_LOCATION::ONBOARD_SECOND,
+                    OBJECT_TRACKING_STATE::TERMINATE, OBJECT_ACTION_STATE::MOVING,
+                    OBJECT_FILTERING_MODE::NMS_3D, DETECTION_MODEL::CUSTOM_BOX_OBJECTS, BODY_FORMAT::POSE_34,
+                    BODY_PARTS::LEFT_EAR, BODY_PARTS_POSE_34::RIGHT_HEEL, OBJECT_CLASS::SPORT,
+                    OBJECT_SUBCLASS::SPORTSBALL, VTK, PGM, LOGGER_NAME::CORE),
+              contentOf(VELA_TEST_FOLDER "/types/enum_names.txt"));
 }
 
 TEST(EnumNames, UnitsAreReadFromWordsOfTheirOwn) {
