@@ -15,12 +15,11 @@
 namespace {
 
 using namespace vela;
+using bench::COLUMNS;
 using bench::Comparison;
+using bench::HD;
+using bench::ROWS;
 using bench::Session;
-
-constexpr Resolution HD = {1280, 720};
-constexpr int ROWS = 720;
-constexpr int COLUMNS = 1280;
 
 using Bytes = std::vector<unsigned char>;
 

@@ -17,13 +17,12 @@
 namespace {
 
 using namespace vela;
+using bench::COLUMNS;
 using bench::Comparison;
+using bench::HD;
+using bench::INVALID_SHARE;
+using bench::ROWS;
 using bench::Session;
-
-constexpr Resolution HD = {1280, 720};
-constexpr int ROWS = 720;
-constexpr int COLUMNS = 1280;
-constexpr double INVALID_SHARE = 0.1;
 
 std::string difference(const std::string& path, const std::string& expected) {
     return bench::contentOf(path) == expected ? "" : "the file has other bytes";

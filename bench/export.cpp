@@ -27,10 +27,9 @@ namespace {
 
 using namespace vela;
 using bench::Comparison;
+using bench::HD;
+using bench::INVALID_SHARE;
 using bench::Session;
-
-constexpr Resolution HD = {1280, 720};
-constexpr double INVALID_SHARE = 0.1;
 
 /// A point that is written; peers get these alone and need not look for invalid ones.
 struct Point {

@@ -19,12 +19,12 @@ namespace {
 
 using namespace vela;
 using bench::Comparison;
+using bench::HD;
+using bench::INVALID_SHARE;
 using bench::Lane;
 using bench::Session;
 
-constexpr Resolution HD = {1280, 720};
 constexpr Resolution UHD = {3840, 2160};
-constexpr double INVALID_SHARE = 0.1;
 
 // One rounding of each product or sum, and of the factor.
 constexpr bench::Tolerance ROUNDING = {1e-44, 1e-6};

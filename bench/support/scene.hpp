@@ -7,6 +7,13 @@
 
 namespace vela::bench {
 
+inline constexpr Resolution HD = {1280, 720};
+/// HD as OpenCV counts.
+inline constexpr int ROWS = static_cast<int>(HD.height);
+inline constexpr int COLUMNS = static_cast<int>(HD.width);
+/// Of the points and depths of clouds.
+inline constexpr double INVALID_SHARE = 0.1;
+
 /// What the fourth float of a point holds.
 enum class Lane {
     NORMAL,       ///< a packed colour whose alpha makes it an ordinary float
