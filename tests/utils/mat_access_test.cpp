@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace vela::test {
 namespace {
@@ -89,6 +90,7 @@ TYPED_TEST(MatAccessTest, ReadsAndWritesSinglePixels) {
                                               {MEM_BOTH, nullptr}};
     for (const auto& [side, pointer] : pointers) {
         EXPECT_EQ(window.part.template getPtr<P>(side), pointer);
+        EXPECT_EQ(window.part.template getPtr<const P>(side), pointer);
     }
 }
 
@@ -162,6 +164,24 @@ TEST_F(MatAccessRulesTest, GettingIsCheckedAndSettingIsNot) {
     EXPECT_EQ(Mat().setValue<U>(0, 0, 1), BAD);
     EXPECT_EQ(nowhere.setValue<U>(0, 0, 1), BAD);
     EXPECT_EQ(nowhere.setTo<U>(1), BAD);
+}
+
+TEST(MatSides, AreToldForInitialisedMatsOnly) {
+    U pixel{};
+    const struct {
+        MEM mem;
+        bool host, device;
+    } cases[] = {
+        {MEM::CPU, true, false}, {MEM::GPU, false, true}, {MEM_BOTH, true, true}, {MEM_MANAGED, true, true}};
+    for (const auto& [mem, host, device] : cases) {
+        Mat mat(1, 1, MAT_TYPE::MAT_8U_C1, &pixel, 1, mem);
+        EXPECT_EQ(mat.isOnHost(), host) << toValue(mem);
+        EXPECT_EQ(mat.isOnDevice(), device) << toValue(mem);
+        mat.free();
+        EXPECT_FALSE(mat.isOnHost() || mat.isOnDevice()) << toValue(mem);
+    }
+    EXPECT_FALSE(Mat().isOnHost()) << "though memType starts as CPU";
+    static_assert(noexcept(std::declval<const Mat&>().isOnHost() && std::declval<const Mat&>().isOnDevice()));
 }
 
 }  // namespace

@@ -2,12 +2,14 @@
 
 #include "vela_core/types/ErrorCode.hpp"
 #include "vela_core/types/Memory.hpp"
+#include "vela_core/types/PixelTraits.hpp"
 #include "vela_core/types/Resolution.hpp"
 #include "vela_core/types/String.hpp"
 #include "vela_core/types/Vector.hpp"
 #include "vela_gpu/runtime.hpp"
 
 #include <cstddef>
+#include <type_traits>
 
 namespace vela {
 
@@ -99,7 +101,8 @@ public:
     static void swap(Mat& a, Mat& b);
 
     // The pixel type N of the templates below is one of float, unsigned char, unsigned short, Vector2,
-    // Vector3 and Vector4 of float and of unsigned char, and Vector4<char>. Where it is checked, its size
+    // Vector3 and Vector4 of float and of unsigned char, and Vector4<char>; any other type stops the compiler
+    // with a message that lists them (detail::RequirePixel). Where the pixel is checked at run time, its size
     // must be that of the Mat's pixels: any type of the same size will do, so that four bytes can be set by
     // one packed float. Host pixels are addressed as packed, whatever the step; device pixels by whole pixels
     // of the step.
@@ -107,27 +110,41 @@ public:
     /// Sets every pixel of one side, `CPU` or `GPU`; for both sides call it twice. The device is filled on
     /// the null stream, without waiting. `FAILURE`, without a change, for another `mem`, a side that the Mat
     /// does not have, another pixel size, or a Mat that is not initialised.
-    template <class N>
+    template <class N, class = typename detail::RequirePixel<N>::type>
     ERROR_CODE setTo(N value, MEM mem = MEM::CPU);
 
     /// Sets the pixel (x, y) of one side, `CPU` or `GPU`, on the device by a copy that is complete on return.
     /// Neither bounds nor the pixel size are checked: they are the caller's. `FAILURE` for another `mem`, a
     /// side that the Mat does not have, or a Mat that is not initialised; a failed copy is printed and is
     /// `SUCCESS`.
-    template <class N>
+    template <class N, class = typename detail::RequirePixel<N>::type>
     ERROR_CODE setValue(std::size_t x, std::size_t y, N value, MEM mem = MEM::CPU);
 
     /// Reads the pixel (x, y) of one side, `CPU` or `GPU`, on the device by a copy that is complete on
     /// return. `value` is zeroed first and stays so on failure: for another `mem`, a side that the Mat does
     /// not have, a pixel outside the image, another pixel size, or a Mat that is not initialised. A failed
     /// copy is printed and is `SUCCESS`.
-    template <class N>
+    template <class N, class = typename detail::RequirePixel<N>::type>
     ERROR_CODE getValue(std::size_t x, std::size_t y, N* value, MEM mem = MEM::CPU) const;
 
-    /// The first pixel of one side, `CPU`, `GPU` or `MEM_MANAGED`, unchecked and writable; null for other
-    /// values.
-    template <class N>
-    N* getPtr(MEM mem = MEM::CPU) const;
+    /// The first pixel of one side, `CPU`, `GPU` or `MEM_MANAGED`, unchecked and writable, unless N is const;
+    /// null for other values.
+    template <class N, class = typename detail::RequirePixel<std::remove_const_t<N>>::type>
+    N* getPtr(MEM mem = MEM::CPU) const {
+        if (mem == MEM::CPU) return reinterpret_cast<N*>(ptrCPU);
+        if (mem == MEM::GPU || mem == MEM_MANAGED) return reinterpret_cast<N*>(ptrGPU);
+        return nullptr;
+    }
+
+    /// Whether the Mat is initialised and has a host side: `memType` is `CPU`, `MEM_BOTH` or `MEM_MANAGED`.
+    bool isOnHost() const noexcept {
+        return isInit && (memType == MEM::CPU || memType == MEM_BOTH || memType == MEM_MANAGED);
+    }
+
+    /// Whether the Mat is initialised and has a device side: `memType` is `GPU`, `MEM_BOTH` or `MEM_MANAGED`.
+    bool isOnDevice() const noexcept {
+        return isInit && (memType == MEM::GPU || memType == MEM_BOTH || memType == MEM_MANAGED);
+    }
 
     /// One line that describes the Mat, for logs: its name or, without one, its address, then time stamp,
     /// size, channels, element, sides and ownership, ended by ".\n".

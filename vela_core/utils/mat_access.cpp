@@ -62,7 +62,7 @@ unsigned char* devicePixel(const Mat& mat, std::size_t x, std::size_t y) {
 
 }  // namespace
 
-template <class N>
+template <class N, class>
 ERROR_CODE Mat::setTo(N value, MEM mem) {
     if (!holdsPixelsLike<N>(*this)) return ERROR_CODE::FAILURE;
     if (mem == MEM::CPU && hasHostSide(memType)) {
@@ -80,7 +80,7 @@ ERROR_CODE Mat::setTo(N value, MEM mem) {
     return ERROR_CODE::FAILURE;
 }
 
-template <class N>
+template <class N, class>
 ERROR_CODE Mat::setValue(std::size_t x, std::size_t y, N value, MEM mem) {
     if (!isInit) return ERROR_CODE::FAILURE;
     if (mem == MEM::CPU && hasHostSide(memType)) {
@@ -98,7 +98,7 @@ ERROR_CODE Mat::setValue(std::size_t x, std::size_t y, N value, MEM mem) {
     return ERROR_CODE::FAILURE;
 }
 
-template <class N>
+template <class N, class>
 ERROR_CODE Mat::getValue(std::size_t x, std::size_t y, N* value, MEM mem) const {
     *value = N{};
     // For a width or height of 0 the bound wraps and does not reject.
@@ -118,19 +118,11 @@ ERROR_CODE Mat::getValue(std::size_t x, std::size_t y, N* value, MEM mem) const 
     return ERROR_CODE::FAILURE;
 }
 
-template <class N>
-N* Mat::getPtr(MEM mem) const {
-    if (mem == MEM::CPU) return reinterpret_cast<N*>(ptrCPU);
-    if (mem == MEM::GPU || mem == MEM_MANAGED) return reinterpret_cast<N*>(ptrGPU);
-    return nullptr;
-}
-
 // NOLINTBEGIN(bugprone-macro-parentheses): the argument is a type
-#define VELA_INSTANTIATE_ACCESS(N)                                              \
-    template ERROR_CODE Mat::setTo(N, MEM);                                     \
-    template ERROR_CODE Mat::setValue(std::size_t, std::size_t, N, MEM);        \
-    template ERROR_CODE Mat::getValue(std::size_t, std::size_t, N*, MEM) const; \
-    template N* Mat::getPtr(MEM) const;
+#define VELA_INSTANTIATE_ACCESS(N)                                       \
+    template ERROR_CODE Mat::setTo(N, MEM);                              \
+    template ERROR_CODE Mat::setValue(std::size_t, std::size_t, N, MEM); \
+    template ERROR_CODE Mat::getValue(std::size_t, std::size_t, N*, MEM) const;
 // NOLINTEND(bugprone-macro-parentheses)
 
 VELA_INSTANTIATE_ACCESS(float)
