@@ -4,65 +4,228 @@
 
 #include "support/geometry.hpp"
 
+#include <Eigen/Geometry>
+
+#include <cstddef>
+#include <cstring>
+#include <new>
+
 namespace vela::test {
 namespace {
 
-Orientation normalised(Orientation q) {
-    q.normalise();
-    return q;
+constexpr double DEGREE = 3.14159265358979323846 / 180;
+
+/// What the results are compared with: Eigen in double precision.
+Numbers numbersOfEigen(const Eigen::Matrix3d& matrix) {
+    const Eigen::Matrix<float, 3, 3, Eigen::RowMajor> rows = matrix.cast<float>();
+    return Numbers(rows.data(), rows.data() + rows.size());
+}
+Numbers numbersOfEigen(const Eigen::Vector3d& v) {
+    const Eigen::Vector3f narrow = v.cast<float>();
+    return Numbers(narrow.data(), narrow.data() + narrow.size());
+}
+Numbers numbersOfEigen(const Eigen::Quaterniond& q) {
+    const Eigen::Vector4f narrow = q.coeffs().cast<float>();  // x, y, z, w
+    return Numbers(narrow.data(), narrow.data() + narrow.size());
 }
 
-Vector3<float> setAndRead(const Vector3<float>& angles, bool radian) {
-    Rotation rotation;
-    rotation.setEulerAngles(angles, radian);
-    return rotation.getEulerAngles(radian);
+Eigen::Quaterniond wide(const Orientation& q) {
+    return Eigen::Quaterniond(Eigen::Vector4f(q.ox, q.oy, q.oz, q.ow).cast<double>());
+}
+Eigen::Vector3d wide(const Translation& t) {
+    return Eigen::Vector3f(t.tx, t.ty, t.tz).cast<double>();
+}
+Translation narrow(const Eigen::Vector3d& v) {
+    const Eigen::Vector3f floats = v.cast<float>();
+    return {floats.x(), floats.y(), floats.z()};
 }
 
-TEST(Rotation, FollowsTheExamples) {
-    const char* const file = "Rotation.txt";
-    expectExamples(file, "about axis", [](float a, const Translation& axis) { return Rotation(a, axis); });
-    expectExamples(file, "rotation vector", [](const Rotation& r) { return r.getRotationVector(); });
-    expectExamples(file, "Euler angles", [](const Rotation& r, bool rad) { return r.getEulerAngles(rad); });
-    expectExamples(file, "Euler angles set and read", setAndRead);
+const Translation AXES[] = {{1, 0, 0}, {0, -2, 0}, {0, 0, 0.1F}, {1, -2, 2}, {4, 1, 0.5F}, {-0.3F, 2, 0.9F}};
+constexpr float ANGLES[] = {0, 1e-4F, 0.5F, 1.5F, 2.9F, 3.13F, -2};
+const Vector4<float> QUATERNIONS[] = {{1, 2, 3, 4}, {-0.5F, 0.1F, 0.7F, -0.2F}, {2, -4, 1, 6}, {0, 0, 0, 1}};
+
+// Roots of what rounding leaves of zeros: half of the digits of a float.
+constexpr float ROOT_TOLERANCE = 1e-3F;
+
+TEST(Rotation, TurnsAboutAnAxisOfAnyLength) {
+    for (const Translation& axis : AXES) {
+        for (const float angle : ANGLES) {
+            const Rotation rotation(angle, axis);
+            const Eigen::AngleAxisd wanted(static_cast<double>(angle), wide(axis).normalized());
+            expectNear(numbersOf(rotation), numbersOfEigen(wanted.toRotationMatrix()));
+            // The diagonal to the bit: t times the square of a component.
+            const Translation u = Translation::normalize(axis);
+            const float c = std::cos(angle);
+            for (int i = 0; i < 3; ++i) {
+                EXPECT_EQ(rotation(i, i), c + (1.0F - c) * (u(i) * u(i)));
+            }
+        }
+    }
+    expectNear(Rotation(1, {0, 0, 0}), Rotation() * std::cos(1.0F));
+}
+
+TEST(Rotation, VectorsAreAxisTimesAngle) {
+    for (const Translation& axis : AXES) {
+        for (const float angle : ANGLES) {
+            const Eigen::Vector3d vector = wide(axis).normalized() * static_cast<double>(angle);
+            Rotation rotation;
+            const Translation narrowed = narrow(vector);
+            rotation.setRotationVector({narrowed.tx, narrowed.ty, narrowed.tz});
+            expectNear(rotation, Rotation(angle, axis));
+            expectNear(numbersOf(rotation.getRotationVector()), numbersOfEigen(vector), ROOT_TOLERANCE);
+        }
+    }
     EXPECT_NO_THROW(Rotation(Matrix3f() * NAN).getRotationVector());
 }
 
-TEST(Orientation, FollowsTheExamples) {
-    const char* const file = "Rotation.txt";
-    expectExamples(file, "matrix of quaternion", [](const Orientation& q) { return q.getRotation(); });
-    expectExamples(file, "quaternion of matrix", [](const Rotation& r) { return r.getOrientation(); });
-    expectExamples(file, "product", [](const Orientation& a, const Orientation& b) { return a * b; });
-    expectExamples(file, "normalised quaternion", normalised);
-    expectExamples(file, "normalised", [](const Translation& t) { return Translation::normalize(t); });
-    expectExamples(file, "turned", [](const Translation& t, const Orientation& q) { return t * q; });
-    expectExamples(file, "from direction to direction",
-                   [](const Translation& a, const Translation& b) { return Orientation(a, b); });
+TEST(Orientation, BecomesAMatrixAndBack) {
+    for (const Vector4<float>& components : QUATERNIONS) {
+        const Orientation q(components);
+        const Eigen::Matrix3d wanted = wide(q).normalized().toRotationMatrix();
+        expectNear(numbersOf(q.getRotation()), numbersOfEigen(wanted));
+        expectNear(numbersOf(Rotation(q)), numbersOfEigen(wanted));
+        Rotation rotation;
+        rotation.setOrientation(q);
+        expectNear(numbersOf(rotation), numbersOfEigen(wanted));
+        Eigen::Quaterniond back = wide(q).normalized();
+        if (back.w() < 0) back.coeffs() *= -1;
+        expectNear(numbersOf(rotation.getOrientation()), numbersOfEigen(back));
+        expectNear(numbersOf(Orientation(rotation)), numbersOfEigen(back));
+    }
+    expectNear(numbersOf(Orientation::zeros().getRotation()), Numbers(9, NAN));
+}
+
+TEST(Orientation, TakesSignsFromDifferencesAcrossTheDiagonal) {
+    for (int axis = 0; axis < 3; ++axis) {
+        const int i = (axis + 2) % 3;
+        const int j = (axis + 1) % 3;
+        Rotation halfTurn(Matrix3f() * -1);
+        halfTurn(axis, axis) = 1;
+        for (float& element : halfTurn.m) {
+            element += 0.0F;  // no -0
+        }
+        EXPECT_FALSE(std::signbit(Orientation(halfTurn)(axis)));
+        halfTurn(i, j) = -0.0F;  // -0 - 0 is -0
+        EXPECT_TRUE(std::signbit(Orientation(halfTurn)(axis))) << axis;
+        EXPECT_EQ(std::abs(Orientation(halfTurn)(axis)), 1);
+    }
+    // A negative sum under the root, here that of w, counts as 0, and nothing is normalised.
+    const float half = std::sqrt(0.5F);
+    expectNear(numbersOf(Orientation(Rotation(Matrix3f() * -1))), {half, half, half, 0});
+}
+
+TEST(Orientation, CalculatesAsEigenDoes) {
+    for (const Vector4<float>& a : QUATERNIONS) {
+        for (const Vector4<float>& b : QUATERNIONS) {
+            expectNear(numbersOf(Orientation(a) * b), numbersOfEigen(wide(a) * wide(b)));
+        }
+        Orientation q(a);
+        q.normalise();
+        expectNear(numbersOf(q), numbersOfEigen(wide(a).normalized()));
+        for (const Translation& t : AXES) {
+            // A quaternion that is not of unit length scales by its squared norm.
+            expectNear(
+                numbersOf(t * Orientation(a)),
+                numbersOfEigen(Eigen::Vector3d(wide(a).squaredNorm() * (wide(a).normalized() * wide(t)))));
+            expectNear(numbersOf(Translation::normalize(t)), numbersOfEigen(wide(t).normalized()));
+        }
+    }
+    Orientation zero = Orientation::zeros();
+    zero.normalise();
+    expectNear(numbersOf(zero), Numbers(4, 0.0F), 0.0F);
+    expectNear(Translation::normalize({}), Translation(), 0.0F);
+}
+
+TEST(Orientation, TurnsOneDirectionIntoAnother) {
+    for (const Translation& a : AXES) {
+        for (const Translation& b : AXES) {
+            if (&a == &b) continue;
+            expectNear(numbersOf(Orientation(a, b)),
+                       numbersOfEigen(Eigen::Quaterniond::FromTwoVectors(wide(a), wide(b))));
+        }
+    }
+    expectNear(Orientation({0, 0, 2}, {0, 0, 5}), Orientation());
+    expectNear(Orientation({1, 0, 0}, {-1, 0, 0}), Orientation::zeros());
+    // Rounding leaves some cosines of parallel directions above 1; nothing clamps them.
+    int beyond = 0;
+    for (int i = 0; i < 100; ++i) {
+        const Translation a(1, static_cast<float>(i), 3);
+        beyond += std::isnan(Orientation(a, a).ow) ? 1 : 0;
+    }
+    EXPECT_GT(beyond, 0);
+}
+
+Eigen::Matrix3d matrixOfAngles(const Eigen::Vector3d& radians) {
+    return (Eigen::AngleAxisd(radians.y(), Eigen::Vector3d::UnitY()) *
+            Eigen::AngleAxisd(radians.z(), Eigen::Vector3d::UnitZ()) *
+            Eigen::AngleAxisd(radians.x(), Eigen::Vector3d::UnitX()))
+        .toRotationMatrix();
+}
+
+TEST(Rotation, EulerAnglesTurnAboutXThenZThenY) {
+    for (const float x : {-150.0F, 0.0F, 17.0F}) {
+        for (const float y : {-115.0F, 0.0F, 90.0F, 179.0F}) {
+            for (const float z : {-86.0F, 0.0F, 70.0F, 86.2F}) {
+                const Eigen::Vector3d radians = DEGREE * Eigen::Vector3f(x, y, z).cast<double>();
+                Rotation rotation;
+                rotation.setEulerAngles({x, y, z}, false);
+                expectNear(numbersOf(rotation), numbersOfEigen(matrixOfAngles(radians)));
+                expectNear(numbersOf(rotation.getEulerAngles()), numbersOfEigen(radians), ROOT_TOLERANCE);
+
+                // Degrees are radians times a constant of float precision.
+                const auto degree = static_cast<float>(DEGREE);
+                Rotation fromRadians;
+                fromRadians.setEulerAngles({x * degree, y * degree, z * degree});
+                EXPECT_TRUE(rotation == fromRadians);
+                const Vector3<float> angles = rotation.getEulerAngles(true);
+                const auto perRadian = static_cast<float>(1 / DEGREE);
+                EXPECT_EQ(rotation.getEulerAngles(false),
+                          Vector3<float>(angles.x * perRadian, angles.y * perRadian, angles.z * perRadian));
+            }
+        }
+    }
+}
+
+TEST(Rotation, EulerAnglesNearThePolesHaveNoTurnAboutX) {
+    // Beyond |sin(rz)| / 2 = 0.499, at 86.38 degrees, rz is taken for 90.
+    for (const float z : {86.5F, 87.5F, 89.0F, 90.0F}) {
+        for (const float sign : {1.0F, -1.0F}) {
+            // A turn about X shows as one about Y, in the same or the opposite sense.
+            for (const auto& [turned, seen] : {std::pair(Vector3<float>(0, 30, sign * z), 30.0F),
+                                               std::pair(Vector3<float>(30, 0, sign * z), sign * 30)}) {
+                Rotation rotation;
+                rotation.setEulerAngles(turned, false);
+                const Vector3<float> radians = rotation.getEulerAngles();
+                EXPECT_EQ(radians.x, 0);
+                EXPECT_EQ(radians.z, sign * static_cast<float>(90 * DEGREE));
+                EXPECT_NEAR(rotation.getEulerAngles(false).y, seen, z == 90 ? 0.1F : 2.0F);
+            }
+        }
+    }
 }
 
 TEST(Transform, RepresentationsAgreeAndLeaveTheRest) {
     for (const float x : {-3.0F, 0.0F, 1e-4F, 2.0F}) {
         for (const float y : {-2.5F, 0.0F, 0.7F}) {
             for (const float z : {-1.3F, 0.0F, 0.4F}) {
-                // A quaternion holds roots of what rounding leaves of zeros.
-                constexpr float TOLERANCE = 1e-3F;
                 const Rotation r = Rotation(y, {0, 1, 0}) * Rotation(z, {0, 0, 1}) * Rotation(x, {1, 0, 0});
                 Transform t;
                 t.setEulerAngles({x, y, z});
                 t.setTranslation({1, 2, 3});
                 expectNear(t, Transform(r, Translation(1, 2, 3)));
-                expectNear(t, Transform(t.getOrientation(), t.getTranslation()), TOLERANCE);
-                expectNear(t.getEulerAngles(), {x, y, z}, TOLERANCE);
+                expectNear(t, Transform(t.getOrientation(), t.getTranslation()), ROOT_TOLERANCE);
+                expectNear(t.getEulerAngles(), {x, y, z}, ROOT_TOLERANCE);
                 t.m[12] = 4;
                 const Transform wanted(t);
                 t.setRotation(Rotation());
                 t.setOrientation(wanted.getOrientation());
-                expectNear(t, wanted, TOLERANCE);
+                expectNear(t, wanted, ROOT_TOLERANCE);
                 t.setRotation(Rotation());
                 t.setRotationVector(wanted.getRotationVector());
-                expectNear(t, wanted, TOLERANCE);
+                expectNear(t, wanted, ROOT_TOLERANCE);
                 t.setRotation(Rotation());
                 t.setEulerAngles(wanted.getEulerAngles(false), false);
-                expectNear(t, wanted, TOLERANCE);
+                expectNear(t, wanted, ROOT_TOLERANCE);
             }
         }
     }
@@ -71,8 +234,15 @@ TEST(Transform, RepresentationsAgreeAndLeaveTheRest) {
 TEST(Orientation, HoldsComponentsInOrder) {
     Orientation q(Vector4<float>(1, 2, 3, 4));
     Translation t(Vector3<float>(5, 6, 7));
-    EXPECT_EQ((std::vector{&q(0), &q(1), &q(2), &q(3)}), (std::vector{&q.ox, &q.oy, &q.oz, &q.ow}));
-    EXPECT_EQ((std::vector{&t(0), &t(1), &t(2)}), (std::vector{&t.tx, &t.ty, &t.tz}));
+    const Orientation& sameQ = q;
+    const Translation& sameT = t;
+    float* const wanted[] = {&q.ox, &q.oy, &q.oz, &q.ow, &t.tx, &t.ty, &t.tz};
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(&q(i), wanted[i]);
+        EXPECT_EQ(&sameQ(i), wanted[i]);
+        EXPECT_EQ(i < 3 ? &t(i) : nullptr, i < 3 ? wanted[4 + i] : nullptr);
+        EXPECT_EQ(i < 3 ? &sameT(i) : nullptr, i < 3 ? wanted[4 + i] : nullptr);
+    }
     expectNear(numbersOf(q), {1, 2, 3, 4}, 0.0F);
     expectNear(numbersOf(t), {5, 6, 7}, 0.0F);
     q.setZeros();
@@ -82,26 +252,45 @@ TEST(Orientation, HoldsComponentsInOrder) {
 }
 
 TEST(Pose, CopiesWhatBelongsToTheMotion) {
-    const auto stampOf = [](const Pose& pose) {
-        return std::tuple(pose.timestamp, pose.confidence, pose.valid, pose.twist[5]);
+    const auto membersOf = [](const Pose& pose) {
+        return std::tuple(pose.timestamp, pose.confidence, pose.valid, pose.pose_covariance[35],
+                          pose.twist[5]);
     };
+    constexpr unsigned long long STAMP = 0x123456789ABCDEF0;
     const Transform transform(Rotation(1, {1, 2, 3}), Translation(4, 5, 6));
-    Pose pose(transform, 5, 80);
-    EXPECT_EQ(stampOf(Pose()), std::tuple(0U, 0, false, 0.0F));
-    EXPECT_EQ(stampOf(pose), std::tuple(5U, 80, false, 0.0F)) << "only its producer makes it valid";
+    Pose pose(transform, STAMP, 80);
+    EXPECT_EQ(membersOf(Pose()), std::tuple(0U, 0, false, 0.0F, 0.0F));
+    EXPECT_EQ(membersOf(pose), std::tuple(STAMP, 80, false, 0.0F, 0.0F))
+        << "only its producer makes it valid";
     pose.valid = true;
     Pose assigned;
-    pose.twist[5] = assigned.twist[5] = 1;
+    for (Pose* const p : {&pose, &assigned}) {
+        p->pose_covariance[35] = p->twist[5] = 1;
+    }
     assigned = pose;
-    EXPECT_EQ(stampOf(assigned), std::tuple(5U, 80, true, 0.0F));
+    EXPECT_EQ(membersOf(assigned), std::tuple(STAMP, 80, true, 0.0F, 0.0F));
     expectNear(assigned.getRotation(), transform.getRotation(), 0.0F);
     const Pose copy(pose);
-    EXPECT_EQ(stampOf(copy), std::tuple(5U, 80, true, 0.0F));
+    EXPECT_EQ(membersOf(copy), std::tuple(STAMP, 80, true, 0.0F, 0.0F));
     expectNear(copy.getRotation(), transform.getRotation(), 0.0F);
     expectNear(copy.getTranslation(), transform.getTranslation(), 0.0F);
     expectNear(copy.getOrientation(), transform.getOrientation(), 0.0F);
     expectNear(copy.getRotationVector(), transform.getRotationVector(), 0.0F);
+    expectNear(copy.getEulerAngles(), transform.getEulerAngles(true), 0.0F);
     expectNear(copy.getEulerAngles(false), transform.getEulerAngles(false), 0.0F);
+}
+
+TEST(Pose, LeavesAnInvalidIdentityBehind) {
+    alignas(Pose) std::byte memory[sizeof(Pose)];
+    auto* const pose = new (memory) Pose(Transform(Rotation(1, {1, 2, 3}), Translation(4, 5, 6)), 5, 80);
+    pose->valid = true;
+    const auto transformAt = reinterpret_cast<const std::byte*>(pose->transform.m) - memory;
+    const auto validAt = reinterpret_cast<const std::byte*>(&pose->valid) - memory;
+    pose->~Pose();
+    float left[16];
+    std::memcpy(left, memory + transformAt, sizeof left);
+    expectNear(Matrix4f(left), Matrix4f(), 0.0F);
+    EXPECT_EQ(memory[validAt], std::byte{0});
 }
 
 }  // namespace

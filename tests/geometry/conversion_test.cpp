@@ -3,97 +3,185 @@
 #include "support/geometry.hpp"
 #include "vela_core/types/enum_cast.hpp"
 
+#include <Eigen/Geometry>
+
 #include <cmath>
+#include <cstring>
 
 namespace vela::test {
 namespace {
 
 using Frame = COORDINATE_SYSTEM;
+using EigenMatrix3 = Eigen::Matrix<float, 3, 3, Eigen::RowMajor>;
+
+constexpr std::int32_t FRAMES = 6;
+constexpr std::int32_t UNITS = 5;
 
 Frame frame(std::int32_t value) {
     return fromValue<Frame>(value);
+}
+UNIT unit(std::int32_t value) {
+    return fromValue<UNIT>(value);
 }
 
 /// Any rigid motion.
 const Transform MOTION(Rotation(2.5F, {1, -2, 2}), Translation(1, -2, 3));
 
-Translation convertedPoint(Frame from, Frame to, const Vector3<float>& p) {
-    const Matrix4f product = getCoordinateTransformConversion4f(from, to) * Vector4<float>(p.x, p.y, p.z, 1);
-    return {product(0, 0), product(1, 0), product(2, 0)};
+TEST(CoordinateSystem, MapsPointsOfTheCamera) {
+    // 1 to the right, 2 down and 3 ahead, in each of the conventions.
+    const Vector3<float> wanted[FRAMES] = {{1, 2, 3},  {1, -2, 3}, {1, -2, -3},
+                                           {1, 3, -2}, {3, 1, -2}, {3, -1, -2}};
+    for (std::int32_t from = -1; from <= FRAMES; ++from) {
+        for (std::int32_t to = -1; to <= FRAMES; ++to) {
+            const auto pointIn = [&](std::int32_t system) {
+                return wanted[system < 0 || system >= FRAMES ? 0 : system];  // no convention counts as IMAGE
+            };
+            const Vector3<float> p = pointIn(from);
+            const Matrix4f seen =
+                getCoordinateTransformConversion4f(frame(from), frame(to)) * Vector4<float>(p.x, p.y, p.z, 1);
+            EXPECT_EQ(Vector3<float>(seen(0, 0), seen(1, 0), seen(2, 0)), pointIn(to)) << from << " " << to;
+        }
+    }
 }
 
-Transform withConvertedUnit(Transform transform, UNIT from, UNIT to) {
-    EXPECT_EQ(convertUnit(transform, from, to), ERROR_CODE::SUCCESS);
-    return transform;
+TEST(CoordinateSystem, ChangesTheBasisAndKeepsTheLabel) {
+    for (std::int32_t from = 0; from < FRAMES; ++from) {
+        for (std::int32_t to = 0; to < FRAMES; ++to) {
+            const Matrix4f k = getCoordinateTransformConversion4f(frame(from), frame(to));
+            expectNear(k,
+                       Transform(getCoordinateTransformConversion3f(frame(from), frame(to)), Translation()));
+            // Moving a point and then changing its frame is changing its frame and then moving it.
+            Transform converted(MOTION);
+            converted.label = "motion";
+            EXPECT_EQ(convertCoordinateSystem(converted, frame(from), frame(to)), ERROR_CODE::SUCCESS);
+            expectNear(converted * k, k * MOTION);
+            EXPECT_EQ(converted.label, "motion");
+        }
+    }
 }
 
+TEST(Units, ScaleByTheQuotientOfMillimetres) {
+    const float millimetres[UNITS] = {1, 10, 1000, 25.4F, 304.8F};
+    for (std::int32_t from = 0; from < UNITS; ++from) {
+        EXPECT_EQ(getScaleMillimeter(unit(from)), millimetres[from]);
+        for (std::int32_t to = 0; to < UNITS; ++to) {
+            const float scale = getUnitScale(unit(from), unit(to));
+            EXPECT_EQ(scale, millimetres[from] / millimetres[to]) << "one rounding";
+            Transform t(MOTION);
+            t.m[12] = 5;
+            Transform wanted(t);
+            wanted.setTranslation({scale, -2 * scale, 3 * scale});
+            EXPECT_EQ(convertUnit(t, unit(from), unit(to)), ERROR_CODE::SUCCESS);
+            expectNear(t, wanted, 0.0F);
+        }
+    }
+    EXPECT_EQ(getScaleMillimeter(unit(-1)), 1);
+    EXPECT_EQ(getScaleMillimeter(unit(UNITS)), 1);
+}
+
+TEST(Conversion, RefusesWhatIsPastTheLastAndNothingElse) {
+    const auto expectStatus = [](ERROR_CODE wanted, std::int32_t count, auto convert) {
+        const struct {
+            std::int32_t from, to;
+            bool refused;
+        } cases[] = {
+            {count, count, false}, {count, 0, true}, {0, count, true}, {-1, 100, true}, {-1, 0, false}};
+        for (const auto& [from, to, refused] : cases) {
+            Transform t(MOTION);
+            EXPECT_EQ(convert(t, from, to), refused ? wanted : ERROR_CODE::SUCCESS) << from << " " << to;
+            expectNear(t, MOTION, 0.0F);
+        }
+    };
+    expectStatus(ERROR_CODE::INVALID_COORDINATE_SYSTEM, FRAMES, [](Transform& t, auto from, auto to) {
+        return convertCoordinateSystem(t, frame(from), frame(to));
+    });
+    expectStatus(ERROR_CODE::INVALID_FUNCTION_PARAMETERS, UNITS,
+                 [](Transform& t, auto from, auto to) { return convertUnit(t, unit(from), unit(to)); });
+    Transform t(MOTION);
+    EXPECT_EQ(removeYaw(t, frame(FRAMES)), ERROR_CODE::INVALID_COORDINATE_SYSTEM);
+    expectNear(t, MOTION, 0.0F);
+}
+
+TEST(Gravity, RotatesTheReferenceOntoTheMeasuredDirection) {
+    const Vector3<float> directions[] = {{5, 0, 0}, {1, 2, -3}, {-4, 1, 2}, {0, 0.1F, 7}};
+    // The last is not of unit length; nothing normalises it.
+    for (const Vector3<float>& reference : {Vector3<float>{0, 1, 0}, {0.6F, 0, -0.8F}, {2, 0, 1}}) {
+        const Eigen::Vector3d r = Eigen::Vector3f(reference.x, reference.y, reference.z).cast<double>();
+        for (const Vector3<float>& gravity : directions) {
+            const Eigen::Vector3d u =
+                Eigen::Vector3f(gravity.x, gravity.y, gravity.z).cast<double>().normalized();
+            const Eigen::Vector3d v = u.cross(r);
+            Eigen::Matrix3d s;
+            s << 0, -v.z(), v.y(), v.z(), 0, -v.x(), -v.y(), v.x(), 0;
+            const Eigen::Matrix3d wanted =
+                Eigen::Matrix3d::Identity() - s + s * s * ((1 - u.dot(r)) / v.squaredNorm());
+            const EigenMatrix3 rows = wanted.cast<float>();
+            const Rotation seen = computeRotationMatrixFromGravity(gravity, reference);
+            expectNear(numbersOf(seen), Numbers(rows.data(), rows.data() + 9));
+            if (reference.x < 1) {
+                EXPECT_LT((wanted * r - u).norm(), 1e-6);
+            }
+        }
+    }
+    for (const float element : computeRotationMatrixFromGravity({0, 5, 0}, {0, 1, 0}).m) {
+        EXPECT_FALSE(std::isfinite(element)) << "parallel directions";
+    }
+}
+
+/// What is left of a rotation in the IMAGE frame.
 Rotation withoutYaw(const Rotation& rotation) {
     Transform transform(rotation, Translation());
     EXPECT_EQ(removeYaw(transform, Frame::IMAGE), ERROR_CODE::SUCCESS);
     return transform.getRotation();
 }
 
-/// The status of a conversion that changes nothing.
-template <class Enum, ERROR_CODE (*convert)(Transform&, Enum, Enum)>
-ERROR_CODE statusWithoutChange(Enum from, Enum to) {
-    Transform t(MOTION);
-    const ERROR_CODE status = convert(t, from, to);
-    expectNear(t, MOTION, 0.0F);
-    return status;
-}
-
-TEST(Conversion, FollowsTheExamples) {
-    const char* const file = "conversion.txt";
-    expectExamples(file, "point", convertedPoint);
-    expectExamples(file, "status of frames", statusWithoutChange<Frame, convertCoordinateSystem>);
-    expectExamples(file, "unit scale", getUnitScale);
-    expectExamples(file, "millimetres", [](UNIT unit) { return getScaleMillimeter(unit); });
-    expectExamples(file, "unit of transform", withConvertedUnit);
-    expectExamples(file, "status of units", statusWithoutChange<UNIT, convertUnit>);
-    expectExamples(file, "from gravity", computeRotationMatrixFromGravity);
-    expectExamples(file, "without yaw", withoutYaw);
-}
-
-TEST(CoordinateSystem, ChangesTheBasis) {
-    for (std::int32_t from = 0; from < 6; ++from) {
-        for (std::int32_t to = 0; to < 6; ++to) {
-            const Matrix4f k = getCoordinateTransformConversion4f(frame(from), frame(to));
-            expectNear(k,
-                       Transform(getCoordinateTransformConversion3f(frame(from), frame(to)), Translation()));
-            expectNear(k * getCoordinateTransformConversion4f(Frame::IMAGE, frame(from)),
-                       getCoordinateTransformConversion4f(Frame::IMAGE, frame(to)), 0.0F);
-            // Moving a point and then changing its frame is changing its frame and then moving it.
-            Transform converted(MOTION);
-            EXPECT_EQ(convertCoordinateSystem(converted, frame(from), frame(to)), ERROR_CODE::SUCCESS);
-            expectNear(converted * k, k * MOTION);
+TEST(RemoveYaw, FacesForwardByTheAxisThatTellsTheHeading) {
+    // Forward tells it up to a vertical component of 0.8, at a pitch of 53.13 degrees; beyond, the axis down.
+    for (const float pitch : {-89.9F, -70.0F, -53.5F, -52.8F, 0.0F, 30.0F, 52.8F, 53.5F, 89.9F}) {
+        for (const float yaw : {-170.0F, -30.0F, 0.0F, 100.0F}) {
+            for (const float roll : {0.0F, 20.0F, -60.0F}) {
+                constexpr float DEGREE = 0.0174532924F;
+                const Rotation rotation = Rotation(yaw * DEGREE, {0, 1, 0}) *
+                                          Rotation(pitch * DEGREE, {1, 0, 0}) *
+                                          Rotation(roll * DEGREE, {0, 0, 1});
+                const Rotation level = withoutYaw(rotation);
+                SCOPED_TRACE(testing::Message() << pitch << " " << yaw << " " << roll);
+                for (int column = 0; column < 3; ++column) {
+                    EXPECT_NEAR(level(1, column), rotation(1, column), 1e-6F) << "pitch and roll stay";
+                }
+                expectNear(level * Matrix3f::transpose(level), Matrix3f());
+                const float up = rotation(1, 2);
+                const bool steep = std::abs(up) > 0.8F;
+                const float side = steep ? level(0, 1) : level(0, 2);
+                const float ahead = steep ? (up > 0 ? -level(2, 1) : level(2, 1)) : level(2, 2);
+                EXPECT_NEAR(side, 0, 1e-6F);
+                EXPECT_GT(ahead, 0);
+                expectNear(withoutYaw(level), level);
+            }
         }
     }
+    expectNear(withoutYaw(Rotation(Matrix3f::zeros())), Rotation(Matrix3f::zeros()), 0.0F);
 }
 
 TEST(RemoveYaw, TurnsAboutTheVerticalOfEveryConvention) {
-    for (std::int32_t system = -1; system < 6; ++system) {
+    for (std::int32_t system = -1; system < FRAMES; ++system) {
         for (const float pitch : {0.4F, -1.2F}) {
             const Rotation tilted = Rotation(0.7F, {0, 1, 0}) * Rotation(pitch, {1, 0, 0});
             Transform wanted(withoutYaw(tilted), Translation());
             Transform t(tilted, Translation());
             convertCoordinateSystem(wanted, Frame::IMAGE, frame(system));
             convertCoordinateSystem(t, Frame::IMAGE, frame(system));
-            t.setTranslation({1, -0.0F, 3});
-            t.m[12] = 5;
-            Transform level(t);
-            EXPECT_EQ(removeYaw(level, frame(system)), ERROR_CODE::SUCCESS);
-            expectNear(level.getRotation(), wanted.getRotation());
-            level.setRotation(t.getRotation());
-            expectNear(level, t, 0.0F);
-            EXPECT_TRUE(std::signbit(level.m[7])) << "the rest keeps its bits";
+            for (const float x : {1.0F, INFINITY, NAN}) {
+                t.setTranslation({x, -0.0F, 3});
+                t.m[12] = x;
+                Transform level(t);
+                EXPECT_EQ(removeYaw(level, frame(system)), ERROR_CODE::SUCCESS);
+                expectNear(level.getRotation(), wanted.getRotation());
+                level.setRotation(t.getRotation());
+                EXPECT_EQ(std::memcmp(level.m, t.m, sizeof t.m), 0) << "the rest keeps its bits";
+            }
         }
     }
-}
-
-TEST(RemoveYaw, RefusesUnknownConventions) {
-    Transform t(MOTION);
-    EXPECT_EQ(removeYaw(t, frame(6)), ERROR_CODE::INVALID_COORDINATE_SYSTEM);
-    expectNear(t, MOTION, 0.0F);
 }
 
 }  // namespace

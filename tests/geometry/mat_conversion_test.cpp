@@ -2,7 +2,6 @@
 
 #include "support/device.hpp"
 #include "support/geometry.hpp"
-#include "vela_core/geometry/conversion.hpp"
 #include "vela_core/types/enum_cast.hpp"
 
 #include <algorithm>
@@ -48,13 +47,13 @@ Numbers converted(Numbers values, std::size_t channels, MEM mem) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (mem == MEM::CPU || channels != 4 || i % 4 != 3) values[i] *= 100.0F;
     }
-    const Matrix3f k = getCoordinateTransformConversion3f(Frame::IMAGE, TO);
+    constexpr float K[3][3] = {{0, 0, 1}, {-1, 0, 0}, {0, -1, 0}};
     for (std::size_t i = 0; channels > 1 && i < values.size(); i += channels) {
         const Vector3<float> p(values[i], values[i + 1], values[i + 2]);
-        for (int row = 0; row < 3; ++row) {
-            const float sum = k(row, 0) * p.x + k(row, 1) * p.y + k(row, 2) * p.z;
+        for (std::size_t row = 0; row < 3; ++row) {
+            const float sum = K[row][0] * p.x + K[row][1] * p.y + K[row][2] * p.z;
             // The larger matrix has a column of zeros, which makes 0 of -0.
-            values[i + static_cast<std::size_t>(row)] = channels == 4 ? sum + 0.0F : sum;
+            values[i + row] = channels == 4 ? sum + 0.0F : sum;
         }
     }
     return values;
@@ -87,18 +86,42 @@ TEST_F(MatConversionTest, AppliesTheFormulasAsTheyStand) {
     }
 }
 
-/// The status of a conversion that leaves the Mat as it is.
+/// Expects a status of a conversion, which leaves the Mat as it is.
 template <class Enum, ERROR_CODE (*convert)(Mat&, Enum, Enum, MEM)>
-ERROR_CODE statusWithoutChange(MAT_TYPE type, Enum from, Enum to, MEM mem) {
+void expectStatus(ERROR_CODE wanted, MAT_TYPE type, std::int32_t from, std::int32_t to, MEM mem) {
     Mat mat = filled(4, 2, type, MEM::CPU);
-    const ERROR_CODE status = convert(mat, from, to, mem);
+    EXPECT_EQ(convert(mat, fromValue<Enum>(from), fromValue<Enum>(to), mem), wanted) << from << " " << to;
     EXPECT_EQ(load(mat, MEM::CPU), pattern(packedSize(mat)));
-    return status;
 }
 
-TEST_F(MatConversionTest, ChecksComeInOrder) {
-    expectExamples("mat_conversion.txt", "units", statusWithoutChange<UNIT, convertUnit>);
-    expectExamples("mat_conversion.txt", "frames", statusWithoutChange<Frame, convertCoordinateSystem>);
+/// The checks in their order, for an enumeration with values below `count`.
+template <class Enum, ERROR_CODE (*convert)(Mat&, Enum, Enum, MEM)>
+void expectChecks(MAT_TYPE type, bool accepted, std::int32_t count, ERROR_CODE pastTheLast) {
+    SCOPED_TRACE(testing::Message() << "type " << toValue(type) << ", " << count << " values");
+    const ERROR_CODE unlessRefused = accepted ? ERROR_CODE::SUCCESS : ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
+    // Equal values come first, whatever they are.
+    expectStatus<Enum, convert>(ERROR_CODE::SUCCESS, type, 99, 99, MEM::CPU);
+    // Then the check against the last value, which is signed; before the type.
+    for (const auto& [from, to] : {std::pair(count, 0), std::pair(0, count), std::pair(-1, count)}) {
+        expectStatus<Enum, convert>(pastTheLast, type, from, to, MEM::CPU);
+    }
+    // Negative values count as the first, so accepted types are converted to what they are.
+    expectStatus<Enum, convert>(unlessRefused, type, -1, 0, MEM::CPU);
+    // Then the type; a side that is none is no failure, and no work.
+    for (const std::int32_t side : {0, 4}) {
+        expectStatus<Enum, convert>(unlessRefused, type, 0, 1, fromValue<MEM>(side));
+    }
+    if (!accepted) expectStatus<Enum, convert>(unlessRefused, type, 0, 1, MEM::CPU);
+}
+
+TEST_F(MatConversionTest, ChecksValuesThenTypeThenSide) {
+    for (std::int32_t value = 0; value <= toValue(MAT_TYPE::MAT_8S_C4) + 1; ++value) {
+        const auto type = fromValue<MAT_TYPE>(value);
+        const bool isPoint = type == MAT_TYPE::MAT_32F_C3 || type == MAT_TYPE::MAT_32F_C4;
+        expectChecks<UNIT, convertUnit>(type, isPoint || type == MAT_TYPE::MAT_32F_C1, 5,
+                                        ERROR_CODE::INVALID_FUNCTION_PARAMETERS);
+        expectChecks<Frame, convertCoordinateSystem>(type, isPoint, 6, ERROR_CODE::INVALID_COORDINATE_SYSTEM);
+    }
 }
 
 }  // namespace

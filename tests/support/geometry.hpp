@@ -1,11 +1,12 @@
 #pragma once
 
-#include "support/ScratchFolder.hpp"
 #include "vela_core/geometry/Transform.hpp"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace vela::test {
@@ -33,20 +34,6 @@ Numbers numbersOf(T value) {
     }
 }
 
-/// The value that the next numbers are.
-template <class T>
-T take(const float*& next) {
-    if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>) {
-        return static_cast<T>(*next++);
-    } else {
-        T value;
-        const auto [floats, count] = floatsOf(value);
-        std::copy_n(next, count, floats);
-        next += count;
-        return value;
-    }
-}
-
 /// Equal up to the rounding of some dozen float operations; NaN is near NaN alone.
 inline void expectNear(const Numbers& seen, const Numbers& wanted, float tolerance = 1e-5F) {
     const auto near = [=](float x, float y) {
@@ -58,39 +45,6 @@ inline void expectNear(const Numbers& seen, const Numbers& wanted, float toleran
 template <class Seen, class Wanted = Seen>
 void expectNear(const Seen& seen, const Wanted& wanted, float tolerance = 1e-5F) {
     expectNear(numbersOf(seen), numbersOf(wanted), tolerance);
-}
-
-inline Numbers parsed(const std::string& text) {
-    std::istringstream words(text);
-    Numbers numbers;
-    for (std::string word; words >> word;) {
-        numbers.push_back(std::stof(word));
-    }
-    return numbers;
-}
-
-/// Compares a function with the examples of it in a file of tests/geometry, "name: arguments = result".
-template <class Result, class... Arguments>
-void expectExamples(const std::string& file, const std::string& name, Result (*function)(Arguments...)) {
-    std::istringstream lines(contentOf(VELA_TEST_FOLDER "/geometry/" + file));
-    int examples = 0;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.rfind(name + ":", 0) != 0) continue;
-        SCOPED_TRACE(line);
-        const std::size_t colon = name.size();
-        const std::size_t equals = line.find('=');
-        const Numbers arguments = parsed(line.substr(colon + 1, equals - colon - 1));
-        const float* next = arguments.data();
-        const std::tuple<std::decay_t<Arguments>...> values{take<std::decay_t<Arguments>>(next)...};
-        EXPECT_EQ(next, arguments.data() + arguments.size());
-        expectNear(numbersOf(std::apply(function, values)), parsed(line.substr(equals + 1)));
-        ++examples;
-    }
-    EXPECT_GT(examples, 0) << name;
-}
-template <class Lambda>
-void expectExamples(const std::string& file, const std::string& name, Lambda lambda) {
-    expectExamples(file, name, +lambda);
 }
 
 }  // namespace vela::test

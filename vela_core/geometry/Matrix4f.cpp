@@ -2,6 +2,7 @@
 
 #include "vela_core/log/statements.hpp"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -11,28 +12,33 @@ namespace {
 /// Four floats that are added and multiplied at once.
 using Lanes = float __attribute__((vector_size(16)));
 
-/// The transposed matrix of cofactors, by Laplace expansion along pairs of rows: each cofactor is a sum of
-/// three elements times 2 x 2 minors of the two rows that it has whole or not at all.
-void computeAdjugate(const float (&c)[16], float (&adjugate)[16]) {
-    Lanes s[4];      // rows 1, 0, 3, 2: what minors are multiplied with, with the signs of cofactors
-    Lanes upper[4];  // the first row of the pair: 2 for the cofactors of rows 0 and 1, else 0
-    Lanes lower[4];  // the second
+struct Adjugate {
+    Lanes rows[4];
+};
+
+/// The transposed matrix of cofactors. Each is the sum of the six signed products of its 3 x 3 minor, from
+/// left to right, never by way of 2 x 2 minors: how the sum rounds decides whether a singular matrix is
+/// reported.
+Adjugate adjugateOf(const float (&c)[16]) {
+    // Lane i makes the cofactors of row i: the minor has the three other rows, here column by column.
+    Lanes first[4];
+    Lanes second[4];
+    Lanes third[4];
     for (int j = 0; j < 4; ++j) {
-        s[j] = Lanes{c[4 + j], -c[j], c[12 + j], -c[8 + j]};
-        upper[j] = Lanes{c[8 + j], c[8 + j], c[j], c[j]};
-        lower[j] = Lanes{c[12 + j], c[12 + j], c[4 + j], c[4 + j]};
+        first[j] = Lanes{c[4 + j], c[j], c[j], c[j]};
+        second[j] = Lanes{c[8 + j], c[8 + j], c[4 + j], c[4 + j]};
+        third[j] = Lanes{c[12 + j], c[12 + j], c[12 + j], c[8 + j]};
     }
-    const auto minorOf = [&](int i, int j) { return upper[i] * lower[j] - lower[i] * upper[j]; };
-    const Lanes m01 = minorOf(0, 1), m02 = minorOf(0, 2), m03 = minorOf(0, 3);
-    const Lanes m12 = minorOf(1, 2), m13 = minorOf(1, 3), m23 = minorOf(2, 3);
-    Lanes rows[4] = {s[1] * m23 - s[2] * m13 + s[3] * m12, s[2] * m03 - s[0] * m23 - s[3] * m02,
-                     s[0] * m13 - s[1] * m03 + s[3] * m01, s[1] * m02 - s[0] * m12 - s[2] * m01};
-    // Sums whose terms cancel are +0 in any order; adding 0 makes it so for sums of zeros, too, so that the
-    // infinities of singular matrices do not depend on how the sums are formed.
-    for (Lanes& sums : rows) {
-        sums += 0.0F;
-    }
-    std::memcpy(adjugate, rows, sizeof rows);
+    const auto cofactors = [&](Lanes signs, int j, int k, int l) {
+        const Lanes a = signs * first[j];
+        const Lanes b = signs * second[j];
+        const Lanes d = signs * third[j];
+        return a * second[k] * third[l] - a * second[l] * third[k] - b * first[k] * third[l] +
+               b * first[l] * third[k] + d * first[k] * second[l] - d * first[l] * second[k];
+    };
+    const Lanes even = {1, -1, 1, -1};
+    return {{cofactors(even, 1, 2, 3), cofactors(-even, 0, 2, 3), cofactors(even, 0, 1, 3),
+             cofactors(-even, 0, 1, 2)}};
 }
 
 ERROR_CODE invalidParameters(LogStatement statement) {
@@ -56,18 +62,20 @@ Matrix4f Matrix4f::operator*(const Vector4<float>& v) const {
 }
 
 ERROR_CODE Matrix4f::inverse() {
-    float a[16];
-    computeAdjugate(m, a);
-    const float gate = m[1] * m[1] + m[0] * a[0] + m[2] * m[2] + m[3] * m[3];
+    Adjugate a = adjugateOf(m);
+    const float gate = m[1] * m[1] + m[0] * a.rows[0][0] + m[2] * m[2] + m[3] * m[3];
     if (gate == 0.0F) {
-        for (const int i : {0, 4, 8, 12}) {
-            m[i] = a[i];
+        for (int i = 0; i < 4; ++i) {
+            m[4 * i] = a.rows[i][0];
         }
         return ERROR_CODE::FAILURE;
     }
-    const float divisor = a[15];
-    a[14] = m[14];  // for a rigid transform 0, as its adjugate entry is
-    std::transform(a, a + 16, m, [=](float element) { return element / divisor; });
+    const float divisor = a.rows[3][3];
+    a.rows[3][2] = m[14];  // for a rigid transform 0, as its adjugate entry is
+    for (Lanes& row : a.rows) {
+        row /= divisor;
+    }
+    std::memcpy(m, a.rows, sizeof m);
     return ERROR_CODE::SUCCESS;
 }
 

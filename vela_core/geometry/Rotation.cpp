@@ -27,9 +27,9 @@ Rotation::Rotation(float angle, const Translation& axis) {
     const float s = std::sin(angle);
     const float t = 1.0F - c;
     const float values[9] = {
-        c + t * u.tx * u.tx,        t * u.tx * u.ty - u.tz * s, u.ty * s + t * u.tx * u.tz,
-        u.tz * s + t * u.tx * u.ty, c + t * u.ty * u.ty,        t * u.ty * u.tz - u.tx * s,
-        t * u.tx * u.tz - u.ty * s, u.tx * s + t * u.ty * u.tz, c + t * u.tz * u.tz};
+        c + t * (u.tx * u.tx),      t * u.tx * u.ty - u.tz * s, u.ty * s + t * u.tx * u.tz,
+        u.tz * s + t * u.tx * u.ty, c + t * (u.ty * u.ty),      t * u.ty * u.tz - u.tx * s,
+        t * u.tx * u.tz - u.ty * s, u.tx * s + t * u.ty * u.tz, c + t * (u.tz * u.tz)};
     std::copy_n(values, 9, m);
 }
 

@@ -3,15 +3,17 @@
 #include "vela_core/geometry/Matrix3f.hpp"
 #include "vela_core/geometry/Matrix4f.hpp"
 #include "vela_core/types/text_format.hpp"
+#include "vela_core/utils/number_text.hpp"
 
 namespace vela {
 
 template <class Derived, int N>
 String SquareMatrix<Derived, N>::getInfos() const {
     std::string text = labelOrAddress(label, this) + "\n";
+    char number[NUMBER_TEXT_SIZE];
     for (int i = 0; i < N * N; ++i) {
-        const char* const separator = (i + 1) % N == 0 ? "\n" : " ";
-        text += formatText("%f%s", static_cast<double>(m[i]), separator);
+        text.append(number, writeFixed(number, m[i]));  // with a point, whatever the locale
+        text += (i + 1) % N == 0 ? '\n' : ' ';
     }
     return text;
 }

@@ -34,7 +34,8 @@ Matrix3 extractYawRotationEx(const Matrix3& rotation) {
 }  // namespace
 
 ERROR_CODE removeYaw(Transform& transform, COORDINATE_SYSTEM system) {
-    Transform inImage(transform);
+    // The rotation alone: 0 times an infinite translation would make NaNs of it.
+    Transform inImage(transform.getRotationMatrix(), Translation());
     const ERROR_CODE status = convertCoordinateSystem(inImage, system, COORDINATE_SYSTEM::IMAGE);
     if (status != ERROR_CODE::SUCCESS) return status;
 
@@ -46,7 +47,6 @@ ERROR_CODE removeYaw(Transform& transform, COORDINATE_SYSTEM system) {
 
     inImage.setRotationMatrix(rotation);
     convertCoordinateSystem(inImage, COORDINATE_SYSTEM::IMAGE, system);
-    // The rotation alone is taken back, so that the translation keeps its bits.
     transform.setRotationMatrix(inImage.getRotationMatrix());
     return ERROR_CODE::SUCCESS;
 }
