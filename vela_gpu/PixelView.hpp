@@ -21,8 +21,13 @@ struct PixelView {
     bool packed() const { return stepBytes == rowBytes(); }
     /// Packed rows as a single one, which has one end instead of many.
     PixelView joined() const { return {data, width * height, 1, height * stepBytes}; }
-    /// Distance from the first byte to the end of the last row, padding of that row left out.
-    std::size_t spanBytes() const { return (height - 1) * stepBytes + rowBytes(); }
+    /// Distance from the first byte to the end of the last row, padding of that row left out; SIZE_MAX if it
+    /// does not fit.
+    std::size_t spanBytes() const {
+        if (width > SIZE_MAX / sizeof(T)) return SIZE_MAX;
+        if (height > 1 && stepBytes > (SIZE_MAX - rowBytes()) / (height - 1)) return SIZE_MAX;
+        return (height - 1) * stepBytes + rowBytes();
+    }
 };
 
 /// The view of an image whose row step is counted in pixels.

@@ -3,8 +3,13 @@
 #include "vela_gpu/kernels.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
+#include <fstream>
 #include <functional>
 #include <thread>
 
@@ -87,6 +92,9 @@ TEST_F(StandInTest, ChecksCopies) {
     EXPECT_EQ(copy(device, 63, host, 64, 64, 2, TO_DEVICE), PITCH);
     EXPECT_EQ(copy(device, 512, host, 63, 64, 2, TO_DEVICE), PITCH);
     EXPECT_EQ(copy(device, std::size_t{1} << 31, host, 64, 64, 1, TO_DEVICE), PITCH);
+    constexpr std::size_t WRAPPING = (std::size_t{1} << 55) + 1;  // as many steps of 512 bytes are 2^64
+    EXPECT_EQ(copy(device, 512, host, 512, 64, WRAPPING, TO_DEVICE), INVALID);
+    EXPECT_EQ(copy(host, 512, device, 512, 64, WRAPPING, TO_HOST), INVALID);
     EXPECT_EQ(copy(nullptr, 0, nullptr, 0, 0, 5, ON_HOST), cudaSuccess) << "no bytes";
     EXPECT_EQ(copy(nullptr, 0, nullptr, 0, 5, 0, TO_DEVICE), cudaSuccess);
     EXPECT_EQ(copy(host, 64, host + 1024, 64, 64, 2, 7), cudaErrorInvalidMemcpyDirection);
@@ -112,6 +120,34 @@ TEST_F(StandInTest, ChecksAllocationsAndReleases) {
     EXPECT_EQ(cudaFree(data), cudaSuccess);
     EXPECT_EQ(cudaFree(data), INVALID);
     EXPECT_EQ(liveAllocations(), before);
+}
+
+TEST_F(StandInTest, BoundsASingleRowByTheBytesAskedFor) {
+    const Mat row(10, 1, U1, MEM::GPU);
+    char host[11] = {};
+    EXPECT_EQ(cudaMemcpy(row.ptrGPU, host, 10, cudaMemcpyHostToDevice), cudaSuccess);
+    EXPECT_EQ(cudaMemcpy(row.ptrGPU, host, 11, cudaMemcpyHostToDevice), INVALID);
+}
+
+TEST_F(StandInTest, KeepsTheArgumentsOfTheLatestCalls) {
+    Mat mat(4, 4, U1, MEM_MANAGED);
+    EXPECT_EQ(latestArguments().managedFlags, cudaMemAttachGlobal);
+    EXPECT_EQ(mat.updateGPUfromCPU(stream_), OK);
+    EXPECT_EQ(latestArguments().attachFlags, cudaMemAttachSingle);
+    EXPECT_EQ(mat.updateCPUfromGPU(stream_), OK);
+    EXPECT_EQ(latestArguments().attachFlags, cudaMemAttachHost);
+    Mat host(4, 4, U1, MEM::CPU);
+    Mat device(4, 4, U1, MEM::GPU);
+    constexpr cudaMemcpyKind KINDS[] = {cudaMemcpyHostToHost, cudaMemcpyHostToDevice,
+                                        cudaMemcpyDeviceToDevice, cudaMemcpyDeviceToHost};
+    for (int type = 0; type < 4; ++type) {  // as COPY_TYPE numbers them
+        const Mat& from = type < 2 ? host : device;
+        Mat& to = type == 1 || type == 2 ? device : host;
+        from.copyTo(to, static_cast<COPY_TYPE>(type));
+        EXPECT_EQ(latestArguments().copyKind, KINDS[type]);
+    }
+    host.copyTo(device, static_cast<COPY_TYPE>(4));
+    EXPECT_EQ(latestArguments().copyKind, cudaMemcpyDeviceToHost) << "an unknown direction";
 }
 
 TEST_F(StandInTest, AttachesManagedMemoryOnly) {
@@ -189,10 +225,68 @@ TEST_F(StandInTest, LaunchesCheckTheirMemory) {
     EXPECT_EQ(scale(host, 4, 4, 1), cudaErrorIllegalAddress);
     EXPECT_EQ(host[0], 1.0F);
     EXPECT_EQ(scale(nullptr, 4, 4, 1), cudaSuccess) << "launches nothing";
+    EXPECT_EQ(scale(device_.ptrGPU + 2, 4, 4, 1), cudaErrorIllegalAddress) << "misaligned";
+    cu_matSetToGPU(Vector4<float>(), reinterpret_cast<Vector4<float>*>(device_.ptrGPU), 1U << 31, 1,
+                   (1U << 29) + 1, nullptr);
+    EXPECT_EQ(cudaGetLastError(), cudaErrorIllegalAddress) << "2^29 steps of 2^35 bytes are 2^64";
     cu_applyMat3f(reinterpret_cast<Vector3<float>*>(device_.ptrGPU), host, 42, 1, 1);
     EXPECT_EQ(cudaGetLastError(), cudaErrorIllegalAddress) << "the matrix, too, must be device memory";
     failCall("cudaLaunchKernel", 1, cudaErrorLaunchFailure);
     EXPECT_EQ(scale(device_.ptrGPU, 128, 16, 2), cudaErrorLaunchFailure);
+}
+
+/// Runs `check` in a process of its own, which must end with 0 within 20 s.
+template <class Check>
+void expectFromAChild(Check check) {
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(20);
+        _exit(check() ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_EQ(status, 0);
+}
+
+bool canAllocate(std::size_t width) {
+    void* data = nullptr;
+    std::size_t pitch = 0;
+    return cudaMallocPitch(&data, &pitch, width, 1) == cudaSuccess && cudaFree(data) == cudaSuccess;
+}
+
+/// What this process has mapped, in bytes.
+rlim_t mappedBytes() {
+    rlim_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+}
+
+// Each limit is set before the device is used for the first time.
+TEST(StandInProcessTest, TakesSmallerAddressRangesWhereLargeOnesAreRefused) {
+    constexpr std::size_t MB = 1 << 20;
+    for (const auto& [allowance, width] :
+         {std::pair(4096 * MB, 512 * MB), std::pair(512 * MB, 100 * MB), std::pair(40 * MB, 10 * MB)}) {
+        expectFromAChild([allowance = allowance, width = width] {
+            const rlim_t limit = mappedBytes() + allowance;
+            const rlimit both{limit, limit};
+            return setrlimit(RLIMIT_AS, &both) == 0 && canAllocate(width);
+        });
+    }
+}
+
+TEST(StandInProcessTest, LivesOnInAChildForkedWhileThreadsUseIt) {
+    std::atomic<bool> done{false};
+    const auto work = [&] {
+        while (!done)
+            EXPECT_TRUE(canAllocate(1 << 16));
+    };
+    std::thread threads[] = {std::thread(work), std::thread(work)};
+    for (int i = 0; i < 100 && !::testing::Test::HasFailure(); ++i) {
+        expectFromAChild([] { return canAllocate(1); });
+    }
+    done = true;
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 }  // namespace

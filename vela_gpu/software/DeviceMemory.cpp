@@ -9,7 +9,9 @@ namespace vela::software_device {
 namespace {
 
 constexpr std::size_t PAGES = 65536;  // a multiple of the page size of every machine
-constexpr std::size_t ARENA = std::size_t{64} << 30;
+/// Sizes of the address ranges that are asked for, until the system grants one: it may limit what a process
+/// takes (`ulimit -v`, locked memory). A refused one leaves most of a limit to the bytes themselves.
+constexpr std::size_t ARENAS[] = {std::size_t{64} << 30, std::size_t{1} << 30, std::size_t{64} << 20, 0};
 constexpr std::size_t LARGEST = std::size_t{1} << 46;
 constexpr int POISON = 0xCD;
 
@@ -27,17 +29,25 @@ std::size_t roundedUpToPages(std::size_t bytes) {
 
 }  // namespace
 
-std::byte* DeviceMemory::takeAddresses(std::size_t size) {
-    if (arenas_.empty() || arenas_.back().size - arenas_.back().used < size) {
-        const auto unused = [](const Arena& arena) {
-            return arena.live == 0 && munmap(arena.base, arena.size) == 0;
-        };
-        arenas_.erase(std::remove_if(arenas_.begin(), arenas_.end(), unused), arenas_.end());
-        const std::size_t arenaSize = std::max(size, ARENA);
-        std::byte* const base = mapPages(nullptr, arenaSize, PROT_NONE);
-        if (base == nullptr) return nullptr;
-        arenas_.push_back({base, arenaSize, 0, 0});
+bool DeviceMemory::addArena(std::size_t size) {
+    const auto unused = [](const Arena& arena) {
+        return arena.live == 0 && munmap(arena.base, arena.size) == 0;
+    };
+    arenas_.erase(std::remove_if(arenas_.begin(), arenas_.end(), unused), arenas_.end());
+    arenas_.reserve(arenas_.size() + 1);  // so that nothing throws once the range is taken
+    for (const std::size_t usual : ARENAS) {
+        const std::size_t arenaSize = std::max(size, usual);
+        if (std::byte* const base = mapPages(nullptr, arenaSize, PROT_NONE)) {
+            arenas_.push_back({base, arenaSize, 0, 0});
+            return true;
+        }
     }
+    return false;
+}
+
+std::byte* DeviceMemory::takeAddresses(std::size_t size) {
+    const bool full = arenas_.empty() || arenas_.back().size - arenas_.back().used < size;
+    if (full && !addArena(size)) return nullptr;
     Arena& arena = arenas_.back();
     std::byte* const address = arena.base + arena.used;
     arena.used += size;
@@ -49,11 +59,15 @@ void* DeviceMemory::allocate(std::size_t bytes, Kind kind) {
     const std::size_t size = roundedUpToPages(bytes);
     std::byte* const address = takeAddresses(size + PAGES);  // untouchable pages lie behind each allocation
     if (address == nullptr) return nullptr;
+    const auto entry = allocations_.emplace(address, Allocation{}).first;  // may throw, so before the mapping
     std::byte* const pages =
         mapPages(kind == Kind::MANAGED ? address : nullptr, size, PROT_READ | PROT_WRITE);
-    if (pages == nullptr) return nullptr;
+    if (pages == nullptr) {
+        allocations_.erase(entry);
+        return nullptr;
+    }
     std::memset(pages, POISON, bytes);
-    allocations_[address] = {pages, bytes, kind};
+    entry->second = {pages, bytes, kind};
     ++arenas_.back().live;
     return address;
 }

@@ -8,13 +8,14 @@ namespace vela::software_device {
 
 /// The memory of the software device. A device address lies in a range that the host cannot touch; the bytes
 /// behind it live elsewhere and are reached through `reach` alone. A managed address holds its own bytes.
-/// Addresses are not handed out again for the next 64 GiB, so that a stale one is told from a live one.
-/// Not thread-safe.
+/// Addresses are not handed out again for the next 64 GiB (less where the system refuses such a range), so
+/// that a stale one is told from a live one. Not thread-safe.
 class DeviceMemory {
 public:
     enum class Kind { DEVICE, MANAGED };
 
-    /// A fresh allocation filled with 0xCD; null when `bytes` is 0 or cannot be had.
+    /// A fresh allocation filled with 0xCD; null when `bytes` is 0 or cannot be had. May throw
+    /// std::bad_alloc, and then nothing has changed.
     void* allocate(std::size_t bytes, Kind kind);
 
     /// False when `address` is not the start of a live allocation.
@@ -46,11 +47,12 @@ private:
         bool contains(const void* address) const { return address >= base && address < base + size; }
     };
     struct Allocation {
-        std::byte* bytes;
-        std::size_t size;
-        Kind kind;
+        std::byte* bytes = nullptr;
+        std::size_t size = 0;
+        Kind kind = Kind::DEVICE;
     };
 
+    bool addArena(std::size_t size);
     std::byte* takeAddresses(std::size_t size);
 
     std::vector<Arena> arenas_;

@@ -1,14 +1,27 @@
 #include "vela_gpu/software/StandIn.hpp"
 
-#include "vela_gpu/software/device.hpp"
+#include <pthread.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <new>
 
 namespace vela::software_device {
+namespace {
+
+/// Built before there are threads, so that no fork falls into its construction.
+[[maybe_unused]] const StandIn& builtEarly = StandIn::get();
+
+}  // namespace
 
 StandIn& StandIn::get() {
-    static auto* const device = new StandIn;
+    alignas(StandIn) static std::byte storage[sizeof(StandIn)];
+    static auto* const device = new (storage) StandIn;
     return *device;
+}
+
+StandIn::StandIn() {
+    pthread_atfork([] { get().mutex_.lock(); }, [] { get().mutex_.unlock(); }, [] { get().mutex_.unlock(); });
 }
 
 cudaError_t& StandIn::lastError() {
@@ -31,6 +44,11 @@ std::size_t StandIn::liveAllocations() {
     return memory.liveAllocations();
 }
 
+Arguments StandIn::latestArguments() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return latest;
+}
+
 cudaError_t StandIn::plannedFailure(const char* name) {
     cudaError_t status = cudaSuccess;
     for (PlannedFailure& failure : failures_) {
@@ -39,6 +57,11 @@ cudaError_t StandIn::plannedFailure(const char* name) {
     const auto isSpent = [](const PlannedFailure& failure) { return failure.callsUntil <= 0; };
     failures_.erase(std::remove_if(failures_.begin(), failures_.end(), isSpent), failures_.end());
     return status;
+}
+
+std::byte* StandIn::alignedBytes(const void* address, std::size_t bytes, std::size_t alignment) const {
+    if (reinterpret_cast<std::uintptr_t>(address) % alignment != 0) return nullptr;
+    return memory.reach(address, bytes).bytes;
 }
 
 cudaError_t StandIn::submit(cudaStream_t stream, std::function<cudaError_t()> work) {
@@ -96,6 +119,10 @@ void reset() {
 
 std::size_t liveAllocations() {
     return StandIn::get().liveAllocations();
+}
+
+Arguments latestArguments() {
+    return StandIn::get().latestArguments();
 }
 
 }  // namespace vela::software_device

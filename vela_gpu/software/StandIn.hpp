@@ -1,11 +1,13 @@
 #pragma once
 
 #include "vela_gpu/software/DeviceMemory.hpp"
+#include "vela_gpu/software/device.hpp"
 #include "vela_gpu/software/runtime.hpp"
 
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,16 +23,22 @@ namespace vela::software_device {
 /// it. Every runtime function and every kernel launch goes through `call`.
 class StandIn {
 public:
-    /// The one device. It is never destroyed: Mats with static storage duration free their memory at exit.
+    /// The one device. It is never destroyed: Mats with static storage duration free their memory at exit. A
+    /// forked child goes on with a copy of it, whatever other threads were doing when it was forked.
     static StandIn& get();
 
     /// Runs the body of runtime function `name` under the lock, unless a planned failure takes its place, and
-    /// keeps a failure as the calling thread's last error.
+    /// keeps a failure as the calling thread's last error. A std::bad_alloc becomes
+    /// cudaErrorMemoryAllocation.
     template <class Body>
     cudaError_t call(const char* name, Body body) {
         const std::lock_guard<std::mutex> lock(mutex_);
         cudaError_t status = plannedFailure(name);
-        if (status == cudaSuccess) status = body();
+        try {
+            if (status == cudaSuccess) status = body();
+        } catch (const std::bad_alloc&) {
+            status = cudaErrorMemoryAllocation;
+        }
         if (status != cudaSuccess) lastError() = status;
         return status;
     }
@@ -40,10 +48,12 @@ public:
     void planFailure(const char* name, int nth, cudaError_t status);
     void forgetFailures();
     std::size_t liveAllocations();
+    Arguments latestArguments();
 
     // What follows is called from bodies only, with the lock held.
 
     DeviceMemory memory;
+    Arguments latest;
 
     /// Gives work to a stream; with the null stream, completes what all streams hold and then does the work.
     cudaError_t submit(cudaStream_t stream, std::function<cudaError_t()> work);
@@ -54,10 +64,11 @@ public:
     bool isStream(cudaStream_t stream) const;
     void forgetStream(cudaStream_t stream);
 
-    /// Where a kernel finds [address, address + bytes): null unless it is live device or managed memory.
+    /// Where a kernel finds [address, address + bytes): null unless it is live device or managed memory and
+    /// aligned as hardware needs it.
     template <class T>
     T* kernelAddress(T* address, std::size_t bytes) const {
-        return reinterpret_cast<T*>(memory.reach(address, bytes).bytes);
+        return reinterpret_cast<T*>(alignedBytes(address, bytes, alignof(T)));
     }
 
 private:
@@ -67,7 +78,9 @@ private:
         cudaError_t status;
     };
 
+    StandIn();
     cudaError_t plannedFailure(const char* name);
+    std::byte* alignedBytes(const void* address, std::size_t bytes, std::size_t alignment) const;
 
     std::mutex mutex_;
     std::vector<PlannedFailure> failures_;

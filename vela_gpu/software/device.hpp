@@ -17,4 +17,12 @@ void reset();
 /// Device and managed allocations not yet freed.
 std::size_t liveAllocations();
 
+/// What the latest call of each kind was given, whichever thread made it and whether or not it failed.
+struct Arguments {
+    unsigned int managedFlags = 0;                   ///< of cudaMallocManaged
+    unsigned int attachFlags = 0;                    ///< of cudaStreamAttachMemAsync
+    cudaMemcpyKind copyKind = cudaMemcpyHostToHost;  ///< of any copy
+};
+Arguments latestArguments();
+
 }  // namespace vela::software_device

@@ -2,6 +2,7 @@
 
 #include "vela_gpu/software/StandIn.hpp"
 
+#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -27,17 +28,24 @@ struct Copy {
     bool writesDevice() const { return kind == cudaMemcpyHostToDevice || kind == cudaMemcpyDeviceToDevice; }
 };
 
-/// Where this process finds the bytes of one side of a copy; null when they are not all on that side.
-std::byte* findSide(const StandIn& device, const void* address, std::size_t bytes, bool onDevice,
-                    cudaMemcpyKind kind) {
-    if (address == nullptr) return nullptr;
+/// Where this process finds the rows of one side of a copy; null when they are not all on that side, or reach
+/// past the last address there is.
+std::byte* findSide(const StandIn& device, const void* address, std::size_t pitch, const Copy& copy,
+                    bool onDevice) {
+    std::size_t bytes = 0;
+    std::uintptr_t end = 0;
+    if (address == nullptr || __builtin_mul_overflow(copy.height - 1, pitch, &bytes) ||
+        __builtin_add_overflow(bytes, copy.width, &bytes) ||
+        __builtin_add_overflow(reinterpret_cast<std::uintptr_t>(address), bytes, &end)) {
+        return nullptr;
+    }
     if (!device.memory.owns(address)) {
-        const bool hostAllowed = !onDevice || kind == cudaMemcpyDefault;
+        const bool hostAllowed = !onDevice || copy.kind == cudaMemcpyDefault;
         return hostAllowed ? static_cast<std::byte*>(const_cast<void*>(address)) : nullptr;
     }
     const DeviceMemory::Reached reached = device.memory.reach(address, bytes);
     const bool deviceAllowed =
-        onDevice || reached.kind == DeviceMemory::Kind::MANAGED || kind == cudaMemcpyDefault;
+        onDevice || reached.kind == DeviceMemory::Kind::MANAGED || copy.kind == cudaMemcpyDefault;
     return deviceAllowed ? reached.bytes : nullptr;
 }
 
@@ -54,6 +62,7 @@ void moveRows(std::byte* destination, std::size_t destinationPitch, const std::b
 
 /// Checks a copy and carries it out, or gives it to a stream; the addresses are looked up again when it runs.
 cudaError_t submitCopy(StandIn& device, const Copy& copy, cudaStream_t stream) {
+    device.latest.copyKind = copy.kind;
     if (stream == nullptr) {
         if (const cudaError_t earlier = device.completeAll(); earlier != cudaSuccess) return earlier;
     }
@@ -65,15 +74,16 @@ cudaError_t submitCopy(StandIn& device, const Copy& copy, cudaStream_t stream) {
         if (copy.width > pitch || pitch > copy.largestPitch) return cudaErrorInvalidPitchValue;
     }
     const auto run = [&device, copy](bool dry) {
-        const std::size_t written = (copy.height - 1) * copy.destinationPitch + copy.width;
-        const std::size_t read = (copy.height - 1) * copy.sourcePitch + copy.width;
-        std::byte* const to = findSide(device, copy.destination, written, copy.writesDevice(), copy.kind);
-        const std::byte* const from = findSide(device, copy.source, read, copy.readsDevice(), copy.kind);
+        std::byte* const to =
+            findSide(device, copy.destination, copy.destinationPitch, copy, copy.writesDevice());
+        const std::byte* const from =
+            findSide(device, copy.source, copy.sourcePitch, copy, copy.readsDevice());
         if (to == nullptr || from == nullptr) return cudaErrorInvalidValue;
         if (!dry) moveRows(to, copy.destinationPitch, from, copy.sourcePitch, copy.width, copy.height);
         return cudaSuccess;
     };
     if (const cudaError_t status = run(true); status != cudaSuccess) return status;
+    if (stream == nullptr) return run(false);  // so that it takes no memory
     return device.submit(stream, [run] { return run(false); });
 }
 
@@ -96,7 +106,9 @@ cudaError_t cudaMallocPitch(void** pointer, std::size_t* pitch, std::size_t widt
         if (padded != 0 && height > std::numeric_limits<std::size_t>::max() / padded) {
             return cudaErrorMemoryAllocation;
         }
-        const cudaError_t status = allocate(device, pointer, padded * height, DeviceMemory::Kind::DEVICE);
+        // Nothing lies behind the only row, whereas further rows make their pitch part of the allocation.
+        const std::size_t bytes = height == 1 ? width : padded * height;
+        const cudaError_t status = allocate(device, pointer, bytes, DeviceMemory::Kind::DEVICE);
         if (status == cudaSuccess) *pitch = padded;
         return status;
     });
@@ -105,6 +117,7 @@ cudaError_t cudaMallocPitch(void** pointer, std::size_t* pitch, std::size_t widt
 cudaError_t cudaMallocManaged(void** pointer, std::size_t bytes, unsigned int flags) {
     StandIn& device = StandIn::get();
     return device.call("cudaMallocManaged", [&] {
+        device.latest.managedFlags = flags;
         const bool knownFlags = flags == cudaMemAttachGlobal || flags == cudaMemAttachHost;
         if (pointer == nullptr || bytes == 0 || !knownFlags) return cudaErrorInvalidValue;
         return allocate(device, pointer, bytes, DeviceMemory::Kind::MANAGED);
@@ -178,6 +191,7 @@ cudaError_t cudaStreamAttachMemAsync(cudaStream_t stream, void* pointer, std::si
                                      unsigned int flags) {
     StandIn& device = StandIn::get();
     return device.call("cudaStreamAttachMemAsync", [&] {
+        device.latest.attachFlags = flags;
         const std::size_t size = device.memory.managedSize(pointer);
         const bool wholeBuffer = size != 0 && (bytes == 0 || bytes == size);
         const bool toSomeone = flags == cudaMemAttachGlobal || flags == cudaMemAttachHost ||
