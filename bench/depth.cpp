@@ -6,11 +6,16 @@
 
 #include <vela_core/vela.hpp>
 
+#include <png.h>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
 
+#include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -80,6 +85,44 @@ void savePfm(Session& session, const std::string& folder) {
     session.run(comparison);
 }
 
+/// A 16-bit PNG without compression.
+void writeByLibpng(const std::string& path, const cv::Mat& samples) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
+    png_structp writer = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(writer);
+    png_init_io(writer, file.get());
+    png_set_compression_level(writer, 0);
+    png_set_filter(writer, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
+    png_set_IHDR(writer, info, static_cast<png_uint_32>(samples.cols), static_cast<png_uint_32>(samples.rows),
+                 16, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+                 PNG_FILTER_TYPE_DEFAULT);
+    png_write_info(writer, info);
+    png_set_swap(writer);
+    for (int y = 0; y < samples.rows; ++y) {
+        png_write_row(writer, samples.ptr(y));
+    }
+    png_write_end(writer, info);
+    png_destroy_write_struct(&writer, &info);
+}
+
+/// An ASCII PGM as OpenCV lays it out: each sample at least six characters wide, a row a line.
+void writeByToChars(const std::string& path, const cv::Mat& samples) {
+    constexpr std::ptrdiff_t WIDTH = 6;
+    std::string text =
+        "P2\n" + std::to_string(samples.cols) + ' ' + std::to_string(samples.rows) + "\n65535\n";
+    char digits[WIDTH];
+    for (int y = 0; y < samples.rows; ++y) {
+        for (int x = 0; x < samples.cols; ++x) {
+            const char* const end =
+                std::to_chars(digits, digits + WIDTH, samples.at<std::uint16_t>(y, x)).ptr;
+            text.append(static_cast<std::size_t>(WIDTH - (end - digits)), ' ');
+            text.append(digits, static_cast<std::size_t>(end - digits));
+        }
+        text += '\n';
+    }
+    bench::writeRaw(path, text);
+}
+
 /// The encoder is OpenCV's: what we add around it is measured.
 void saveEncodedDepth(Session& session, const std::string& folder, DEPTH_FORMAT format,
                       const std::string& name, const std::vector<int>& parameters) {
@@ -96,7 +139,18 @@ void saveEncodedDepth(Session& session, const std::string& folder, DEPTH_FORMAT 
     Comparison comparison("depth " + name);
     comparison.check([&] { return difference(path, expected); })
         .ours([&] { saveDepthAs(depth, format, path.c_str(), FACTOR); })
-        .peerAndLimit("cv::imwrite", [&] { cv::imwrite(path, samples, parameters); });
+        .peer("cv::imwrite", [&] { cv::imwrite(path, samples, parameters); })
+        .limit("write", [&] { bench::writeRaw(path, expected); });
+    if (format == PNG) {
+        comparison.peer(
+            "libpng", [&] { writeByLibpng(path, samples); },
+            [&] {
+                return cv::countNonZero(cv::imread(path, cv::IMREAD_UNCHANGED) != samples) == 0 ? ""
+                                                                                                : "differs";
+            });
+    } else {
+        comparison.peer("to_chars", [&] { writeByToChars(path, samples); });
+    }
     session.run(comparison);
 }
 
@@ -113,8 +167,22 @@ void writePicture(Session& session, const std::string& folder, MAT_TYPE type, in
     Comparison comparison("picture " + extension + ' ' + cv::typeToString(cvType));
     comparison.check([&] { return difference(path, expected); })
         .ours([&] { picture.write(path.c_str()); })
-        .peerAndLimit("cv::imwrite", [&] { cv::imwrite(path, matrix, parameters); });
+        .peer("cv::imwrite", [&] { cv::imwrite(path, matrix, parameters); })
+        .limit("write", [&] { bench::writeRaw(path, expected); });
     session.run(comparison);
+
+    Mat ours;
+    cv::Mat theirs;
+    const auto differsFrom = [&](const unsigned char* pixels) {
+        const cv::Mat decoded = cv::imread(path, cv::IMREAD_UNCHANGED);
+        return std::memcmp(pixels, decoded.data, decoded.total() * decoded.elemSize()) == 0 ? "" : "differs";
+    };
+    Comparison reading("read " + extension + ' ' + cv::typeToString(cvType));
+    reading.ours([&] { ours.read(path.c_str()); }, [&] { return differsFrom(ours.ptrCPU); })
+        .peer(
+            "cv::imread", [&] { theirs = cv::imread(path, cv::IMREAD_UNCHANGED); },
+            [&] { return differsFrom(theirs.data); });
+    session.run(reading);
 }
 
 void runAll(Session& session) {

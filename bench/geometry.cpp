@@ -188,7 +188,7 @@ void multiply(Session& session, const Inputs& a, const Inputs& b) {
         const EigenMatrix4 product = (a.eigen[i].cast<double>() * b.eigen[i].cast<double>()).cast<float>();
         std::copy_n(product.data(), 16, out.expected[i].m);
     }
-    Comparison comparison("multiply4x4");
+    Comparison comparison("multiply4x4" VELA_BENCH_VARIANT);
     comparison.repeats(COUNT)
         .ours(forAll(out.ours, [&](std::size_t i) { return a.ours[i] * b.ours[i]; }),
               checkOf<4>(out.ours, out.expected))
@@ -208,7 +208,7 @@ void invert(Session& session, const Inputs& a) {
         const EigenMatrix4 inverse = a.eigen[i].cast<double>().inverse().eval().cast<float>();
         std::copy_n(inverse.data(), 16, out.expected[i].m);
     }
-    Comparison comparison("invert4x4");
+    Comparison comparison("invert4x4" VELA_BENCH_VARIANT);
     comparison.repeats(COUNT)
         .ours(forAll(out.ours, [&](std::size_t i) { return Matrix4f::inverse(a.ours[i]); }),
               checkOf<4>(out.ours, out.expected))
@@ -234,7 +234,7 @@ auto copyAll(const Many<T>& sources, Many<T>& results) {
 void copy(Session& session, const Inputs& a) {
     Outputs out;
     out.expected = a.bare;
-    Comparison comparison("copy4x4");
+    Comparison comparison("copy4x4" VELA_BENCH_VARIANT);
     comparison.repeats(COUNT)
         .ours(copyAll(a.ours, out.ours), checkOf<4>(out.ours, out.expected))
         .peer("Eigen", copyAll(a.eigen, out.eigen), checkOf<4>(out.eigen, out.expected))
@@ -253,7 +253,7 @@ void rotate(Session& session, const Inputs& a) {
         const EigenMatrix3 rotation = a.eigenQuaternions[i].cast<double>().toRotationMatrix().cast<float>();
         std::copy_n(rotation.data(), 9, expected[i].m);
     }
-    Comparison comparison("quaternion to matrix");
+    Comparison comparison("quaternion to matrix" VELA_BENCH_VARIANT);
     comparison.repeats(COUNT)
         .ours(forAll(ours, [&](std::size_t i) { return a.quaternions[i].getRotationMatrix(); }),
               checkOf<3>(ours, expected))

@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Turns the JSON files of benchmark programs into one table.
 
-Usage: table.py [--markdown] [--commit=NAME] FILE...
+Usage: table.py [--markdown] [--any-load] [--commit=NAME] FILE...
+
+Refuses to print when the machine was busy before the first program started, unless --any-load is given.
 """
 import json
 import platform
@@ -12,56 +15,80 @@ import sys
 # Each kind of comparison names in its label the clock that counts: what the thread used of a processor, or what passed.
 CLOCK_FIELD = {"thread": "cpu_time", "wall": "real_time", "settled": "real_time"}
 NANOSECONDS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
-HEADINGS = ["case", "ours", "best peer", "ratio to it", "other peers", "limit", "share of the limit"]
+HEADINGS = ["case", "ours", "quartiles", "best peer", "quartiles", "ratio to it", "other peers", "limit",
+            "share of the limit"]
+HIGHEST_LOAD = 1.5
 
 
-def medians(files):
-    """{case: {role: median time in ns}}, in the order of the files."""
-    times = {}
+class Times:
+    """The times of one contender in ns."""
+
+    def __init__(self, values):
+        self.median = statistics.median(values)
+        self.low, _, self.high = statistics.quantiles(values, n=4, method="inclusive") if len(values) > 1 \
+            else (self.median,) * 3
+
+    def spread(self):
+        unit = unit_of(self.median)
+        return f"{self.low / NANOSECONDS[unit]:.3g} to {self.high / NANOSECONDS[unit]:.3g}"
+
+
+def collect(files):
+    """{case: {role: Times}}, in the order of the files."""
+    values = {}
     for path in files:
-        with open(path) as file:
+        with open(path, encoding="utf-8") as file:
             runs = json.load(file)["benchmarks"]
         for run in runs:
             if run["run_type"] != "iteration":
                 continue
             case, role = split_name(run["name"])
             time = run[CLOCK_FIELD[run["label"]]] * NANOSECONDS[run["time_unit"]]
-            times.setdefault(case, {}).setdefault(role, []).append(time)
-    return {case: {role: statistics.median(values) for role, values in roles.items()}
-            for case, roles in times.items()}
+            values.setdefault(case, {}).setdefault(role, []).append(time)
+    return {case: {role: Times(times) for role, times in roles.items()} for case, roles in values.items()}
 
 
 def split_name(name):
     """Case and role: what follows the last of "/ours", "/peer:NAME", "/limit:NAME"; Google Benchmark adds its own."""
     name = re.sub(r"(/(real_time|manual_time|repeats:\d+|min_time:[\d.]+))*$", "", name)
-    case, role = re.fullmatch(r"(.*?)/(ours|(?:peer|limit|peer\+limit):.*)", name).groups()
+    case, role = re.fullmatch(r"(.*?)/(ours|(?:peer|limit):.*)", name).groups()
     return case, role
 
 
 def named(roles, kind):
-    """[(name, time)] of a kind of role, fastest first."""
-    found = [(role.split(":", 1)[1], time) for role, time in roles.items()
-             if kind in role.split(":")[0].split("+")]
-    return sorted(found, key=lambda entry: entry[1])
+    """[(name, Times)] of a kind of role, fastest first."""
+    found = [(role.split(":", 1)[1], times) for role, times in roles.items()
+             if role.split(":")[0] == kind]
+    return sorted(found, key=lambda entry: entry[1].median)
+
+
+def unit_of(nanoseconds):
+    return next((unit for unit in ("s", "ms", "us") if nanoseconds >= NANOSECONDS[unit]), "ns")
 
 
 def time_text(nanoseconds):
-    for unit in ("s", "ms", "us"):
-        if nanoseconds >= NANOSECONDS[unit]:
-            return f"{nanoseconds / NANOSECONDS[unit]:.3g} {unit}"
-    return f"{nanoseconds:.3g} ns"
+    unit = unit_of(nanoseconds)
+    return f"{nanoseconds / NANOSECONDS[unit]:.3g} {unit}"
 
 
 def row(case, roles):
     """What the headings say; a ratio above 1 means that we are faster."""
     ours = roles["ours"]
-    peers = [f"{name} {time_text(time)}" for name, time in named(roles, "peer")]
-    ratios = [f"{time / ours:.2f}" for _, time in named(roles, "peer")]
-    others = ", ".join(f"{name} {time / ours:.2f}" for name, time in named(roles, "peer")[1:])
+    peers = named(roles, "peer")
     limits = named(roles, "limit")
-    limit = f"{limits[0][0]} {time_text(limits[0][1])}" if limits else "-"
-    share = f"{limits[0][1] / ours:.2f}" if limits else "-"
-    return [case, time_text(ours), peers[0] if peers else "-", ratios[0] if ratios else "-", others or "-", limit, share]
+    result = [case, time_text(ours.median), ours.spread()]
+    if peers:
+        name, best = peers[0]
+        result += [f"{name} {time_text(best.median)}", best.spread(), f"{best.median / ours.median:.2f}"]
+    else:
+        result += ["-"] * 3
+    result.append(", ".join(f"{name} {times.median / ours.median:.2f}" for name, times in peers[1:]) or "-")
+    if limits:
+        name, limit = limits[0]
+        result += [f"{name} {time_text(limit.median)}", f"{limit.median / ours.median:.2f}"]
+    else:
+        result += ["-"] * 2
+    return result
 
 
 def print_plain(rows):
@@ -76,15 +103,19 @@ def print_markdown(rows):
         print("| " + " | ".join(entry) + " |")
 
 
-def setting(files, commit):
+def context_of(path):
+    with open(path, encoding="utf-8") as file:
+        return json.load(file)["context"]
+
+
+def setting(context, commit):
     """What the figures were measured with."""
-    with open("/proc/cpuinfo") as file:
+    with open("/proc/cpuinfo", encoding="utf-8") as file:
         models = re.findall(r"^model name\s*: (.*)$", file.read(), re.MULTILINE)
-    with open(files[0]) as file:
-        context = json.load(file)["context"]
     machine = f"{models[0] if models else platform.machine()}, {context['num_cpus']} processors"
     load = ", ".join(f"{value:.1f}" for value in context["load_avg"])
-    return f"{machine}; {context['compiler']}; commit {commit}; {context['date'][:10]}; load before: {load}"
+    return (f"{machine}; flavour {context['flavour']}; {context['compiler']}, {context['flags']} unless a row names "
+            f"its flags; commit {commit}; {context['date'][:10]}; load before: {load}")
 
 
 def main(arguments):
@@ -93,9 +124,14 @@ def main(arguments):
     commits = [option.split("=", 1)[1] for option in options if option.startswith("--commit=")]
     if not files:
         sys.exit(__doc__)
-    rows = [HEADINGS] + [row(case, roles) for case, roles in medians(files).items()]
+    context = context_of(files[0])
+    load = context["load_avg"][0]
+    if load > HIGHEST_LOAD and "--any-load" not in options:
+        sys.exit(f"table.py: the load was {load:.1f} before the first program (at most {HIGHEST_LOAD} is allowed): "
+                 "these figures say nothing; --any-load prints them all the same")
+    print(setting(context, commits[0] if commits else "unknown") + "\n")
+    rows = [HEADINGS] + [row(case, roles) for case, roles in collect(files).items()]
     (print_markdown if "--markdown" in options else print_plain)(rows)
-    print("\n" + setting(files, commits[0] if commits else "unknown"))
 
 
 if __name__ == "__main__":

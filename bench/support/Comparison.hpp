@@ -25,7 +25,7 @@ inline std::string nothingToCheck() {
 class Comparison {
 public:
     struct Contender {
-        std::string role;  ///< "ours", "peer:NAME", "limit:NAME", or "peer+limit:NAME" for both in one
+        std::string role;  ///< "ours", "peer:NAME" or "limit:NAME"
         std::function<void()> once;
         std::function<void(benchmark::State&)> timed;
         Check check;  ///< null for that of the comparison
@@ -66,12 +66,6 @@ public:
     Comparison& limit(const std::string& name, Work work, Check check = nullptr) {
         return add("limit:" + name, std::move(work), std::move(check));
     }
-    /// Work that is the library's peer and its bound alike.
-    template <class Work>
-    Comparison& peerAndLimit(const std::string& name, Work work, Check check = nullptr) {
-        return add("peer+limit:" + name, std::move(work), std::move(check));
-    }
-
     /// A contender that leaves something to be done outside the measured time, by `settle`.
     template <class Work, class Settle>
     Comparison& addSettled(std::string role, Work work, Settle settle, Check check = nullptr) {

@@ -3,29 +3,41 @@
 #include <algorithm>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace vela::bench {
 namespace {
 
 constexpr const char JSON_OPTION[] = "--json=";
+constexpr const char ONCE_OPTION[] = "--once";
+#if defined(VELA_GPU_CUDA)
+constexpr const char FLAVOUR[] = "cuda";
+#else
+constexpr const char FLAVOUR[] = "software";
+#endif
 #if defined(__clang__)
 constexpr const char COMPILER[] = __VERSION__;  // names itself
 #else
 constexpr const char COMPILER[] = "g++ " __VERSION__;
 #endif
 
-/// Takes our option out of the arguments; empty if it is not there.
-std::string takeJsonPath(std::vector<char*>& arguments) {
-    const std::string option = JSON_OPTION;
+/// Takes the option that starts so out of the arguments; empty if it is not there.
+std::string takeOption(std::vector<char*>& arguments, const std::string& start) {
     const auto found = std::find_if(arguments.begin(), arguments.end(), [&](const char* argument) {
-        return std::string(argument).rfind(option, 0) == 0;
+        return std::string(argument).rfind(start, 0) == 0;
     });
     if (found == arguments.end()) return {};
-    std::string path = std::string(*found).substr(option.size());
+    std::string option = *found;
     arguments.erase(found);
-    return path;
+    return option;
+}
+
+std::string takeJsonPath(std::vector<char*>& arguments) {
+    const std::string option = takeOption(arguments, JSON_OPTION);
+    return option.empty() ? option : option.substr(std::size(JSON_OPTION) - 1);
 }
 
 /// Hands the command line to Google Benchmark, with the effort as the default that options may change.
@@ -74,6 +86,9 @@ private:
 Session::Session(int argc, char** argv, Effort effort) {
     std::vector<char*> arguments(argv, argv + argc);
     benchmark::AddCustomContext("compiler", COMPILER);
+    benchmark::AddCustomContext("flavour", FLAVOUR);
+    benchmark::AddCustomContext("flags", VELA_BENCH_FLAGS);
+    once_ = !takeOption(arguments, ONCE_OPTION).empty();
     report_ = std::make_unique<Report>(takeJsonPath(arguments));
     initialize(arguments, effort);
     filter_ = std::regex(benchmark::GetBenchmarkFilter());
@@ -84,14 +99,16 @@ Session::~Session() {
 }
 
 void Session::run(const Comparison& comparison) {
-    if (!std::regex_search(comparison.name(), filter_)) return;
+    if (!wants(comparison.name())) return;
     for (const Comparison::Contender& contender : comparison.contenders()) {
         const std::string complaint = comparison.verdict(contender);
         if (!complaint.empty()) {
             throw std::runtime_error(comparison.name() + ", " + contender.role + ": " + complaint);
         }
     }
+    ++compared_;
     std::cerr << comparison.name() << '\n';
+    if (once_) return;
     for (const Comparison::Contender& contender : comparison.contenders()) {
         auto* const timed = benchmark::RegisterBenchmark((comparison.name() + '/' + contender.role).c_str(),
                                                          [&](benchmark::State& state) {
@@ -109,6 +126,7 @@ int measure(int argc, char** argv, Effort effort, const std::function<void(Sessi
     try {
         Session session(argc, argv, effort);
         comparisons(session);
+        if (session.compared() == 0) throw std::invalid_argument("the filter lets no comparison through");
         return 0;
     } catch (const std::exception& exception) {
         std::cerr << exception.what() << '\n';

@@ -27,16 +27,25 @@ public:
     /// compute what it should have.
     void run(const Comparison& comparison);
 
+    /// Whether the filter lets a comparison of this name through, for those that are dear to prepare.
+    bool wants(const std::string& name) const { return std::regex_search(name, filter_); }
+
+    /// How many comparisons the filter let through.
+    int compared() const { return compared_; }
+
 private:
     class Report;
 
+    bool once_ = false;
+    int compared_ = 0;
     std::regex filter_;
     std::unique_ptr<Report> report_;
 };
 
 /// The `main` of a benchmark program: lets `comparisons` use a session and returns the program's exit status,
-/// 1 when a check failed. Options are those of Google Benchmark, whose `--benchmark_filter` is searched in
-/// the names of comparisons here, and `--json=FILE`, where the results go; else they go to standard output.
+/// 1 when a check failed or no comparison ran. Options are those of Google Benchmark, whose
+/// `--benchmark_filter` is searched in the names of comparisons here, `--json=FILE`, which writes the results
+/// there instead of to standard output, and `--once`, which checks every contender and times none.
 int measure(int argc, char** argv, Effort effort, const std::function<void(Session&)>& comparisons);
 
 }  // namespace vela::bench

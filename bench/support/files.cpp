@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <sstream>
 #include <system_error>
 
@@ -31,18 +30,6 @@ public:
             bytes += written;
             count -= static_cast<std::size_t>(written);
         }
-    }
-    std::size_t read(char* bytes, std::size_t room) const {
-        const ssize_t taken = ::read(number_, bytes, room);
-        require(taken >= 0);
-        return static_cast<std::size_t>(taken);
-    }
-    /// The bytes that the kernel moved from another file's place to this one's; 0 at its end.
-    std::size_t take(const Descriptor& from) const {
-        constexpr std::size_t MOST = std::size_t{1} << 30;
-        const ssize_t moved = copy_file_range(from.number_, nullptr, number_, nullptr, MOST, 0);
-        require(moved >= 0);
-        return static_cast<std::size_t>(moved);
     }
 
 private:
@@ -80,21 +67,6 @@ std::string contentOf(const std::string& path) {
 void writeRaw(const std::string& path, const std::string& content) {
     const Descriptor file(path, O_WRONLY | O_CREAT | O_TRUNC);
     file.write(content.data(), content.size());
-}
-
-void copyRaw(const std::string& from, const std::string& to, bool inKernel) {
-    const Descriptor source(from, O_RDONLY);
-    const Descriptor destination(to, O_WRONLY | O_CREAT | O_TRUNC);
-    if (inKernel) {
-        while (destination.take(source) > 0) {
-        }
-        return;
-    }
-    constexpr std::size_t BLOCK = std::size_t{256} << 10;
-    const std::unique_ptr<char[]> block(new char[BLOCK]);
-    while (const std::size_t count = source.read(block.get(), BLOCK)) {
-        destination.write(block.get(), count);
-    }
 }
 
 }  // namespace vela::bench

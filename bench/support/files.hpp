@@ -27,7 +27,4 @@ std::string contentOf(const std::string& path);
 /// Puts bytes into a file by as few calls as the system needs.
 void writeRaw(const std::string& path, const std::string& content);
 
-/// A new file with another's bytes, moved by the kernel if `inKernel`, else through memory in large blocks.
-void copyRaw(const std::string& from, const std::string& to, bool inKernel);
-
 }  // namespace vela::bench
