@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/ScratchFolder.hpp"
+#include "vela_io/io.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <vector>
+
+namespace vela::io {
+namespace {
+
+using test::contentOf;
+using test::ScratchFolder;
+
+void put(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+/// A file of format 1.0 with the given dictionary and elements.
+std::string npy(std::string dictionary, const std::string& elements) {
+    dictionary += '\n';
+    std::string text("\x93NUMPY\x01\x00", 8);
+    text += static_cast<char>(dictionary.size());
+    return text + '\0' + dictionary + elements;
+}
+
+struct Kind {
+    MAT_TYPE type;
+    const char* descr;
+    const char* channels;
+};
+
+constexpr Kind KINDS[] = {{MAT_TYPE::MAT_32F_C1, "<f4", ""},    {MAT_TYPE::MAT_32F_C2, "<f4", ", 2"},
+                          {MAT_TYPE::MAT_32F_C3, "<f4", ", 3"}, {MAT_TYPE::MAT_32F_C4, "<f4", ", 4"},
+                          {MAT_TYPE::MAT_8U_C1, "|u1", ""},     {MAT_TYPE::MAT_8U_C2, "|u1", ", 2"},
+                          {MAT_TYPE::MAT_8U_C3, "|u1", ", 3"},  {MAT_TYPE::MAT_8U_C4, "|u1", ", 4"},
+                          {MAT_TYPE::MAT_US16_C1, "<u2", ""},   {MAT_TYPE::MAT_8S_C4, "|i1", ", 4"}};
+
+TEST(NpyTest, KeepsEveryByteOfEveryTypeWhateverTheStep) {
+    std::mt19937 random(1);
+    for (const Kind& kind : KINDS) {
+        SCOPED_TRACE(std::string(kind.descr) + kind.channels);
+        const ScratchFolder folder;
+        constexpr std::size_t WIDTH = 301;  // rows of odd sizes, larger in all than a block of the file
+        constexpr std::size_t HEIGHT = 97;
+        const std::size_t rowBytes = WIDTH * getPixelBytes(kind.type);
+        const std::size_t step = rowBytes + 48;
+        std::vector<unsigned char> bytes(step * HEIGHT);
+        for (unsigned char& byte : bytes) {
+            byte = static_cast<unsigned char>(random());
+        }
+        const Mat mat(WIDTH, HEIGHT, kind.type, bytes.data(), step, MEM::CPU);
+        const Result written = writeNpy(mat, folder / "a.npy");
+        ASSERT_TRUE(written.ok()) << written.text;
+        const std::string content = contentOf(folder / "a.npy");
+        EXPECT_EQ(written.bytes, content.size());
+        const std::string dictionary = "{'descr': '" + std::string(kind.descr) +
+                                       "', 'fortran_order': False, 'shape': (97, 301" + kind.channels +
+                                       "), }";
+        EXPECT_EQ(content.substr(10, dictionary.size()), dictionary);
+        EXPECT_EQ((content.size() - rowBytes * HEIGHT) % 64, 0U) << "NumPy aligns the elements";
+
+        Mat back;
+        const Result read = readNpy(folder / "a.npy", back);
+        ASSERT_TRUE(read.ok()) << read.text;
+        ASSERT_EQ(back.dataType, kind.type);
+        ASSERT_EQ(back.width, WIDTH);
+        ASSERT_EQ(back.height, HEIGHT);
+        for (std::size_t y = 0; y < HEIGHT; ++y) {
+            ASSERT_EQ(std::memcmp(back.ptrCPU + y * rowBytes, bytes.data() + y * step, rowBytes), 0) << y;
+        }
+    }
+}
+
+TEST(NpyTest, TakesOtherByteOrdersAndFortranOrder) {
+    const ScratchFolder folder;
+    const std::string path = folder / "a.npy";
+    // the six numbers 0x0102 to 0x0607, as NumPy would store [[102, 203, 304], [405, 506, 607]] (hexadecimal)
+    const std::string big("\x01\x02\x02\x03\x03\x04\x04\x05\x05\x06\x06\x07", 12);
+    const std::string fortranLittle("\x02\x01\x05\x04\x03\x02\x06\x05\x04\x03\x07\x06", 12);
+    const std::uint16_t wanted[] = {0x0102, 0x0203, 0x0304, 0x0405, 0x0506, 0x0607};
+    put(path, npy("{'descr': '>u2', 'fortran_order': False, 'shape': (2, 3), }", big));
+    Mat mat;
+    ASSERT_TRUE(readNpy(path, mat).ok());
+    EXPECT_EQ(std::memcmp(mat.ptrCPU, wanted, sizeof wanted), 0);
+    put(path, npy("{\"shape\":(2,3),\"fortran_order\":True,\"descr\":\"<u2\"}", fortranLittle));
+    ASSERT_TRUE(readNpy(path, mat).ok());
+    EXPECT_EQ(std::memcmp(mat.ptrCPU, wanted, sizeof wanted), 0);
+}
+
+TEST(NpyTest, RefusesWhatNoMatHoldsAndLeavesTheMat) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "a.npy: the file ends too early"},
+        {"\x93NUMPX............", "a.npy: not a NumPy array"},
+        {npy("{'descr': '<f8', 'fortran_order': False, 'shape': (1, 1), }", "12345678"),
+         "a.npy: no Mat has elements of 'f8' in 1 channels"},
+        {npy("{'descr': [('x', '<f4')], 'fortran_order': False, 'shape': (1, 1), }", "1234"),
+         "a.npy: elements of a type that no Mat has"},
+        {npy("{'descr': '<f4', 'fortran_order': False, 'shape': (1, 1, 5), }", std::string(20, ' ')),
+         "a.npy: no Mat has elements of 'f4' in 5 channels"},
+        {npy("{'descr': '<f4', 'fortran_order': False, 'shape': (4,), }", std::string(16, ' ')),
+         "a.npy: an array of 1 dimensions"},
+        {npy("{'descr': '<f4', 'shape': (1, 1), }", "1234"), "a.npy: the header has no 'fortran_order'"},
+        {npy("{'descr': '<f4', 'fortran_order': False, 'shape': (2147483647, 2147483647), }", "1234"),
+         "a.npy: the file is too short for its 2147483647 x 2147483647 pixels"},
+        {npy("{'descr': '<f4', 'fortran_order': False, 'shape': (99999999999999999999, 1), }", ""),
+         "a.npy: a side of the array is too long"},
+        {npy("{'descr': '<f4', 'fortran_order': False, 'shape': (2, 1), }", "1234567"),
+         "a.npy: the file is too short for its 1 x 2 pixels"},
+    };
+    for (const auto& [content, text] : cases) {
+        const ScratchFolder folder;
+        put(folder / "a.npy", content);
+        Mat mat(3, 2, MAT_TYPE::MAT_8U_C1);
+        const unsigned char* const before = mat.ptrCPU;
+        const Result result = readNpy(folder / "a.npy", mat);
+        EXPECT_EQ(result.code, ERROR_CODE::FAILURE);
+        const std::string said = toStdString(result.text);
+        EXPECT_EQ(said.substr(said.rfind('/') + 1), text);
+        EXPECT_EQ(mat.ptrCPU, before);
+    }
+}
+
+}  // namespace
+}  // namespace vela::io
