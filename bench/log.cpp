@@ -3,7 +3,7 @@
 #include "support/Session.hpp"
 
 #include "vela_core/log/KLogger.hpp"
-#include "vela_core/log/statements.hpp"
+#include "vela_core/log/detail/statements.hpp"
 
 #include <quill/Frontend.h>
 #include <quill/LogMacros.h>

@@ -44,17 +44,17 @@ endif()
 # Adds the chosen backend to a target, and the macro that tells its users which one it is.
 function(vela_add_gpu_sources target)
     if(VELA_GPU_FLAVOUR STREQUAL "cuda")
-        target_sources(${target} PRIVATE vela_gpu/cuda/launchers.cu)
+        target_sources(${target} PRIVATE vela_gpu/kernels/launchers.cu)
         target_compile_definitions(${target} PUBLIC VELA_GPU_CUDA=1)
         target_link_libraries(${target} PUBLIC CUDA::cudart_static)
         # Kernels give the same bits as host loops: no fused multiply-add.
         target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CUDA>:-fmad=false>)
     else()
         target_sources(${target} PRIVATE
-            vela_gpu/software/DeviceMemory.cpp
-            vela_gpu/software/StandIn.cpp
+            vela_gpu/software/detail/DeviceMemory.cpp
+            vela_gpu/software/detail/StandIn.cpp
             vela_gpu/software/error_texts.cpp
-            vela_gpu/software/launchers.cpp
+            vela_gpu/kernels/launchers.cpp
             vela_gpu/software/runtime.cpp)
         target_compile_definitions(${target} PUBLIC VELA_GPU_SOFTWARE=1)
     endif()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vela_gpu/PixelView.hpp"
+#include "vela_gpu/kernels/detail/PixelView.hpp"
 
 #include <cstddef>
 #include <cstring>

@@ -3,7 +3,7 @@
 #include "device.hpp"
 #include "vela_core/geometry/mat_conversion.hpp"
 #include "vela_gpu/kernels.hpp"
-#include "vela_gpu/pixel_ops.hpp"
+#include "vela_gpu/kernels/detail/pixel_ops.hpp"
 
 #include <cstring>
 

@@ -1,7 +1,7 @@
 #include "vela_core/geometry/conversion.hpp"
 
 #include "support/geometry.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 
 #include <Eigen/Geometry>
 

@@ -2,7 +2,7 @@
 
 #include "support/device.hpp"
 #include "support/geometry.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "vela_core/geometry/Matrix4f.hpp"
 #include "vela_core/log/CudaSafeCall.hpp"
 #include "vela_core/log/KLogger.hpp"
-#include "vela_core/log/statements.hpp"
+#include "vela_core/log/detail/statements.hpp"
 #include "vela_core/utils/Mat.hpp"
 
 #include "support/ScratchFolder.hpp"

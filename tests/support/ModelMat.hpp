@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/device.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/utils/Mat.hpp"
 
 #include <map>

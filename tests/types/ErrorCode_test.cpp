@@ -2,7 +2,7 @@
 
 #include "support/ScratchFolder.hpp"
 #include "support/device.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/types/enum_stream.hpp"
 
 namespace vela::test {

@@ -2,7 +2,7 @@
 
 #include "support/ScratchFolder.hpp"
 #include "support/capture.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/utils/depth_export.hpp"
 #include "vela_core/utils/point_cloud_export.hpp"
 

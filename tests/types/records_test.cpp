@@ -1,5 +1,5 @@
 #include "support/ScratchFolder.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/types/process_values.hpp"
 #include "vela_core/types/records/CalibrationParameters.hpp"
 #include "vela_core/types/records/InputType.hpp"

@@ -4,7 +4,7 @@
 
 #include "support/capture.hpp"
 #include "support/device.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 
 #include <gtest/gtest.h>
 

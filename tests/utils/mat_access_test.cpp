@@ -1,7 +1,7 @@
 #include "support/capture.hpp"
 #include "support/device.hpp"
 #include "vela_core/types/Vector.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/utils/Mat.hpp"
 
 #include <gtest/gtest.h>

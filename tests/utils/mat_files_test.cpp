@@ -1,11 +1,11 @@
 // Faults of files are in file_faults_test.
-#include "vela_core/utils/mat_files.hpp"
+#include "vela_core/utils/detail/mat_files.hpp"
 
 #include "support/ScratchFolder.hpp"
 #include "support/capture.hpp"
 #include "support/device.hpp"
 #include "vela_core/types/Vector.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 
 #include <gtest/gtest.h>
 #include <opencv2/imgcodecs.hpp>

@@ -1,5 +1,5 @@
 #include "support/device.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/utils/image_conversion.hpp"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "vela_core/utils/number_text.hpp"
+#include "vela_core/utils/detail/number_text.hpp"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include "support/ScratchFolder.hpp"
 #include "support/cloud.hpp"
-#include "vela_core/utils/file_names.hpp"
+#include "vela_core/utils/detail/file_names.hpp"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

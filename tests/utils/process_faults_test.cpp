@@ -1,7 +1,7 @@
 // Mats in programs that fork and that work on several threads.
 #include "support/device.hpp"
 #include "vela_core/geometry/mat_conversion.hpp"
-#include "vela_core/log/statements.hpp"
+#include "vela_core/log/detail/statements.hpp"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>

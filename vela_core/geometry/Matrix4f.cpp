@@ -1,6 +1,6 @@
 #include "vela_core/geometry/Matrix4f.hpp"
 
-#include "vela_core/log/statements.hpp"
+#include "vela_core/log/detail/statements.hpp"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,8 +2,8 @@
 
 #include "vela_core/geometry/Matrix3f.hpp"
 #include "vela_core/geometry/Matrix4f.hpp"
-#include "vela_core/types/text_format.hpp"
-#include "vela_core/utils/number_text.hpp"
+#include "vela_core/types/detail/text_format.hpp"
+#include "vela_core/utils/detail/number_text.hpp"
 
 namespace vela {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vela_gpu/pixel_ops.hpp"
+#include "vela_gpu/kernels/detail/pixel_ops.hpp"
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "vela_gpu/PixelView.hpp"
-#include "vela_gpu/pixel_ops.hpp"
+#include "vela_gpu/kernels/detail/PixelView.hpp"
+#include "vela_gpu/kernels/detail/pixel_ops.hpp"
 
 namespace vela {
 

@@ -2,10 +2,10 @@
 
 #include "vela_core/geometry/conversion.hpp"
 #include "vela_core/geometry/host_loops.hpp"
-#include "vela_core/types/enum_cast.hpp"
-#include "vela_core/utils/buffers.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
+#include "vela_core/utils/detail/buffers.hpp"
 #include "vela_gpu/kernels.hpp"
-#include "vela_gpu/pixel_ops.hpp"
+#include "vela_gpu/kernels/detail/pixel_ops.hpp"
 
 #include <algorithm>
 #include <cstdint>

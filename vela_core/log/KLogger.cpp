@@ -1,6 +1,6 @@
 #include "vela_core/log/KLogger.hpp"
 
-#include "vela_core/types/enum_table.hpp"
+#include "vela_core/types/detail/enum_table.hpp"
 
 #include <quill/Backend.h>
 #include <quill/Frontend.h>

@@ -1,7 +1,7 @@
 #include "vela_core/types/ErrorCode.hpp"
 
-#include "vela_core/types/enum_cast.hpp"
-#include "vela_core/types/unknown_texts.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
+#include "vela_core/types/detail/unknown_texts.hpp"
 #include "vela_gpu/runtime.hpp"
 
 #include <iterator>

@@ -1,6 +1,6 @@
 #include "vela_core/types/Memory.hpp"
 
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 
 #include <iterator>
 

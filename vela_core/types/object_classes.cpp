@@ -1,6 +1,6 @@
 #include "vela_core/types/Detection.hpp"
+#include "vela_core/types/detail/enum_table.hpp"
 #include "vela_core/types/enum_names.hpp"
-#include "vela_core/types/enum_table.hpp"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "vela_core/types/process_values.hpp"
 
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 
 namespace vela {
 namespace {

@@ -1,9 +1,9 @@
 #include "vela_core/utils/depth_export.hpp"
 
-#include "vela_core/types/enum_table.hpp"
-#include "vela_core/types/text_format.hpp"
-#include "vela_core/utils/BlockFile.hpp"
-#include "vela_core/utils/file_names.hpp"
+#include "vela_core/types/detail/enum_table.hpp"
+#include "vela_core/types/detail/text_format.hpp"
+#include "vela_core/utils/detail/BlockFile.hpp"
+#include "vela_core/utils/detail/file_names.hpp"
 
 #include <opencv2/imgcodecs.hpp>
 

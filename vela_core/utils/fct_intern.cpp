@@ -1,7 +1,7 @@
 #include "vela_core/utils/fct_intern.hpp"
 
-#include "vela_core/log/statements.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/log/detail/statements.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 
 namespace vela {
 namespace {

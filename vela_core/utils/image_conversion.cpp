@@ -1,7 +1,7 @@
 #include "vela_core/utils/image_conversion.hpp"
 
 #include "vela_core/types/Vector.hpp"
-#include "vela_core/utils/mat_sides.hpp"
+#include "vela_core/utils/detail/mat_sides.hpp"
 #include "vela_gpu/kernels.hpp"
 
 #include <cstdint>

@@ -1,10 +1,10 @@
 #include "vela_core/types/Vector.hpp"
-#include "vela_core/types/text_format.hpp"
+#include "vela_core/types/detail/text_format.hpp"
 #include "vela_core/utils/Mat.hpp"
-#include "vela_core/utils/buffers.hpp"
-#include "vela_core/utils/fill.hpp"
-#include "vela_core/utils/mat_sides.hpp"
-#include "vela_core/utils/signatures.hpp"
+#include "vela_core/utils/detail/buffers.hpp"
+#include "vela_core/utils/detail/fill.hpp"
+#include "vela_core/utils/detail/mat_sides.hpp"
+#include "vela_core/utils/detail/signatures.hpp"
 #include "vela_gpu/kernels.hpp"
 
 #include <cstdint>

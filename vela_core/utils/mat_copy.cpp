@@ -1,9 +1,9 @@
-#include "vela_core/utils/mat_copy.hpp"
+#include "vela_core/utils/detail/mat_copy.hpp"
 
-#include "vela_core/log/statements.hpp"
-#include "vela_core/utils/buffers.hpp"
-#include "vela_core/utils/mat_sides.hpp"
-#include "vela_core/utils/signatures.hpp"
+#include "vela_core/log/detail/statements.hpp"
+#include "vela_core/utils/detail/buffers.hpp"
+#include "vela_core/utils/detail/mat_sides.hpp"
+#include "vela_core/utils/detail/signatures.hpp"
 
 #include <iterator>
 

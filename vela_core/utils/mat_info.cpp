@@ -1,5 +1,5 @@
-#include "vela_core/types/enum_cast.hpp"
-#include "vela_core/types/text_format.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
+#include "vela_core/types/detail/text_format.hpp"
 #include "vela_core/utils/Mat.hpp"
 
 #include <cstdint>

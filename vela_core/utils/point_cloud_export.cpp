@@ -1,11 +1,11 @@
 #include "vela_core/utils/point_cloud_export.hpp"
 
-#include "vela_core/types/enum_cast.hpp"
-#include "vela_core/types/enum_table.hpp"
-#include "vela_core/types/text_format.hpp"
-#include "vela_core/utils/BlockFile.hpp"
-#include "vela_core/utils/file_names.hpp"
-#include "vela_core/utils/number_text.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
+#include "vela_core/types/detail/enum_table.hpp"
+#include "vela_core/types/detail/text_format.hpp"
+#include "vela_core/utils/detail/BlockFile.hpp"
+#include "vela_core/utils/detail/file_names.hpp"
+#include "vela_core/utils/detail/number_text.hpp"
 
 #include <algorithm>
 #include <cmath>

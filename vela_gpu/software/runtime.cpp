@@ -1,6 +1,6 @@
 #include "vela_gpu/software/runtime.hpp"
 
-#include "vela_gpu/software/StandIn.hpp"
+#include "vela_gpu/software/detail/StandIn.hpp"
 
 #include <cstdint>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "vela_core/types/records/properties.hpp"
 
+#include "vela_core/types/detail/text_format.hpp"
 #include "vela_core/types/enum_names.hpp"
-#include "vela_core/types/text_format.hpp"
 
 namespace vela {
 

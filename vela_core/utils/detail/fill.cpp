@@ -1,4 +1,4 @@
-#include "vela_core/utils/fill.hpp"
+#include "vela_core/utils/detail/fill.hpp"
 
 #include <algorithm>
 #include <cstring>

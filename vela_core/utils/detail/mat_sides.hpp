@@ -1,7 +1,7 @@
 #pragma once
 
 #include "vela_core/types/Memory.hpp"
-#include "vela_core/types/enum_cast.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 
 namespace vela {
 

@@ -1,4 +1,4 @@
-#include "vela_core/utils/BlockFile.hpp"
+#include "vela_core/utils/detail/BlockFile.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>

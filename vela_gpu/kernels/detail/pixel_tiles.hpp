@@ -1,7 +1,7 @@
 #pragma once
 
 #include "vela_core/types/host_device.hpp"
-#include "vela_gpu/PixelView.hpp"
+#include "vela_gpu/kernels/detail/PixelView.hpp"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "vela_core/log/statements.hpp"
+#include "vela_core/log/detail/statements.hpp"
 
 #include "vela_core/log/KLogger.hpp"
 

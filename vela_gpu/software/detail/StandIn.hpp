@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vela_gpu/software/DeviceMemory.hpp"
+#include "vela_gpu/software/detail/DeviceMemory.hpp"
 #include "vela_gpu/software/device.hpp"
 #include "vela_gpu/software/runtime.hpp"
 

@@ -1,4 +1,4 @@
-#include "vela_core/utils/buffers.hpp"
+#include "vela_core/utils/detail/buffers.hpp"
 
 #include "vela_core/log/CudaSafeCall.hpp"
 

@@ -1,5 +1,5 @@
-#include "vela_gpu/pixel_tiles.hpp"
-#include "vela_gpu/software/StandIn.hpp"
+#include "vela_gpu/kernels/detail/pixel_tiles.hpp"
+#include "vela_gpu/software/detail/StandIn.hpp"
 
 #include <cstring>
 
@@ -86,4 +86,4 @@ void launchTilesByMatrix(Walker walker, const float* matrix) {
 }  // namespace
 }  // namespace vela
 
-#include "vela_gpu/kernel_entries.inl"
+#include "vela_gpu/kernels/detail/kernel_entries.inl"

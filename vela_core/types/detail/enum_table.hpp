@@ -1,8 +1,8 @@
 #pragma once
 
 #include "vela_core/types/String.hpp"
-#include "vela_core/types/enum_cast.hpp"
-#include "vela_core/types/unknown_texts.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
+#include "vela_core/types/detail/unknown_texts.hpp"
 
 #include <cstddef>
 

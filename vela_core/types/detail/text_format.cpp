@@ -1,4 +1,4 @@
-#include "vela_core/types/text_format.hpp"
+#include "vela_core/types/detail/text_format.hpp"
 
 #include <cstdarg>
 #include <cstdint>

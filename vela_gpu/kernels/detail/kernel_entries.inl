@@ -5,10 +5,10 @@
 //     launchTilesByMatrix(walker, matrix)      the same with an operation of a matrix in device memory
 //                                              instead of the walker's, on the null stream
 
-#include "vela_gpu/PixelView.hpp"
 #include "vela_gpu/kernels.hpp"
-#include "vela_gpu/pixel_ops.hpp"
-#include "vela_gpu/pixel_tiles.hpp"
+#include "vela_gpu/kernels/detail/PixelView.hpp"
+#include "vela_gpu/kernels/detail/pixel_ops.hpp"
+#include "vela_gpu/kernels/detail/pixel_tiles.hpp"
 
 namespace vela {
 

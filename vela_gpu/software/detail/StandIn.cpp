@@ -1,4 +1,4 @@
-#include "vela_gpu/software/StandIn.hpp"
+#include "vela_gpu/software/detail/StandIn.hpp"
 
 #include <pthread.h>
 

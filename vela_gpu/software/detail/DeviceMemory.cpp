@@ -1,4 +1,4 @@
-#include "vela_gpu/software/DeviceMemory.hpp"
+#include "vela_gpu/software/detail/DeviceMemory.hpp"
 
 #include <sys/mman.h>
 

@@ -1,4 +1,4 @@
-#include "vela_gpu/pixel_tiles.hpp"
+#include "vela_gpu/kernels/detail/pixel_tiles.hpp"
 
 #include <cuda_runtime_api.h>
 
@@ -90,4 +90,4 @@ void launchTilesByMatrix(const Walker& walker, const float* matrix) {
 }  // namespace
 }  // namespace vela
 
-#include "vela_gpu/kernel_entries.inl"
+#include "vela_gpu/kernels/detail/kernel_entries.inl"
