@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "bindings.hpp"
+
+#include <nanobind/stl/string.h>
+
+namespace vela::python {
+
+void raise(ERROR_CODE code, const std::string& operation) {
+    raise(code, operation, toStdString(toVerbose(code)));
+}
+
+void raise(ERROR_CODE code, const std::string& operation, const std::string& text) {
+    const nb::object type = nb::module_::import_("vela._errors").attr("Error");
+    const nb::object error = type(operation + ": " + text, code);
+    PyErr_SetObject(type.ptr(), error.ptr());
+    throw nb::python_error();
+}
+
+namespace {
+
+bool hasGpu() {
+#if defined(VELA_GPU_CUDA)
+    int count = 0;
+    const bool found = cudaGetDeviceCount(&count) == cudaSuccess && count > 0;
+    cudaGetLastError();
+    return found;
+#else
+    return false;
+#endif
+}
+
+}  // namespace
+
+}  // namespace vela::python
+
+NB_MODULE(_core, module) {
+    using namespace vela::python;
+    module.attr("__version__") = VELA_VERSION;
+#if defined(VELA_GPU_CUDA)
+    module.attr("backend") = "cuda";
+#else
+    module.attr("backend") = "software";
+#endif
+    module.def("has_gpu", &hasGpu,
+               "Whether Mats can have a device side; False in builds for the software device.");
+    bindEnums(module);
+    bindMat(module);
+    bindDevice(module);
+}

@@ -1,0 +1,200 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What is done to a Mat: conversions, copies between sides, pickling, errors."""
+
+import copy
+import pickle
+
+import numpy as np
+import pytest
+import vela
+from vela import COORDINATE_SYSTEM as AXES
+from vela import COPY_TYPE, ERROR_CODE, MAT_TYPE, MEM, UNIT, Mat
+
+
+@pytest.fixture
+def device(monkeypatch):
+    """Lets the software device stand in for a GPU."""
+    monkeypatch.setenv("VELA_SOFTWARE_DEVICE", "1")
+
+
+def cloud(height=3, width=4):
+    values = np.arange(height * width * 4, dtype=np.float32).reshape(height, width, 4)
+    values[..., 3] = np.frombuffer(b"\x01\x02\x03\xff\xff\xff\xff\x7f", np.float32)[0]
+    return values
+
+
+class TestConversions:
+    def test_units_of_a_part(self):
+        big = np.arange(600, dtype=np.float32).reshape(20, 30)
+        expected = big.copy()
+        expected[4:9, 6:16] *= np.float32(1000)
+        Mat.from_array(big[4:9, 6:16], copy=False).convert_unit(UNIT.METER, UNIT.MILLIMETER)
+        assert np.array_equal(big, expected)
+
+    @pytest.mark.parametrize("fourth", [b"\x01\x02\x03\xff", b"\x00\x00\xa0\x7f"])  # a denormal, a signalling NaN
+    def test_packed_colour_keeps_its_bits(self, fourth):
+        values = cloud()
+        values[..., 3] = np.frombuffer(fourth, np.float32)[0]
+        values.view(np.uint8).reshape(3, 4, 16)[..., 12:] = list(fourth)
+        m = Mat.from_array(values.copy())
+        m.convert_unit(UNIT.METER, UNIT.CENTIMETER)
+        assert np.array_equal(m.xyz, values[..., :3] * np.float32(100))
+        assert (m.rgba == list(fourth)).all()
+        m.convert_coordinate_system(AXES.IMAGE, AXES.RIGHT_HANDED_Z_UP_AND_X_FORWARD)
+        assert (m.rgba == list(fourth)).all()
+
+    def test_fourth_channel_on_request(self):
+        values = np.ones((2, 2, 4), np.float32)
+        m = Mat.from_array(values)
+        m.convert_unit(UNIT.METER, UNIT.METER)
+        assert (values == 1).all()
+        m.convert_unit(UNIT.METER, UNIT.MILLIMETER, scale_fourth=True)
+        assert (values == 1000).all()
+
+    @pytest.mark.parametrize("channels", [3, 4])
+    def test_axes(self, channels):
+        values = cloud()[..., :channels].copy()
+        m = Mat.from_array(values.copy())
+        m.convert_coordinate_system(AXES.IMAGE, AXES.RIGHT_HANDED_Z_UP_AND_X_FORWARD)
+        x, y, z = (values[..., i] for i in range(3))
+        assert np.array_equal(m.xyz, np.dstack([z, -x, -y]))  # forward, left, up
+
+    def test_refusals(self, device):
+        depth, picture = Mat(2, 2, MAT_TYPE.MAT_32F_C1), Mat(2, 2, MAT_TYPE.MAT_8U_C1)
+        for call, code, why in (
+            (lambda: picture.convert_unit(UNIT.METER, UNIT.INCH), ERROR_CODE.INVALID_FUNCTION_PARAMETERS, "arguments"),
+            (lambda: depth.convert_coordinate_system(AXES.IMAGE, AXES.LEFT_HANDED_Z_UP_AND_X_FORWARD),
+             ERROR_CODE.INVALID_FUNCTION_PARAMETERS, "arguments"),
+            (lambda: Mat().convert_unit(UNIT.METER, UNIT.INCH), ERROR_CODE.INVALID_FUNCTION_CALL, "empty"),
+            (lambda: depth.convert_unit(UNIT.METER, UNIT.INCH, MEM.BOTH), ERROR_CODE.INVALID_FUNCTION_CALL, "device"),
+            (lambda: depth.update_cpu_from_gpu(), ERROR_CODE.INVALID_FUNCTION_CALL, "no device side"),
+            (lambda: Mat(2, 2, MAT_TYPE.MAT_32F_C1, MEM.GPU).convert_unit(UNIT.METER, UNIT.INCH),
+             ERROR_CODE.INVALID_FUNCTION_CALL, "no host side"),
+            (lambda: depth.copy_to(Mat(), COPY_TYPE.GPU_CPU), ERROR_CODE.INVALID_FUNCTION_CALL, "no device side"),
+            (lambda: Mat.from_array(np.ones((2, 2), np.float32)).update_gpu_from_cpu(), ERROR_CODE.FAILURE, "shares memory"),
+        ):  # fmt: skip
+            with pytest.raises(vela.Error, match=why) as caught:
+                call()
+            assert caught.value.code is code
+        for call in (
+            lambda: depth.convert_unit(UNIT.METER, UNIT.INCH, MEM.MANAGED),
+            lambda: Mat(2, 2, MAT_TYPE.MAT_32F_C4, MEM.BOTH).convert_unit(
+                UNIT.METER, UNIT.INCH, MEM.GPU, scale_fourth=True
+            ),
+            lambda: Mat(2, 2, MAT_TYPE.MAT_8U_C1, MEM(0)),
+        ):
+            with pytest.raises(ValueError):
+                call()
+        for call in (
+            lambda: depth.convert_unit(UNIT.METER, AXES.IMAGE),
+            lambda: depth.convert_unit(2, 0),
+            lambda: Mat(2, 2, UNIT.METER),
+            lambda: Mat(-1, 2, MAT_TYPE.MAT_8U_C1),
+        ):
+            with pytest.raises(TypeError):
+                call()
+        with pytest.raises(MemoryError):
+            Mat(2**40, 2**20, MAT_TYPE.MAT_8U_C1)
+
+    def test_without_pixels(self):
+        m = Mat(0, 3, MAT_TYPE.MAT_32F_C4)
+        m.convert_unit(UNIT.METER, UNIT.INCH)
+        m.convert_coordinate_system(AXES.IMAGE, AXES.LEFT_HANDED_Z_UP_AND_X_FORWARD)
+        assert m.clone().shape == (3, 0, 4) and m.valid.shape == (3, 0)
+
+
+class TestCopies:
+    def test_written_through_or_replaced(self):
+        big = np.zeros((6, 8), np.uint8)
+        part = Mat.from_array(big[1:4, 2:7], copy=False)
+        source = Mat.from_array(np.arange(1, 16, dtype=np.uint8).reshape(3, 5))
+        source.timestamp = 7
+        source.copy_to(part)
+        assert np.array_equal(big[1:4, 2:7], source.numpy()) and np.count_nonzero(big) == 15
+        assert part.timestamp == 7
+        Mat.from_array(np.ones((2, 2), np.uint8)).copy_to(part)
+        assert part.shape == (2, 2) and part.owns and np.count_nonzero(big) == 15
+
+    @pytest.mark.parametrize("shift", [-1, 1])
+    def test_between_parts_that_overlap(self, shift):
+        values = np.arange(80, dtype=np.float32).reshape(8, 10)
+        expected = values[1:7].copy()
+        Mat.from_array(values[1:7]).copy_to(Mat.from_array(values[1 + shift : 7 + shift], copy=False))
+        assert np.array_equal(values[1 + shift : 7 + shift], expected)
+
+    def test_clone(self, device):
+        for mem in (MEM.CPU, MEM.BOTH, MEM.MANAGED):
+            m = Mat(3, 2, MAT_TYPE.MAT_32F_C3, mem)
+            m.set_to((1, 2, 3))
+            m.timestamp, m.name = 5, "left"
+            n = m.clone()
+            m.set_to(0)
+            assert (n.mem, n.timestamp, n.name) == (mem, 5, "n/a") and (n.numpy() == [1, 2, 3]).all()
+        assert not Mat().clone()
+
+    def test_through_the_device(self, device):
+        values = cloud()
+        m = Mat.from_array(values, copy=True)
+        m.update_gpu_from_cpu()
+        assert m.mem is MEM.BOTH
+        m.set_to(0)
+        m.convert_unit(UNIT.METER, UNIT.MILLIMETER, MEM.GPU)
+        assert (m.numpy() == 0).all(), "the host side is another one"
+        kept = m.clone()
+        m.update_cpu_from_gpu()
+        assert np.array_equal(m.xyz, values[..., :3] * 1000) and np.array_equal(m.rgba[0, 0], Mat.from_array(values).rgba[0, 0])
+        kept.convert_unit(UNIT.MILLIMETER, UNIT.METER, MEM.BOTH)
+        assert np.allclose(kept.xyz, values[..., :3], rtol=1e-6, atol=0)
+        there, back = Mat(), Mat()
+        m.copy_to(there, COPY_TYPE.CPU_GPU)
+        there.copy_to(back, COPY_TYPE.GPU_CPU)
+        assert (there.mem, back.mem) == (MEM.GPU, MEM.CPU) and bytes(back) == bytes(m)
+        there.update_cpu_from_gpu()
+        assert there.mem is MEM.BOTH and bytes(there) == bytes(m)
+
+
+class TestPickle:
+    @pytest.mark.parametrize("protocol", range(2, pickle.HIGHEST_PROTOCOL + 1))
+    @pytest.mark.parametrize("values", [cloud(), cloud()[:, 1:3], np.zeros((0, 2, 3), np.uint8), np.ones((2, 2), np.int8)[:0]])
+    def test_round_trip(self, protocol, values):
+        if values.dtype == np.int8:
+            values = np.arange(8, dtype=np.int8).reshape(1, 2, 4)
+        m = Mat.from_array(values)
+        m.timestamp, m.name = 2**63, "Übersicht"
+        n = pickle.loads(pickle.dumps(m, protocol))
+        assert (n.type, n.shape, n.timestamp, n.name) == (m.type, m.shape, 2**63, "Übersicht")
+        assert bytes(n) == bytes(m)
+        n.set_to(1)  # writable, whatever pickle made of it
+
+    def test_pixels_go_out_of_band(self):
+        m = Mat.from_array(np.arange(1_000_000, dtype=np.float32).reshape(1000, 1000))
+        buffers = []
+        data = pickle.dumps(m, 5, buffer_callback=buffers.append)
+        assert len(data) < 500 and np.shares_memory(np.asarray(buffers[0]).view(np.float32).ravel(), m.numpy())
+        assert np.array_equal(pickle.loads(data, buffers=buffers).numpy(), m.numpy())
+
+    def test_what_has_no_host_side_cannot_be_pickled(self, device):
+        for m in (Mat(), Mat(2, 2, MAT_TYPE.MAT_8U_C1, MEM.GPU)):
+            with pytest.raises(BufferError):
+                pickle.dumps(m)
+
+    def test_copy_module(self):
+        m = Mat.from_array(cloud())
+        assert np.shares_memory(copy.copy(m).numpy(), m.numpy())
+        deep = copy.deepcopy(m)
+        assert not np.shares_memory(deep.numpy(), m.numpy()) and bytes(deep) == bytes(m)
+
+
+def test_errors_carry_code_and_text():
+    error = vela.Error("convert: no", ERROR_CODE.CUDA_ERROR)
+    again = pickle.loads(pickle.dumps(error))
+    assert (type(again), str(again), again.code) == (vela.Error, "convert: no", ERROR_CODE.CUDA_ERROR)
+    assert isinstance(error, RuntimeError) and repr(type(error)) == "<class 'vela.Error'>"
+
+
+def test_describes_itself():
+    m = Mat(5, 3, MAT_TYPE.MAT_8U_C3)
+    m.name = "left"
+    assert repr(m) == 'Mat(5, 3, 8U C3, CPU, "left")'
+    assert repr(Mat.from_array(np.zeros((1, 2), np.float32))) == "Mat(2, 1, 32F C1, CPU, shared)"
+    assert repr(Mat()) == "Mat()" and not Mat() and m and not Mat().owns

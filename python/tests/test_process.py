@@ -1,0 +1,43 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What importing and using the package does to a process: time, threads, forks, other threads."""
+
+import subprocess
+import sys
+
+import pytest
+
+
+def in_a_process(code):
+    done = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, timeout=60)
+    assert done.returncode == 0, done.stderr
+    return done.stdout.split()
+
+
+def test_import_is_light():
+    """One thread; no numpy and nothing else of size before it is needed."""
+    code = (
+        "import sys, os; before = set(sys.modules); import vela; "
+        "print(len(os.listdir('/proc/self/task')), 'numpy' in sys.modules, len(set(sys.modules) - before))"
+    )
+    threads, numpy_loaded, modules = in_a_process(code)
+    assert (threads, numpy_loaded) == ("1", "False") and int(modules) < 25
+
+
+def test_freeing_while_converting(run_program):
+    assert run_program("race.py") == "survived\n"
+
+
+@pytest.mark.parametrize("order", ["log-first", "fork-first"])
+@pytest.mark.parametrize("end", ["exit", "_exit"])
+def test_forks_end(run_program, order, end):
+    assert run_program("fork.py", order, end, timeout=30).split()[-1] == "ended"
+
+
+def test_other_threads_run_meanwhile(run_program):
+    ticks, seconds = map(float, run_program("gil.py").split())
+    assert ticks > 20 * seconds, "a thread that ticks 200 times a second where it may"
+
+
+@pytest.mark.parametrize("method", ["spawn", "fork"])
+def test_multiprocessing(run_program, method):
+    assert run_program("pool.py", method) == "equal\n"
