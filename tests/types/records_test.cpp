@@ -2,11 +2,12 @@
 #include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/types/process_values.hpp"
 #include "vela_core/types/records/CalibrationParameters.hpp"
+#include "vela_core/types/records/DeviceProperties.hpp"
 #include "vela_core/types/records/InputType.hpp"
 #include "vela_core/types/records/Objects.hpp"
 #include "vela_core/types/records/SensorsConfiguration.hpp"
 #include "vela_core/types/records/SensorsData.hpp"
-#include "vela_core/types/records/properties.hpp"
+#include "vela_core/types/records/StreamingProperties.hpp"
 
 #include <cmath>
 #include <tuple>

@@ -1,48 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/types/String.hpp"
+#include "vela_core/types/enum_stream.hpp"
+
 #include <cstdint>
-#include <vector>
 
 namespace vela {
-
-/// Coarse class of a detected object.
-enum class OBJECT_CLASS : std::int32_t {
-    PERSON = 0,
-    VEHICLE = 1,
-    BAG = 2,
-    ANIMAL = 3,
-    ELECTRONICS = 4,
-    FRUIT_VEGETABLE = 5,
-    SPORT = 6,
-};
-
-/// Fine class of a detected object.
-enum class OBJECT_SUBCLASS : std::int32_t {
-    PERSON = 0,
-    BICYCLE = 1,
-    CAR = 2,
-    MOTORBIKE = 3,
-    BUS = 4,
-    TRUCK = 5,
-    BOAT = 6,
-    BACKPACK = 7,
-    HANDBAG = 8,
-    SUITCASE = 9,
-    BIRD = 10,
-    CAT = 11,
-    DOG = 12,
-    HORSE = 13,
-    SHEEP = 14,
-    COW = 15,
-    CELLPHONE = 16,
-    LAPTOP = 17,
-    BANANA = 18,
-    APPLE = 19,
-    ORANGE = 20,
-    CARROT = 21,
-    PERSON_HEAD = 22,
-    SPORTSBALL = 23,
-};
 
 /// State of the tracking of an object.
 enum class OBJECT_TRACKING_STATE : std::int32_t {
@@ -77,77 +41,11 @@ enum class DETECTION_MODEL : std::int32_t {
     CUSTOM_BOX_OBJECTS = 8,
 };
 
-/// Layout of a skeleton.
-enum class BODY_FORMAT : std::int32_t {
-    POSE_18 = 0,  ///< keypoints are `BODY_PARTS`
-    POSE_34 = 1,  ///< keypoints are `BODY_PARTS_POSE_34`
-};
-
-/// Keypoint of a skeleton of `POSE_18`; sides are the person's own.
-enum class BODY_PARTS : std::int32_t {
-    NOSE = 0,
-    NECK = 1,
-    RIGHT_SHOULDER = 2,
-    RIGHT_ELBOW = 3,
-    RIGHT_WRIST = 4,
-    LEFT_SHOULDER = 5,
-    LEFT_ELBOW = 6,
-    LEFT_WRIST = 7,
-    RIGHT_HIP = 8,
-    RIGHT_KNEE = 9,
-    RIGHT_ANKLE = 10,
-    LEFT_HIP = 11,
-    LEFT_KNEE = 12,
-    LEFT_ANKLE = 13,
-    RIGHT_EYE = 14,
-    LEFT_EYE = 15,
-    RIGHT_EAR = 16,
-    LEFT_EAR = 17,
-};
-
-/// Keypoint of a skeleton of `POSE_34`; sides are the person's own.
-enum class BODY_PARTS_POSE_34 : std::int32_t {
-    PELVIS = 0,
-    LOWER_SPINE = 1,
-    UPPER_SPINE = 2,
-    NECK = 3,
-    LEFT_COLLAR = 4,
-    LEFT_SHOULDER = 5,
-    LEFT_ELBOW = 6,
-    LEFT_WRIST = 7,
-    LEFT_PALM = 8,
-    LEFT_FINGERTIP = 9,
-    LEFT_THUMB = 10,
-    RIGHT_COLLAR = 11,
-    RIGHT_SHOULDER = 12,
-    RIGHT_ELBOW = 13,
-    RIGHT_WRIST = 14,
-    RIGHT_PALM = 15,
-    RIGHT_FINGERTIP = 16,
-    RIGHT_THUMB = 17,
-    LEFT_HIP = 18,
-    LEFT_KNEE = 19,
-    LEFT_ANKLE = 20,
-    LEFT_TOE = 21,
-    RIGHT_HIP = 22,
-    RIGHT_KNEE = 23,
-    RIGHT_ANKLE = 24,
-    RIGHT_TOE = 25,
-    HEAD = 26,
-    NOSE = 27,
-    LEFT_EYE = 28,
-    LEFT_EAR = 29,
-    RIGHT_EYE = 30,
-    RIGHT_EAR = 31,
-    LEFT_HEEL = 32,
-    RIGHT_HEEL = 33,
-};
-
-/// The class that a sub-class belongs to. For a value without enumerator it says so on standard output and
-/// returns 7, a class without enumerator.
-OBJECT_CLASS getObjectClass(OBJECT_SUBCLASS subclass);
-
-/// The sub-classes of a class, in the order of their values; none for a value without enumerator.
-std::vector<OBJECT_SUBCLASS> getObjectSubClasses(OBJECT_CLASS objectClass);
+/// @{ The display name; "Unknown" for a value without enumerator.
+String toString(const OBJECT_TRACKING_STATE& value);
+String toString(const OBJECT_ACTION_STATE& value);
+String toString(const OBJECT_FILTERING_MODE& value);
+String toString(const DETECTION_MODEL& value);
+/// @}
 
 }  // namespace vela

@@ -1,4 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
+
+#include "vela_core/types/String.hpp"
+#include "vela_core/types/enum_stream.hpp"
 
 #include <cstdint>
 
@@ -25,5 +29,17 @@ enum class COORDINATE_SYSTEM : std::int32_t {
 
 /// Length of one unit in millimetres; 1 for a value without enumerator.
 float getScaleMillimeter(UNIT unit) noexcept;
+
+/// @{ The display name; "Unknown" for a value without enumerator.
+String toString(const UNIT& value);
+String toString(const COORDINATE_SYSTEM& value);
+/// @}
+
+/// The same text as `toString`.
+String unit2str(UNIT unit);
+
+/// The unit of "Centimeter", "Meter", "Inch" or "Feet", exactly so; `MILLIMETER` for every other text, the
+/// names that `unit2str` gives among them. A String without character data throws `std::logic_error`.
+UNIT str2unit(String text);
 
 }  // namespace vela

@@ -1,26 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "vela_core/types/Memory.hpp"
 
-#include "vela_core/types/detail/enum_cast.hpp"
-
-#include <iterator>
+#include "vela_core/types/detail/enum_table.hpp"
 
 namespace vela {
 namespace {
 
-constexpr std::int32_t CHANNELS[] = {1, 2, 3, 4, 1, 2, 3, 4, 1, 4};
+constexpr EnumName<MEM> MEM_NAMES[] = {
+    {MEM::CPU, "CPU"},
+    {MEM::GPU, "GPU"},
+};
+
+constexpr EnumName<COPY_TYPE> COPY_TYPE_NAMES[] = {
+    {COPY_TYPE::CPU_CPU, "CPU CPU"},
+    {COPY_TYPE::CPU_GPU, "CPU GPU"},
+    {COPY_TYPE::GPU_GPU, "GPU GPU"},
+    {COPY_TYPE::GPU_CPU, "GPU CPU"},
+};
 
 }  // namespace
 
-std::size_t getChannels(MAT_TYPE type) noexcept {
-    const auto index = static_cast<std::uint32_t>(toValue(type));
-    return index < std::size(CHANNELS) ? static_cast<std::size_t>(CHANNELS[index]) : 0;
+String toString(const MEM& value) {
+    return nameIn(MEM_NAMES, value);
 }
 
-std::size_t getPixelBytes(MAT_TYPE type) noexcept {
-    const std::size_t channels = getChannels(type);
-    if (type <= MAT_TYPE::MAT_32F_C4) return channels * sizeof(float);
-    if (type == MAT_TYPE::MAT_US16_C1) return channels * sizeof(std::uint16_t);
-    return channels;
+String toString(const COPY_TYPE& value) {
+    return nameIn(COPY_TYPE_NAMES, value);
 }
 
 }  // namespace vela

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "vela_core/types/Memory.hpp"
+#include "vela_core/types/PixelType.hpp"
 #include "vela_core/types/Vector.hpp"
 
 #include <type_traits>

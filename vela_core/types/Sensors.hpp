@@ -1,4 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
+
+#include "vela_core/types/String.hpp"
+#include "vela_core/types/enum_stream.hpp"
 
 #include <cstdint>
 
@@ -21,5 +25,10 @@ enum class SENSORS_UNIT : std::int32_t {
     DEG_C = 4,  ///< degrees Celsius
     HZ = 5,     ///< hertz
 };
+
+/// @{ The display name; the empty text for a value without enumerator.
+String toString(const SENSOR_TYPE& value);
+String toString(const SENSORS_UNIT& value);
+/// @}
 
 }  // namespace vela

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vela_core/types/Detection.hpp"
+#include "vela_core/types/BodyParts.hpp"
 #include "vela_core/types/String.hpp"
 
 #include <random>

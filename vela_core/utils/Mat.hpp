@@ -3,6 +3,7 @@
 #include "vela_core/types/ErrorCode.hpp"
 #include "vela_core/types/Memory.hpp"
 #include "vela_core/types/PixelTraits.hpp"
+#include "vela_core/types/PixelType.hpp"
 #include "vela_core/types/Resolution.hpp"
 #include "vela_core/types/String.hpp"
 #include "vela_core/types/Vector.hpp"

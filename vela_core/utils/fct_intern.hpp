@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vela_core/types/Memory.hpp"
+#include "vela_core/types/PixelType.hpp"
 
 #include <opencv2/core.hpp>
 

@@ -1,20 +1,17 @@
-#include "vela_core/types/detail/enum_cast.hpp"
+#include "vela_core/types/detail/enum_table.hpp"
+#include "vela_core/types/detail/pixel_types.hpp"
 #include "vela_core/types/detail/text_format.hpp"
 #include "vela_core/utils/Mat.hpp"
 
-#include <cstdint>
-#include <iterator>
+#include <string>
 
 namespace vela {
 namespace {
 
-// Indexed by MAT_TYPE. "short" and "char" are the words for unsigned 16 bits and for signed bytes.
-constexpr const char* ELEMENTS[] = {"float ", "float ", "float ", "float ", "uchar ",
-                                    "uchar ", "uchar ", "uchar ", "short ", "char "};
-
-const char* elementOf(MAT_TYPE type) {
-    const auto index = static_cast<std::uint32_t>(toValue(type));
-    return index < std::size(ELEMENTS) ? ELEMENTS[index] : "";
+/// The word for one channel's type with a blank behind it; nothing for an unknown pixel type.
+std::string elementOf(MAT_TYPE type) {
+    const detail::PixelType* const known = rowAt(detail::PIXEL_TYPES, type);
+    return known == nullptr ? "" : std::string(known->element) + " ";
 }
 
 const char* sidesOf(MEM mem) {
@@ -31,7 +28,7 @@ String Mat::getInfos() const {
     return label +
            formatText(
                " Ts %llu vela::Mat of size [%zu,%zu], with %zu channels of type %sallocated on %s%s.\n",
-               timestamp, width, height, channels, elementOf(dataType), sidesOf(memType),
+               timestamp, width, height, channels, elementOf(dataType).c_str(), sidesOf(memType),
                memoryOwner ? " (memory owned)" : " (reference only)");
 }
 

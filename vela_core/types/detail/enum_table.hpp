@@ -5,6 +5,7 @@
 #include "vela_core/types/detail/unknown_texts.hpp"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace vela {
 
@@ -25,6 +26,13 @@ constexpr const Row* findIn(const Row (&table)[count], Enum value) {
         if (row.value == value) return &row;
     }
     return nullptr;
+}
+
+/// The row of a value in a table that has one row for each value from 0 up, or null beyond either end.
+template <class Row, std::size_t count, class Enum>
+constexpr const Row* rowAt(const Row (&table)[count], Enum value) noexcept {
+    const auto index = static_cast<std::uint32_t>(toValue(value));
+    return index < count ? &table[index] : nullptr;
 }
 
 /// The name of a value, or `unknown` for a value that is not in the table.

@@ -1,11 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include "vela_core/types/String.hpp"
+#include "vela_core/types/enum_stream.hpp"
 
 #include <cstdint>
 #include <utility>
 
 namespace vela {
+
+/// Kind of camera input.
+enum class INPUT_TYPE : std::int32_t {
+    USB = 0,
+    QVR = 1,     ///< a recorded file
+    STREAM = 2,  ///< a camera on the network
+};
+
+/// The display name; "Unknown" for a value without enumerator.
+String toString(const INPUT_TYPE& value);
 
 /// Where the capture layer takes images from. A setter chooses a kind and stores what belongs to it,
 /// unchecked; what belongs to other kinds keeps its old value, since readers look at the members of the

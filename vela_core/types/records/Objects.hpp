@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vela_core/types/Detection.hpp"
+#include "vela_core/types/ObjectClass.hpp"
 #include "vela_core/types/String.hpp"
 #include "vela_core/types/Vector.hpp"
 #include "vela_core/utils/Mat.hpp"

@@ -1,10 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "vela_core/types/records/SensorsData.hpp"
+
+#include "vela_core/types/detail/enum_table.hpp"
 
 #include <cstring>
 #include <limits>
 
 namespace vela {
 namespace {
+
+using HEADING_STATE = SensorsData::MagnetometerData::HEADING_STATE;
+using CAMERA_MOTION_STATE = SensorsData::CAMERA_MOTION_STATE;
+using SENSOR_LOCATION = SensorsData::TemperatureData::SENSOR_LOCATION;
+
+constexpr EnumName<HEADING_STATE> HEADING_STATE_NAMES[] = {
+    {HEADING_STATE::GOOD, "Good"},
+    {HEADING_STATE::OK, "OK"},
+    {HEADING_STATE::NOT_GOOD, "Not good"},
+    {HEADING_STATE::MAGNETOMETER_NOT_CALIBRATED, "Magnetometer not calibrated"},
+    {HEADING_STATE::MAGNETOMETER_NOT_AVAILABLE, "Magnetometer not available"},
+};
+
+constexpr EnumName<CAMERA_MOTION_STATE> CAMERA_MOTION_STATE_NAMES[] = {
+    {CAMERA_MOTION_STATE::STATIC, "Static"},
+    {CAMERA_MOTION_STATE::MOVING, "Moving"},
+    {CAMERA_MOTION_STATE::FALLING, "Falling"},
+};
+
+constexpr EnumName<SENSOR_LOCATION> SENSOR_LOCATION_NAMES[] = {
+    {SENSOR_LOCATION::IMU, "IMU"},
+    {SENSOR_LOCATION::BAROMETER, "BAROMETER"},
+    {SENSOR_LOCATION::ONBOARD_LEFT, "ONBOARD LEFT"},
+    {SENSOR_LOCATION::ONBOARD_SECOND, "ONBOARD LEFT"},  // the same, and kept
+};
 
 /// Copies numbers and label; the assignment of matrices leaves the label out.
 template <class Matrix>
@@ -39,6 +67,18 @@ ERROR_CODE SensorsData::TemperatureData::get(SENSOR_LOCATION location, float& va
     }
     value = found->second;
     return ERROR_CODE::SUCCESS;
+}
+
+String toString(const SensorsData::MagnetometerData::HEADING_STATE& value) {
+    return nameIn(HEADING_STATE_NAMES, value);
+}
+
+String toString(const SensorsData::CAMERA_MOTION_STATE& value) {
+    return nameIn(CAMERA_MOTION_STATE_NAMES, value);
+}
+
+String toString(const SensorsData::TemperatureData::SENSOR_LOCATION& value) {
+    return nameIn(SENSOR_LOCATION_NAMES, value);
 }
 
 }  // namespace vela

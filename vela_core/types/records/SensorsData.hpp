@@ -1,9 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include "vela_core/geometry/Matrix3f.hpp"
 #include "vela_core/geometry/Transform.hpp"
 #include "vela_core/types/ErrorCode.hpp"
+#include "vela_core/types/String.hpp"
 #include "vela_core/types/Vector.hpp"
+#include "vela_core/types/enum_stream.hpp"
 
 #include <cstdint>
 #include <map>
@@ -90,5 +93,11 @@ struct SensorsData {
     CAMERA_MOTION_STATE motion_state = CAMERA_MOTION_STATE::STATIC;
     int sync_count = 0;  ///< trigger signals since the start
 };
+
+/// @{ The display name; "Unknown" for a value without enumerator.
+String toString(const SensorsData::MagnetometerData::HEADING_STATE& value);
+String toString(const SensorsData::CAMERA_MOTION_STATE& value);
+String toString(const SensorsData::TemperatureData::SENSOR_LOCATION& value);
+/// @}
 
 }  // namespace vela

@@ -1,10 +1,8 @@
-#include "vela_core/types/Detection.hpp"
+// SPDX-License-Identifier: Apache-2.0
+#include "vela_core/types/ObjectClass.hpp"
 #include "vela_core/types/detail/enum_table.hpp"
-#include "vela_core/types/enum_names.hpp"
 
-#include <algorithm>
 #include <cstdio>
-#include <iterator>
 
 namespace vela {
 namespace {

@@ -1,11 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "vela_core/types/Camera.hpp"
 #include "vela_core/types/String.hpp"
+#include "vela_core/types/enum_stream.hpp"
 
 #include <cstdint>
 
 namespace vela {
+
+/// Camera model.
+enum class MODEL : std::int32_t {
+    KITE = 0,
+    KITE_S = 1,
+    KITE_3 = 2,
+    KITE_3E = 3,
+};
+
+/// Whether a camera can be opened.
+enum class CAMERA_STATE : std::int32_t {
+    AVAILABLE = 0,
+    NOT_AVAILABLE = 1,
+};
 
 /// A camera found on this machine.
 struct DeviceProperties {
@@ -16,18 +31,15 @@ struct DeviceProperties {
     std::uint32_t serial = 0;  ///< 0 is unknown
 };
 
-/// A camera that streams over the network.
-struct StreamingProperties {
-    String ip;
-    std::uint16_t port = 0;
-    std::uint32_t serial = 0;
-    int bitrate = 0;
-};
+/// @{ The display name; "Unknown" for a value without enumerator.
+String toString(const MODEL& value);
+String toString(const CAMERA_STATE& value);
+/// @}
+
+/// The same text as `toString`.
+String model2str(MODEL model);
 
 /// "MODEL (ID) PATH SNSERIAL STATE"; without path and serial number two blanks stand before the state.
 String toString(const DeviceProperties& properties);
-
-/// Four lines, each with its line end: "IP : ", "Port : ", "SN : " and "Bitrate : ".
-String toString(const StreamingProperties& properties);
 
 }  // namespace vela
