@@ -12,23 +12,6 @@ Result refused(const String& path) {
 
 }  // namespace
 
-Result writeCloud(const Mat& /*cloud*/, const String& path, const CloudOptions& /*options*/) {
-    return refused(path);
-}
-
-Result readCloud(const String& path, Mat& /*cloud*/, CloudInfo* /*info*/) {
-    return refused(path);
-}
-
-Result readCloud(const String& path, Mat& /*cloud*/, const CloudReadOptions& /*options*/,
-                 CloudInfo* /*info*/) {
-    return refused(path);
-}
-
-Result inspectCloud(const String& path, CloudInfo& /*info*/) {
-    return refused(path);
-}
-
 Result writeDepth(const Mat& /*depth*/, const String& path, const DepthOptions& /*options*/) {
     return refused(path);
 }

@@ -38,6 +38,16 @@ InputFile::InputFile(const String& path, const Progress* progress)
     open(toStdString(path));
 }
 
+InputFile::InputFile(const InputFile& other, std::size_t position)
+    : descriptor_(fcntl(other.descriptor_, F_DUPFD_CLOEXEC, 0)),
+      size_(other.size_),
+      base_(position),
+      progress_(nullptr),
+      buffer_(new char[BLOCK + 1]) {
+    if (descriptor_ < 0) failSystem(errno);
+    empty();
+}
+
 InputFile::~InputFile() {
     if (descriptor_ >= 0) close(descriptor_);
 }
@@ -122,7 +132,7 @@ void InputFile::read(void* out, std::size_t count) {
     count -= here;
     while (count >= BLOCK) {  // past the block, straight to where it belongs
         base_ += used_;
-        used_ = filled_ = 0;
+        empty();
         const std::size_t got = readSome(to, std::min(count, REPORT_BYTES));
         base_ += got;
         to += got;
@@ -140,11 +150,17 @@ void InputFile::skip(std::size_t count) {
     used_ += here;
     if (count == here) return;
     base_ += used_ + count - here;
+    empty();
+}
+
+void InputFile::empty() {
     used_ = filled_ = 0;
+    buffer_[0] = '\0';
 }
 
 void InputFile::rewind() {
-    base_ = used_ = filled_ = reported_ = 0;
+    base_ = reported_ = 0;
+    empty();
 }
 
 }  // namespace vela::io::detail

@@ -16,12 +16,16 @@ public:
     static constexpr std::size_t BLOCK = std::size_t{256} << 10;
 
     explicit InputFile(const String& path, const Progress* progress = nullptr);
+    /// The same file from another place on, read beside `other`.
+    InputFile(const InputFile& other, std::size_t position);
     ~InputFile();
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
 
     std::size_t size() const { return size_; }
     std::size_t position() const { return base_ + used_; }
+    /// Whether nothing of the file lies behind the block.
+    bool blockEndsFile() const { return base_ + filled_ == size_; }
     std::size_t left() const { return size_ - position(); }
 
     /// The bytes in the block that were not taken yet. `end` is followed by a zero byte.
@@ -42,6 +46,7 @@ public:
 private:
     void open(const std::string& path);
     void spool(int source);
+    void empty();
     std::size_t readSome(char* out, std::size_t count);
 
     int descriptor_ = -1;

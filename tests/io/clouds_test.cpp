@@ -1,0 +1,301 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is written is read back, bit for bit.
+#include "support/ScratchFolder.hpp"
+#include "vela_core/geometry/conversion.hpp"
+#include "vela_io/io.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace vela::io {
+namespace {
+
+using test::contentOf;
+using test::ScratchFolder;
+
+struct Pixel {
+    float x;
+    float y;
+    float z;
+    std::uint8_t color[4];
+};
+
+bool sameFloat(float a, float b) {
+    return (std::isnan(a) && std::isnan(b)) || std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+bool isValid(const Pixel& p) {
+    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
+
+/// A random cloud with all that floats can be, rows apart, and a second Mat of normals.
+class Cloud {
+public:
+    Cloud(std::size_t width, std::size_t height, MAT_TYPE type, unsigned seed)
+        : width_(width), random_(seed) {
+        const std::size_t pixelBytes = getPixelBytes(type);
+        const std::size_t step = width * pixelBytes + 12 * (seed % 3);
+        bytes_.resize(step * height + 1);
+        for (std::size_t i = 0; i < width * height; ++i) {
+            Pixel pixel{number(), number(), number(), {}};
+            const auto color = static_cast<std::uint32_t>(random_());
+            std::memcpy(pixel.color, &color, sizeof color);
+            const float normal[4] = {number(), number(), number(), 0};
+            normals_.insert(normals_.end(), normal, normal + 4);
+            std::memcpy(&bytes_[i / width * step + i % width * pixelBytes], &pixel, pixelBytes);
+            pixels_.push_back(pixel);
+        }
+        mat = Mat(width, height, type, bytes_.data(), step, MEM::CPU);
+        normals = Mat(width, height, MAT_TYPE::MAT_32F_C4, reinterpret_cast<unsigned char*>(normals_.data()),
+                      width * 16, MEM::CPU);
+    }
+
+    /// The points that a file without the grid has, or all.
+    std::vector<std::size_t> indices(bool all) const {
+        std::vector<std::size_t> list;
+        for (std::size_t i = 0; i < pixels_.size(); ++i) {
+            if (all || isValid(pixels_[i])) list.push_back(i);
+        }
+        return list;
+    }
+    const Pixel& pixel(std::size_t i) const { return pixels_[i]; }
+    const float* normal(std::size_t i) const { return &normals_[4 * i]; }
+
+    Mat mat;
+    Mat normals;
+
+private:
+    float number() {
+        constexpr float INFINITE = std::numeric_limits<float>::infinity();
+        const float special[] = {0.0F,  -0.0F,  1e-45F,   -1.1e-38F, 3.4e38F,
+                                 -1.5F, 255.0F, INFINITE, -INFINITE, NAN};
+        const auto choice = random_() % 40;
+        if (choice < std::size(special)) return special[choice];
+        if (choice > 20) return std::uniform_real_distribution<float>(-5000, 5000)(random_);
+        const auto bits = static_cast<std::uint32_t>(random_());
+        float value = 0;
+        std::memcpy(&value, &bits, sizeof value);
+        return value;
+    }
+
+    std::size_t width_;
+    std::mt19937 random_;
+    std::vector<unsigned char> bytes_;
+    std::vector<Pixel> pixels_;
+    std::vector<float> normals_;
+};
+
+struct Kind {
+    const char* name;
+    ENCODING encoding;
+    bool alpha;
+    char separator;
+};
+
+constexpr Kind KINDS[] = {{"a.ply", ENCODING::ASCII, true, ' '},
+                          {"a.ply", ENCODING::BINARY, true, ' '},
+                          {"a.PLY", ENCODING::BINARY_BIG_ENDIAN, true, ' '},
+                          {"a.pcd", ENCODING::ASCII, true, ' '},
+                          {"a.pcd", ENCODING::BINARY, true, ' '},
+                          {"a.pcd", ENCODING::BINARY_COMPRESSED, true, ' '},
+                          {"a.vtk", ENCODING::ASCII, false, ' '},
+                          {"a.vtk", ENCODING::BINARY, false, ' '},
+                          {"a.xyz", ENCODING::ASCII, false, ' '},
+                          {"a.csv", ENCODING::ASCII, false, ','},
+                          {"a.txt", ENCODING::ASCII, false, ';'}};
+
+const Pixel* pixelsOf(const Mat& mat, std::size_t i) {
+    return reinterpret_cast<const Pixel*>(mat.ptrCPU + i * getPixelBytes(mat.dataType));
+}
+
+/// Every choice of type, colour, alpha, normals and grid.
+void expectAllKept(const Kind& kind, unsigned choices) {
+    SCOPED_TRACE(std::string(kind.name) + " " + toStdString(toString(kind.encoding)) + " " +
+                 std::to_string(choices));
+    const bool four = (choices & 1) != 0;
+    const ScratchFolder folder;
+    const Cloud cloud(37 + choices % 16, 31, four ? MAT_TYPE::MAT_32F_C4 : MAT_TYPE::MAT_32F_C3, choices);
+    CloudOptions options;
+    options.encoding = kind.encoding;
+    options.separator = kind.separator;
+    options.color = (choices & 2) != 0;
+    options.alpha = (choices & 4) != 0;
+    options.normals = (choices & 8) != 0 ? &cloud.normals : nullptr;
+    options.keepGrid = (choices & 16) != 0;
+    if ((choices & 32) != 0) options.unit = static_cast<UNIT>(choices % 5);
+    if ((choices & 64) != 0) options.axes = static_cast<COORDINATE_SYSTEM>(choices % 6);
+    const bool color = four && options.color;
+    const std::vector<std::size_t> wanted = cloud.indices(options.keepGrid);
+
+    const Result written = writeCloud(cloud.mat, folder / kind.name, options);
+    ASSERT_TRUE(written.ok()) << written.text;
+    EXPECT_EQ(folder.listing(), kind.name);
+    EXPECT_EQ(written.points, cloud.mat.width * cloud.mat.height);
+    EXPECT_EQ(written.written, wanted.size());
+    EXPECT_EQ(written.dropped, written.points - wanted.size());
+    EXPECT_EQ(written.bytes, contentOf(folder / kind.name).size());
+
+    Mat back;
+    Mat normals;
+    CloudInfo info;
+    CloudReadOptions reading;
+    reading.normals = &normals;
+    const Result read = readCloud(folder / kind.name, back, reading, &info);
+    ASSERT_TRUE(read.ok()) << read.text;
+    EXPECT_EQ(read.text, "");
+    EXPECT_EQ(info.encoding, kind.encoding);
+    EXPECT_EQ(info.unit, options.unit);
+    EXPECT_EQ(info.axes, options.axes);
+    EXPECT_EQ(info.hasColor, color);
+    EXPECT_EQ(info.hasAlpha, color && options.alpha && kind.alpha);
+    EXPECT_EQ(normals.isInit, options.normals != nullptr);
+    EXPECT_EQ(info.invalid, options.keepGrid ? cloud.indices(true).size() - cloud.indices(false).size() : 0U);
+    ASSERT_EQ(back.dataType, color ? MAT_TYPE::MAT_32F_C4 : MAT_TYPE::MAT_32F_C3);
+    ASSERT_EQ(back.width, options.keepGrid ? cloud.mat.width : wanted.size());
+    ASSERT_EQ(back.height, options.keepGrid ? cloud.mat.height : 1U);
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        const Pixel& in = cloud.pixel(wanted[i]);
+        const Pixel& out = *pixelsOf(back, i);
+        ASSERT_TRUE(sameFloat(in.x, out.x) && sameFloat(in.y, out.y) && sameFloat(in.z, out.z)) << i;
+        if (color) {
+            ASSERT_EQ(std::memcmp(in.color, out.color, 3), 0) << i;
+            ASSERT_EQ(out.color[3], info.hasAlpha ? in.color[3] : 255) << i;
+        }
+        for (std::size_t k = 0; options.normals != nullptr && k < 3; ++k) {
+            ASSERT_TRUE(sameFloat(cloud.normal(wanted[i])[k], normals.getPtr<float>()[4 * i + k])) << i;
+        }
+    }
+}
+
+TEST(CloudsTest, ComeBackBitForBit) {
+    for (const Kind& kind : KINDS) {
+        for (unsigned choices = 0; choices < 128; ++choices) {
+            expectAllKept(kind, choices);
+        }
+    }
+}
+
+TEST(CloudsTest, AreConvertedOnTheWayAsTheLibraryConverts) {
+    Mat cloud(3, 2, MAT_TYPE::MAT_32F_C4);
+    Mat normals(3, 2, MAT_TYPE::MAT_32F_C3);
+    std::mt19937 random(5);
+    for (std::size_t i = 0; i < 6; ++i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            cloud.getPtr<float>()[4 * i + k] = std::uniform_real_distribution<float>(-9, 9)(random);
+            normals.getPtr<float>()[3 * i + k] = std::uniform_real_distribution<float>(-1, 1)(random);
+        }
+        cloud.getPtr<std::uint8_t>()[16 * i + 12] = static_cast<std::uint8_t>(i);
+    }
+    Mat before;
+    before.clone(cloud);
+    for (int source = 0; source < 6; ++source) {
+        for (int target = 0; target < 6; ++target) {
+            const auto from = static_cast<COORDINATE_SYSTEM>(source);
+            const auto to = static_cast<COORDINATE_SYSTEM>(target);
+            const ScratchFolder folder;
+            CloudOptions options;
+            options.unit = UNIT::METER;
+            options.axes = from;
+            options.targetUnit = UNIT::INCH;
+            options.targetAxes = to;
+            options.normals = &normals;
+            ASSERT_TRUE(writeCloud(cloud, folder / "a.ply", options).ok());
+            EXPECT_EQ(std::memcmp(cloud.ptrCPU, before.ptrCPU, 96), 0) << "the Mat is not changed";
+
+            // read as it is, and on the way back to where it came from
+            Mat there;
+            Mat back;
+            Mat turned;
+            CloudInfo info;
+            CloudReadOptions reading;
+            reading.normals = &turned;
+            ASSERT_TRUE(readCloud(folder / "a.ply", there, reading, &info).ok());
+            EXPECT_EQ(info.unit, UNIT::INCH);
+            EXPECT_EQ(info.axes, to);
+            reading.normals = nullptr;
+            reading.targetUnit = UNIT::METER;
+            reading.targetAxes = from;
+            ASSERT_TRUE(readCloud(folder / "a.ply", back, reading, &info).ok());
+            EXPECT_EQ(info.unit, UNIT::METER);
+            EXPECT_EQ(info.axes, from);
+            const Matrix3f k = getCoordinateTransformConversion3f(from, to);
+            for (std::size_t i = 0; i < 6; ++i) {
+                const float* const p = before.getPtr<float>() + 4 * i;
+                const float* const n = normals.getPtr<float>() + 3 * i;
+                for (std::size_t row = 0; row < 3; ++row) {
+                    const auto product = [&](const float* v) {
+                        return k.m[3 * row] * v[0] + k.m[3 * row + 1] * v[1] + k.m[3 * row + 2] * v[2];
+                    };
+                    const float inches = product(p) * 1000.0F / 25.4F;
+                    EXPECT_NEAR(there.getPtr<float>()[4 * i + row], inches, 1e-4F);
+                    EXPECT_EQ(turned.getPtr<float>()[4 * i + row], product(n)) << "normals have no unit";
+                    EXPECT_NEAR(back.getPtr<float>()[4 * i + row], p[row], 1e-5F);
+                }
+                EXPECT_EQ(there.getPtr<std::uint8_t>()[16 * i + 12], i);
+            }
+        }
+    }
+}
+
+TEST(CloudsTest, WhatIsNotKnownIsNotGuessed) {
+    Mat cloud(2, 1, MAT_TYPE::MAT_32F_C3);
+    cloud.setTo(Vector3<float>(1, 2, 3));
+    Mat depth(2, 1, MAT_TYPE::MAT_32F_C1);
+    Mat small(1, 1, MAT_TYPE::MAT_32F_C4);
+    Mat empty;
+    struct Refusal {
+        const Mat* cloud;
+        const char* name;
+        CloudOptions options;
+        const char* text;
+        ERROR_CODE code = ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
+    };
+    const auto with = [](auto change) {
+        CloudOptions options;
+        change(options);
+        return options;
+    };
+    const Refusal refusals[] = {
+        {&cloud,
+         "a.bin",
+         {},
+         "the extension names no cloud format: .ply, .pcd, .vtk, .xyz, .txt, .csv, .asc, .pts"},
+        {&cloud, "a.ply", with([](auto& o) { o.encoding = ENCODING::BINARY_COMPRESSED; }),
+         "PLY files have no encoding BINARY_COMPRESSED"},
+        {&cloud, "a.xyz", with([](auto& o) { o.encoding = ENCODING::BINARY; }),
+         "XYZ files have no encoding BINARY"},
+        {&cloud, "a.ply", with([](auto& o) { o.encoding = static_cast<ENCODING>(7); }),
+         "PLY files have no encoding Unknown"},
+        {&cloud, "a.ply", with([](auto& o) { o.format = static_cast<CLOUD_FILE>(-1); }),
+         "an unknown cloud format"},
+        {&cloud, "a.ply", with([](auto& o) { o.targetUnit = UNIT::INCH; }),
+         "the unit is not known: give the option 'unit' to convert it"},
+        {&cloud, "a.ply", with([](auto& o) { o.targetAxes = COORDINATE_SYSTEM::IMAGE; }),
+         "the axis convention is not known: give the option 'axes' to convert it"},
+        {&cloud, "a.ply", with([](auto& o) { o.unit = static_cast<UNIT>(5); }), "an unknown unit"},
+        {&cloud, "a.ply", with([](auto& o) { o.axes = static_cast<COORDINATE_SYSTEM>(6); }),
+         "an unknown axis convention", ERROR_CODE::INVALID_COORDINATE_SYSTEM},
+        {&cloud, "a.xyz", with([](auto& o) { o.separator = '1'; }), "a separator is a blank, ',' or ';'"},
+        {&cloud, "a.ply", with([&](auto& o) { o.normals = &small; }),
+         "the normals have another size than the cloud"},
+        {&cloud, "a.ply", with([&](auto& o) { o.normals = &depth; }),
+         "normals are a Mat of three or four floats (MAT_32F_C3, MAT_32F_C4)"},
+        {&depth, "a.ply", {}, "a cloud is a Mat of three or four floats (MAT_32F_C3, MAT_32F_C4)"},
+        {&empty, "a.ply", {}, "the cloud is an empty Mat"},
+    };
+    for (const Refusal& refusal : refusals) {
+        const ScratchFolder folder;
+        const Result result = writeCloud(*refusal.cloud, folder / refusal.name, refusal.options);
+        EXPECT_EQ(result.code, refusal.code) << refusal.text;
+        EXPECT_EQ(toStdString(result.text), folder / refusal.name + ": " + refusal.text);
+        EXPECT_EQ(folder.listing(), "");
+    }
+}
+
+}  // namespace
+}  // namespace vela::io

@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "vela_io/detail/number_text.hpp"
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <system_error>
+
+namespace vela::io::detail {
+namespace {
+
+__extension__ using Wide = unsigned __int128;
+
+// --- Writing
+// --------------------------------------------------------------------------------------------------
+
+constexpr int SMALLEST_POWER = -31;
+constexpr int LARGEST_POWER = 45;
+
+/// The upper 64 bits of 10^power, rounded up where it has more.
+constexpr std::uint64_t upperBits(int power) {
+    if (power >= 0) {  // those of 5^power are the same, and it fits
+        Wide value = 1;
+        for (int i = 0; i < power; ++i) {
+            value *= 5;
+        }
+        bool exact = true;
+        for (; value >> 64 != 0; value >>= 1) {
+            exact = exact && (value & 1) == 0;
+        }
+        auto bits = static_cast<std::uint64_t>(value);
+        while (bits >> 63 == 0) {
+            bits <<= 1;
+        }
+        return exact ? bits : bits + 1;
+    }
+    Wide divisor = 1;
+    for (int i = 0; i < -power; ++i) {
+        divisor *= 10;
+    }
+    Wide rest = 1;
+    while (rest < divisor) {
+        rest <<= 1;
+    }
+    std::uint64_t bits = 0;
+    for (int i = 0; i < 64; ++i, rest <<= 1) {
+        const bool one = rest >= divisor;
+        bits = bits << 1 | (one ? 1 : 0);
+        if (one) rest -= divisor;
+    }
+    return bits + 1;  // never exact
+}
+
+struct PowerTable {
+    std::array<std::uint64_t, LARGEST_POWER - SMALLEST_POWER + 1> bits{};
+    constexpr PowerTable() {
+        for (int power = SMALLEST_POWER; power <= LARGEST_POWER; ++power) {
+            bits[static_cast<std::size_t>(power - SMALLEST_POWER)] = upperBits(power);
+        }
+    }
+};
+constexpr PowerTable POWERS;
+
+/// Two digits of every number below 100.
+struct PairTable {
+    std::array<char, 200> digits{};
+    constexpr PairTable() {
+        for (std::size_t i = 0; i < 100; ++i) {
+            digits[2 * i] = static_cast<char>('0' + i / 10);
+            digits[2 * i + 1] = static_cast<char>('0' + i % 10);
+        }
+    }
+};
+constexpr PairTable PAIRS;
+
+/// digits * 10^exponent
+struct Decimal {
+    std::uint32_t digits;
+    int exponent;
+};
+
+/// The upper 32 bits of the product, the last one set if anything was cut off.
+std::uint32_t multiplyRoundingToOdd(std::uint64_t power, std::uint32_t factor) {
+    const auto product = static_cast<std::uint64_t>(static_cast<Wide>(power) * factor >> 32);
+    return static_cast<std::uint32_t>(product >> 32) | (static_cast<std::uint32_t>(product) > 1 ? 1U : 0U);
+}
+
+constexpr int floorLog2OfPower(int power) {
+    return (power * 1741647) >> 19;
+}
+
+/// The shortest decimal in the rounding interval of a positive finite float, the nearest of those.
+Decimal shortestDecimal(std::uint32_t mantissa, std::uint32_t biased) {
+    constexpr int BIAS = 150;
+    const std::uint32_t c = biased == 0 ? mantissa : mantissa | 1U << 23;
+    const int q = biased == 0 ? 1 - BIAS : static_cast<int>(biased) - BIAS;
+    if (q <= 0 && q > -24 && (c & ((1U << -q) - 1)) == 0) return {c >> -q, 0};  // a whole number
+
+    const bool even = c % 2 == 0;
+    const bool lowerIsCloser = mantissa == 0 && biased > 1;
+    const int k = (q * 1262611 - (lowerIsCloser ? 524031 : 0)) >> 22;
+    const int h = q + floorLog2OfPower(-k) + 1;
+    const std::uint64_t power = POWERS.bits[static_cast<std::size_t>(-k - SMALLEST_POWER)];
+    const std::uint32_t lower =
+        multiplyRoundingToOdd(power, (4 * c - (lowerIsCloser ? 1 : 2)) << h) + (even ? 0 : 1);
+    const std::uint32_t value = multiplyRoundingToOdd(power, (4 * c) << h);
+    const std::uint32_t upper = multiplyRoundingToOdd(power, (4 * c + 2) << h) - (even ? 0 : 1);
+
+    const std::uint32_t s = value / 4;
+    if (s >= 10) {
+        const std::uint32_t tens = s / 10;
+        const bool belowFits = lower <= 40 * tens;
+        const bool aboveFits = 40 * tens + 40 <= upper;
+        if (belowFits != aboveFits) return {tens + (aboveFits ? 1 : 0), k + 1};
+    }
+    const bool belowFits = lower <= 4 * s;
+    const bool aboveFits = 4 * s + 4 <= upper;
+    if (belowFits != aboveFits) return {s + (aboveFits ? 1 : 0), k};
+    const std::uint32_t middle = 4 * s + 2;
+    const bool up = value > middle || (value == middle && s % 2 == 1);
+    return {s + (up ? 1 : 0), k};
+}
+
+int countDigits(std::uint32_t value) {
+    static constexpr std::uint32_t LIMITS[] = {10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
+    int count = 1;
+    for (const std::uint32_t limit : LIMITS) {
+        count += value >= limit ? 1 : 0;
+    }
+    return count;
+}
+
+/// The `count` digits of a number, ending before `end`.
+void writeDigits(char* end, std::uint32_t value, int count) {
+    for (; count >= 2; count -= 2) {
+        end -= 2;
+        std::memcpy(end, &PAIRS.digits[value % 100 * 2], 2);
+        value /= 100;
+    }
+    if (count > 0) *--end = static_cast<char>('0' + value % 10);
+}
+
+char* writeExponent(char* out, int exponent) {
+    *out++ = 'e';
+    if (exponent < 0) *out++ = '-';
+    const auto magnitude = static_cast<std::uint32_t>(exponent < 0 ? -exponent : exponent);
+    const int count = magnitude < 10 ? 1 : 2;
+    writeDigits(out + count, magnitude, count);
+    return out + count;
+}
+
+/// A point after the first `whole` of the `count` digits, 0 < whole <= count.
+char* writeWithPoint(char* out, std::uint32_t digits, int count, int whole) {
+    writeDigits(out + 1 + count, digits, count);
+    std::memmove(out, out + 1, static_cast<std::size_t>(whole));
+    if (whole == count) return out + count;
+    out[whole] = '.';
+    return out + count + 1;
+}
+
+char* writeDecimal(char* out, Decimal decimal) {
+    while (decimal.digits % 10 == 0) {
+        decimal.digits /= 10;
+        ++decimal.exponent;
+    }
+    const int count = countDigits(decimal.digits);
+    const int whole = count + decimal.exponent;  // digits before the point
+    const int scientific = whole - 1;
+    const int exponentLength = (scientific < 0 ? 2 : 1) + (scientific < 10 && scientific > -10 ? 1 : 2);
+    const int scientificLength = count + (count > 1 ? 1 : 0) + exponentLength;
+    const int fixedLength = whole <= 0 ? 2 - whole + count : whole >= count ? whole : count + 1;
+    if (fixedLength > scientificLength) {
+        return writeExponent(writeWithPoint(out, decimal.digits, count, 1), scientific);
+    }
+    if (whole > 0 && whole <= count) return writeWithPoint(out, decimal.digits, count, whole);
+    if (whole > 0) {
+        writeDigits(out + count, decimal.digits, count);
+        std::memset(out + count, '0', static_cast<std::size_t>(whole - count));
+        return out + whole;
+    }
+    std::memcpy(out, "0.", 2);
+    std::memset(out + 2, '0', static_cast<std::size_t>(-whole));
+    out += 2 - whole + count;
+    writeDigits(out, decimal.digits, count);
+    return out;
+}
+
+// --- Reading
+// --------------------------------------------------------------------------------------------------
+
+/// `std::from_chars`, which takes no "+" and tells too large from too small only by silence.
+template <class Float>
+const char* readByLibrary(const char* begin, const char* end, Float& value) {
+    const char* const start = begin < end && *begin == '+' ? begin + 1 : begin;
+    if (start != begin && (start == end || *start == '-')) return nullptr;
+    const auto [stop, error] = std::from_chars(start, end, value);
+    if (error == std::errc::invalid_argument) return nullptr;
+    if (error == std::errc::result_out_of_range) {
+        // A negative exponent, or none and zeros behind the point: too small.
+        const bool negative = *start == '-';
+        const char* e = start;
+        while (e < stop && (*e | 0x20) != 'e') {
+            ++e;
+        }
+        const bool tiny = e < stop ? e + 1 < stop && e[1] == '-' : *(start + (negative ? 1 : 0)) == '0';
+        value = tiny ? Float(0) : std::numeric_limits<Float>::infinity();
+        if (negative) value = -value;
+    }
+    return stop;
+}
+
+}  // namespace
+
+char* writeShortest(char* out, float value) {
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    const std::uint32_t mantissa = bits & 0x7fffff;
+    const std::uint32_t biased = bits >> 23 & 0xff;
+    if (biased == 0xff && mantissa != 0) {
+        std::memcpy(out, "nan", 3);
+        return out + 3;
+    }
+    *out = '-';
+    out += bits >> 31;
+    if (biased == 0xff) {
+        std::memcpy(out, "inf", 3);
+        return out + 3;
+    }
+    if (biased == 0 && mantissa == 0) {
+        *out = '0';
+        return out + 1;
+    }
+    return writeDecimal(out, shortestDecimal(mantissa, biased));
+}
+
+const char* readFloatSlowly(const char* begin, const char* end, float& value) {
+    return readByLibrary(begin, end, value);
+}
+
+const char* readDouble(const char* begin, const char* end, double& value) {
+    return readByLibrary(begin, end, value);
+}
+
+}  // namespace vela::io::detail
