@@ -11,5 +11,5 @@ install(TARGETS vela_core EXPORT velaTargets)
 install(EXPORT velaTargets NAMESPACE vela:: DESTINATION ${vela_config_dir})
 install(FILES ${PROJECT_BINARY_DIR}/velaConfig.cmake ${PROJECT_BINARY_DIR}/velaConfigVersion.cmake
     DESTINATION ${vela_config_dir})
-install(DIRECTORY vela_core vela_gpu DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.hpp")
+install(DIRECTORY vela_core vela_gpu vela_interop DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.hpp")
 export(EXPORT velaTargets NAMESPACE vela:: FILE ${PROJECT_BINARY_DIR}/velaTargets.cmake)
