@@ -138,7 +138,15 @@ struct ModelMat {
         stepGPU = s.stepGPU, stepCPU = s.stepCPU, type = s.type, mem = s.mem;
         host = s.host, device = s.device, timestamp = s.timestamp;
     }
+    /// Whether `s` has pixels in buffers that this Mat owns; `keeps`: as a reference, which changes no owner.
+    bool owns(const ModelMat& s) const { return init && owner && s.width * s.height != 0 && sharesWith(s); }
+    bool keeps(const ModelMat& s) const { return owns(s) && s.init && !s.owner; }
+    bool sameAs(const ModelMat& s) const {
+        return width == s.width && height == s.height && type == s.type && mem == s.mem && host == s.host &&
+               device == s.device;
+    }
     void ref(const ModelMat& s) {
+        if (keeps(s)) return;
         free(MEM_BOTH);
         if (s.width * s.height == 0 || !s.init) return;
         describeAs(s);
@@ -153,7 +161,9 @@ struct ModelMat {
         return true;
     }
     void take(ModelMat& from) {
+        if (keeps(from)) return;
         if (!from.move(*this)) ref(from);
+        if (&from != this) name = std::exchange(from.name, "");
     }
     static void swap(ModelMat& a, ModelMat& b) {
         ModelMat t(*a.world);
@@ -183,6 +193,14 @@ struct ModelMat {
         const bool fits = known && d.init && d.width == width && d.height == height && d.type == type &&
                           (fromHost ? hasHost(mem) : hasDevice(mem)) &&
                           (written == MEM::CPU ? hasHost(d.mem) : hasDevice(d.mem));
+        if (known && !fits && d.owns(*this)) {
+            ModelMat earlier(*world);
+            d.move(earlier);
+            const bool result = (this == &d ? earlier : *this).copyTo(d, how, stream, setFrom);
+            if (stream) world->fails("cudaStreamSynchronize");
+            earlier.free(MEM_BOTH);
+            return result;
+        }
         if (!fits) d.alloc(width, height, type, written);
         d.timestamp = timestamp;
         return world->report(
@@ -217,6 +235,16 @@ struct ModelMat {
     }
     bool clone(const ModelMat& s) {
         if (!s.init) return false;
+        if (this == &s || (keeps(s) && sameAs(s))) {
+            timestamp = s.timestamp;
+            return true;
+        }
+        if (keeps(s)) {
+            ModelMat part(*world);
+            part.clone(s);
+            part.flag = flag;
+            return part.move(*this);
+        }
         alloc(s.width, s.height, s.type, s.mem);
         timestamp = s.timestamp;
         s.copyTo(*this, s.mem == MEM::GPU ? COPY_TYPE::GPU_GPU : COPY_TYPE::CPU_CPU, false, true);

@@ -134,6 +134,28 @@ inline Operation pixelOperation() {
             }};
 }
 
+inline int modelConvertImage(ModelMat& m, ModelMat& o, const Arguments& a) {
+    constexpr auto FROM = MAT_TYPE::MAT_8U_C4, SIGNED = MAT_TYPE::MAT_8S_C4;
+    if (!m.init || toValue(m.mem) < 2 || m.type != FROM) return 1;
+    const bool fits =
+        o.init && toValue(o.mem) >= 2 && o.type == SIGNED && o.width == m.width && o.height == m.height;
+    if (!fits && o.owns(m)) {
+        ModelMat earlier(*m.world);
+        o.move(earlier);
+        const int result = modelConvertImage(&m == &o ? earlier : m, o, a);
+        earlier.free(MEM_BOTH);
+        return result;
+    }
+    if (!fits) o.alloc(m.width, m.height, SIGNED, MEM::GPU);
+    if (!m.device || !o.device || m.width * m.height == 0 || m.world->fails("cudaLaunchKernel")) return 0;
+    o.device->rows = m.device->rows;
+    changeRows(o.device, [](Bytes& rows) {
+        for (std::uint8_t& byte : rows)
+            byte = static_cast<std::uint8_t>(byte ^ 0x80);
+    });
+    return 0;
+}
+
 inline std::vector<Operation> operations() {
     using Op = Operation;
     using Arg = const Arguments&;
@@ -230,22 +252,7 @@ inline std::vector<Operation> operations() {
              return 0;
          }},
         {"convertImage", Op::OTHER | Op::STREAM | Op::PIXELS,
-         [](Mat& m, Mat& o, Arg a) { return toValue(convertImage(m, o, a.stream)); },
-         [](ModelMat& m, ModelMat& o, Arg) {
-             constexpr auto FROM = MAT_TYPE::MAT_8U_C4, SIGNED = MAT_TYPE::MAT_8S_C4;
-             if (!m.init || toValue(m.mem) < 2 || m.type != FROM) return 1;
-             const bool fits = o.init && toValue(o.mem) >= 2 && o.type == SIGNED && o.width == m.width &&
-                               o.height == m.height;
-             if (!fits) o.alloc(m.width, m.height, SIGNED, MEM::GPU);
-             if (!m.device || !o.device || m.width * m.height == 0) return 0;
-             if (m.world->fails("cudaLaunchKernel")) return 0;
-             o.device->rows = m.device->rows;
-             changeRows(o.device, [](Bytes& rows) {
-                 for (std::uint8_t& byte : rows)
-                     byte = static_cast<std::uint8_t>(byte ^ 0x80);
-             });
-             return 0;
-         }},
+         [](Mat& m, Mat& o, Arg a) { return toValue(convertImage(m, o, a.stream)); }, modelConvertImage},
     };
 }
 

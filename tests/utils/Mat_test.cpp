@@ -8,9 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <sstream>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace vela::test {
 namespace {
@@ -60,11 +62,82 @@ TEST_F(MatTest, ConstructorsSetEveryField) {
     EXPECT_EQ(fieldsOf(mat), cases[1].second + "n/a00");
     mat.name = "mine";
     EXPECT_EQ(Mat(mat).name, String("n/a"));
-    EXPECT_EQ(Mat(std::move(mat)).name, String("n/a"));
     static_assert(std::is_nothrow_move_constructible_v<Mat> && std::is_nothrow_move_assignable_v<Mat>);
+}
+
+TEST_F(MatTest, AnAllocationThatFailsLeavesAnEmptyMat) {
+    constexpr std::size_t HALF = std::size_t{1} << 32;
+    const std::pair<std::size_t, std::size_t> sizes[] = {
+        {HALF, HALF},                      // pixels wrap to 0
+        {HALF / 2, HALF / 2},              // bytes wrap to 0
+        {(std::size_t{1} << 62) + 1, 1}};  // bytes of a row: 4
+    for (const auto& [width, height] : sizes) {
+        for (const MEM mem : {MEM::CPU, MEM_BOTH}) {
+            Mat mat(7, 3, U3, MEM_BOTH);
+            EXPECT_THROW(mat.alloc(width, height, F1, mem), std::bad_alloc);
+            EXPECT_EQ(fieldsOf(mat), "empty 0x0x0 of 0 on 3, steps 0 0, buffers - -n/a00");
+            EXPECT_EQ(mat.dataType, U3);
+        }
+        for (const MEM mem : {MEM::GPU, MEM_MANAGED}) {
+            Mat mat;
+            EXPECT_EQ(printedBy([&, w = width, h = height] { mat.alloc(w, h, F1, mem); }),
+                      "in void vela::Mat::alloc(size_t, size_t, vela::MAT_TYPE, vela::MEM) : Err [2]: out of "
+                      "memory.\n");
+            EXPECT_TRUE(mat.isInit && mat.memoryOwner && mat.ptrCPU == nullptr && mat.ptrGPU == nullptr);
+        }
+    }
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // whose allocators stop the program
     EXPECT_THROW(Mat(std::size_t{1} << 40, std::size_t{1} << 15, U1), std::bad_alloc);
 #endif
+}
+
+TEST_F(MatTest, MovesCarryTheNameAndReferencesToItsOwnBuffersLeaveAnOwnerAlone) {
+    std::vector<Mat> mats;
+    for (const char* const name : {"left", "right", "depth"}) {
+        mats.emplace_back(2, 2, U1).name = name;
+    }
+    EXPECT_EQ(mats[0].name, "left");
+    EXPECT_EQ(mats[1].name, "right");
+    Mat reference(mats[2]);
+    reference.name = "view";
+    const Mat moved(std::move(reference));
+    EXPECT_EQ(moved.name, "view");
+    EXPECT_EQ(moved.ptrCPU, mats[2].ptrCPU);
+
+    Mat owner = filled(4, 4, U1, MEM_BOTH);
+    owner.name = "owner";
+    const std::string before = fieldsOf(owner);
+    const auto itself = [](Mat mat) { return mat; };
+    const Mat inside(2, 2, U1, owner.ptrCPU + 5, 4, MEM::CPU);
+    owner = itself(owner);
+    const Mat copy(owner);
+    owner = copy;
+    owner.ref(inside);
+    EXPECT_EQ(owner.clone(copy), OK);
+    EXPECT_EQ(fieldsOf(owner), before);
+    EXPECT_EQ(load(owner, MEM::CPU), pattern(16));
+    EXPECT_EQ(load(owner, MEM::GPU), pattern(16));
+    EXPECT_EQ(owner.clone(inside), OK) << "part of the image is copied before the whole is released";
+    EXPECT_EQ(load(owner, MEM::CPU),
+              (Bytes{pattern(16)[5], pattern(16)[6], pattern(16)[9], pattern(16)[10]}));
+}
+
+TEST_F(MatTest, CopiesReadWhatTheyReplaceFirst) {
+    cudaStream_t stream = nullptr;
+    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+    for (cudaStream_t const queue : {cudaStream_t{}, stream}) {
+        Mat owner = filled(40, 4, U1, MEM::CPU);
+        const Mat middle(20, 2, U1, owner.ptrCPU + 50, 40, MEM::CPU);
+        const Bytes wanted = load(middle, MEM::CPU);
+        EXPECT_EQ(owner.setFrom(middle, COPY_TYPE::CPU_GPU, queue), OK);
+        cudaDeviceSynchronize();
+        EXPECT_EQ(load(owner, MEM::GPU), wanted);
+        EXPECT_EQ(owner.copyTo(owner, COPY_TYPE::GPU_CPU, queue), OK);
+        cudaDeviceSynchronize();
+        EXPECT_EQ(owner.memType, MEM::CPU);
+        EXPECT_EQ(load(owner, MEM::CPU), wanted);
+    }
+    EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
 }
 
 TEST_F(MatTest, KnowsBytesOfEachTypeAndStepsOfEachSide) {

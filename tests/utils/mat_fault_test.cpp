@@ -61,6 +61,8 @@ protected:
                 start(*subject, state->mem, state->reference, shape);
             }
             a.mat.name = a.model.name = "cloud";
+            b.mat.name = b.model.name = "other";
+            b.mat.extraFlag = b.model.flag = true;
             world.calls.clear();
             world.function = function;
             world.nth = nth;

@@ -90,6 +90,28 @@ TEST_F(PointCloudExportTest, TakesRowsAsPackedWhateverTheTypeAndStep) {
     EXPECT_EQ(contentOf(folder_ / "none.xyz"), XYZ_HEAD + "0\n");
 }
 
+/// Twelve bytes a pixel are regrouped by sixteen; the last group that does not fit is missing.
+TEST_F(PointCloudExportTest, OfAnOwnerNothingBehindItsBufferIsRead) {
+    Mat cloud(3, 3, MAT_TYPE::MAT_32F_C3);
+    for (int i = 0; i < 27; ++i) {
+        reinterpret_cast<float*>(cloud.ptrCPU)[i] = static_cast<float>(i);
+    }
+    EXPECT_TRUE(savePointCloudAs(cloud, XYZ, folder_ / "cloud", false));
+    const std::string content = contentOf(folder_ / "cloud.xyz");
+    EXPECT_EQ(content.substr(0, XYZ_HEAD.size() + 2), XYZ_HEAD + "6\n");
+    EXPECT_EQ(content.substr(content.rfind('\n') + 1), "20.000000 21.000000 22.000000");
+}
+
+/// The product of width and height counts by its low 32 bits, as a signed number.
+TEST_F(PointCloudExportTest, CountsPointsByThirtyTwoBits) {
+    Cloud cloud({{1, 1, 1, 0}, {2, 2, 2, 0}, {3, 3, 3, 0}});
+    cloud.mat.width = (std::size_t{1} << 32) + 2;
+    const std::string content = saved(cloud, XYZ, false);
+    EXPECT_EQ(content.substr(content.rfind('\n') + 1), "2.000000 2.000000 2.000000");
+    cloud.mat.width = std::size_t{1} << 31;
+    EXPECT_EQ(saved(cloud, XYZ, false), XYZ_HEAD + "0\n");
+}
+
 TEST_F(PointCloudExportTest, WritesLargeCloudsThroughManyBlocks) {
     constexpr int COUNT = 50000;
     std::vector<Point3> points;

@@ -62,16 +62,17 @@ template <class Pixel, class Op, class Matrix>
 ERROR_CODE applyMatrix(Mat& mat, const Matrix& matrix, MEM mem) {
     Op op;
     std::copy(std::begin(matrix.m), std::end(matrix.m), op.k);
-    unsigned char* deviceMatrix = nullptr;
     convertPixels<Pixel>(mat, mem, op, [&](const PixelView<Pixel>& view) {
         // Failures do not change the result; without its matrix in device memory the kernel is not launched.
+        unsigned char* deviceMatrix = nullptr;
         std::size_t step = 0;
         allocateDeviceBuffer(deviceMatrix, step, sizeof op.k, 1, 1);
-        if (cudaMemcpy(deviceMatrix, op.k, sizeof op.k, cudaMemcpyHostToDevice) != cudaSuccess) return;
-        applyOnDevice(view, reinterpret_cast<float*>(deviceMatrix));
+        if (cudaMemcpy(deviceMatrix, op.k, sizeof op.k, cudaMemcpyHostToDevice) == cudaSuccess) {
+            applyOnDevice(view, reinterpret_cast<float*>(deviceMatrix));
+        }
+        if (deviceMatrix != nullptr) releaseDeviceBuffer(deviceMatrix);
     });
     if (mem == MEM_BOTH) mat.updateCPUfromGPU();
-    if (deviceMatrix != nullptr) releaseDeviceBuffer(deviceMatrix);
     return ERROR_CODE::SUCCESS;
 }
 

@@ -7,9 +7,22 @@
 #include "vela_core/utils/detail/signatures.hpp"
 
 #include <cstdio>
+#include <tuple>
 #include <utility>
 
 namespace vela {
+namespace {
+
+/// Whether two Mats have the same pixels in the same buffers.
+bool isSameImage(const Mat& a, const Mat& b) {
+    const auto layout = [](const Mat& mat) {
+        return std::tie(mat.width, mat.height, mat.dataType, mat.memType, mat.ptrCPU, mat.stepBytesCPU,
+                        mat.ptrGPU, mat.stepBytesGPU);
+    };
+    return layout(a) == layout(b);
+}
+
+}  // namespace
 
 Mat::Mat(std::size_t width_, std::size_t height_, MAT_TYPE type, MEM mem) {
     alloc(width_, height_, type, mem);
@@ -61,12 +74,14 @@ Mat& Mat::operator=(const Mat& source) {
     return *this;
 }
 
-Mat::Mat(Mat&& source) noexcept {
+Mat::Mat(Mat&& source) noexcept : name() {
     *this = std::move(source);
 }
 
 Mat& Mat::operator=(Mat&& source) noexcept {
+    if (source.refersIntoOwner(*this)) return *this;
     if (source.move(*this) != ERROR_CODE::SUCCESS) ref(source);
+    name = std::move(source.name);
     return *this;
 }
 
@@ -78,24 +93,23 @@ void Mat::alloc(std::size_t newWidth, std::size_t newHeight, MAT_TYPE type, MEM 
     free(MEM_BOTH);
     ptrCPU = nullptr;
     ptrGPU = nullptr;
-    describe(newWidth, newHeight, type);
     if (isPast(mem, MEM_MANAGED)) {
         std::printf("ERROR ALLOC MEM TYPE %d\n", toValue(mem));
         std::fflush(stdout);
     }
-    const std::size_t rowBytes = width * pixelBytes;
+    // The one step that throws comes while this Mat is empty.
+    if (mem == MEM::CPU || mem == MEM_BOTH) {
+        ptrCPU = allocateHostBuffer(newWidth, getPixelBytes(type), newHeight);
+    }
+    describe(newWidth, newHeight, type);
+    stepBytesCPU = width * pixelBytes;
     if (mem == MEM_MANAGED) {
-        stepBytesGPU = rowBytes;
-        succeeded(allocateManagedBuffer(ptrGPU, rowBytes * height), signature::ALLOC);
-        stepBytesCPU = stepBytesGPU;
+        stepBytesGPU = stepBytesCPU;
+        reportFailure(allocateManagedBuffer(ptrGPU, width, pixelBytes, height), signature::ALLOC);
         ptrCPU = ptrGPU;
-    } else {
-        if (hasHostSide(mem)) ptrCPU = allocateHostBuffer(rowBytes * height);
-        stepBytesCPU = rowBytes;
-        if (hasDeviceSide(mem)) {
-            succeeded(allocateDeviceBuffer(ptrGPU, stepBytesGPU, width, pixelBytes, height),
+    } else if (hasDeviceSide(mem)) {
+        reportFailure(allocateDeviceBuffer(ptrGPU, stepBytesGPU, width, pixelBytes, height),
                       signature::ALLOC);
-        }
     }
     // Also after a failed allocation and for a `mem` without a side: existing callers look at the pointers.
     isInit = true;
@@ -120,11 +134,11 @@ void Mat::free(MEM mem) {
             if (ptrCPU != nullptr || ptrGPU != nullptr) return;
         }
     }
-    resetSizes();
+    becomeEmpty();
 }
 
 void Mat::releaseManaged() {
-    if (ptrGPU != nullptr) succeeded(releaseDeviceBuffer(ptrGPU), signature::FREE);
+    if (ptrGPU != nullptr) reportFailure(releaseDeviceBuffer(ptrGPU), signature::FREE);
     ptrCPU = nullptr;
     ptrGPU = nullptr;
 }
@@ -136,14 +150,14 @@ void Mat::releaseHost() {
 }
 
 void Mat::releaseDevice() {
-    if (ptrGPU != nullptr && !succeeded(releaseDeviceBuffer(ptrGPU), signature::FREE)) {
+    if (ptrGPU != nullptr && checked(releaseDeviceBuffer(ptrGPU), signature::FREE) != ERROR_CODE::SUCCESS) {
         logError(LogStatement::GPU_FREE_FAILED, name.c_str());
     }
     ptrGPU = nullptr;
     stepBytesGPU = 0;
 }
 
-void Mat::resetSizes() {
+void Mat::becomeEmpty() {
     isInit = false;
     memoryOwner = false;
     width = 0;
@@ -162,7 +176,7 @@ void Mat::describe(std::size_t newWidth, std::size_t newHeight, MAT_TYPE type) {
     pixelBytes = getPixelBytes(type);
 }
 
-void Mat::takeDescription(const Mat& source) {
+void Mat::referTo(const Mat& source) {
     width = source.width;
     height = source.height;
     channels = source.channels;
@@ -177,16 +191,31 @@ void Mat::takeDescription(const Mat& source) {
 }
 
 void Mat::ref(const Mat& source) {
+    if (source.refersIntoOwner(*this)) return;
     free(MEM_BOTH);
     if (source.width * source.height == 0 || !source.isInit) return;
-    takeDescription(source);
+    referTo(source);
     extraFlag = false;
     memoryOwner = false;
     isInit = true;
 }
 
+bool Mat::refersIntoOwner(const Mat& owner) const {
+    return isInit && !memoryOwner && sharesBuffersOf(*this, owner);
+}
+
 ERROR_CODE Mat::clone(const Mat& source) {
     if (!source.isInit) return ERROR_CODE::FAILURE;
+    if (this == &source || (source.refersIntoOwner(*this) && isSameImage(source, *this))) {
+        timestamp = source.timestamp;
+        return ERROR_CODE::SUCCESS;
+    }
+    if (source.refersIntoOwner(*this)) {
+        Mat part;
+        part.clone(source);
+        part.extraFlag = extraFlag;
+        return part.move(*this);
+    }
     alloc(throughInt32(source.width), throughInt32(source.height), source.dataType, source.memType);
     timestamp = source.timestamp;
     if (source.memType == MEM::GPU) {
@@ -201,7 +230,7 @@ ERROR_CODE Mat::clone(const Mat& source) {
 ERROR_CODE Mat::move(Mat& destination) {
     if (!isInit || !memoryOwner) return ERROR_CODE::FAILURE;
     destination.free(MEM_BOTH);
-    destination.takeDescription(*this);
+    destination.referTo(*this);
     destination.extraFlag = extraFlag;
     destination.isInit = true;
     destination.memoryOwner = true;

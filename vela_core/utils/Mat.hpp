@@ -22,6 +22,11 @@ namespace vela {
 /// anything; the owner must then outlive it. Copying and assigning make references; the deep copies are
 /// `clone`, `copyTo` and `setFrom`.
 ///
+/// Mats may share buffers: an owner that is assigned from a reference into its own buffers stays as it is,
+/// and copies read their source before they release anything. A reference is not told when its owner releases
+/// or replaces the buffers: it dangles from then on, as a pointer would. That includes references to an owner
+/// which then becomes the destination of a copy that does not fit it.
+///
 /// A side holds `height` rows; row y starts y steps after its pointer. Owned host and managed rows are
 /// packed, owned device rows are pitched. There is no lock: one Mat is used by one thread at a time.
 class Mat {
@@ -39,7 +44,7 @@ public:
     unsigned char* ptrGPU = nullptr;  ///< never read by host code unless managed
     bool isInit = false;              ///< the fields describe usable data
     bool memoryOwner = false;
-    String name = "n/a";               ///< label in messages; stays with this Mat
+    String name = "n/a";               ///< label in messages; only C++ moves carry it to another Mat
     bool extraFlag = false;            ///< travels with `move`; not used by the library
     unsigned long long timestamp = 0;  ///< capture time in nanoseconds
 
@@ -64,8 +69,9 @@ public:
     Mat(const Mat& source);
     Mat& operator=(const Mat& source);
 
-    /// Takes an owner's buffers over as `move` does, or refers to what a reference refers to. Keeps its own
-    /// name.
+    /// Takes an owner's buffers over as `move` does, or refers to what a reference refers to, and takes the
+    /// name over in both cases; the source's name is then empty. Assigning to an owner from a reference into
+    /// its own buffers changes neither of the two.
     Mat(Mat&& source) noexcept;
     Mat& operator=(Mat&& source) noexcept;
 
@@ -74,31 +80,35 @@ public:
     /// Releases what this Mat owned and allocates uninitialised buffers on the side or sides of `mem`; `type`
     /// sets `channels` and `pixelBytes` (0 for an unknown type). Nothing is returned: a failed device
     /// allocation is printed on standard output, a `mem` above `MEM_MANAGED` too, and the Mat then claims to
-    /// be initialised and owning with null pointers. A failed host allocation throws `std::bad_alloc`. Device
-    /// rows of 3- and 12-byte pixels get a pitch that is a whole number of pixels.
+    /// be initialised and owning with null pointers. A failed host allocation throws `std::bad_alloc` and
+    /// leaves an empty Mat. A number of bytes that does not fit into `size_t` is an allocation that fails.
+    /// Device rows of 3- and 12-byte pixels get a pitch that is a whole number of pixels.
     void alloc(std::size_t width, std::size_t height, MAT_TYPE type, MEM mem = MEM::CPU);
     void alloc(Resolution resolution, MAT_TYPE type, MEM mem = MEM::CPU);
 
     /// Releases a side or both; managed memory is always released whole. With one of two sides left the Mat
-    /// stays initialised and owning; otherwise its sizes become 0. A reference only forgets its sizes.
+    /// stays initialised and owning; otherwise its sizes become 0. For a reference only the sizes are reset.
     /// A device buffer that cannot be freed is printed and logged.
     void free(MEM mem = MEM_BOTH);
 
     /// Makes this Mat a reference to the buffers of `source`, after `free`; an empty source leaves it empty.
-    /// So `m.ref(m)` empties m. The name is not taken over.
+    /// So `m.ref(m)` empties m; a reference into buffers that this Mat owns changes nothing. The name is not
+    /// taken over.
     void ref(const Mat& source);
 
     /// Deep copy of `source` into buffers allocated on the same sides, with its time stamp and without its
-    /// name. Sizes are limited to 2^31 - 1. `FAILURE`, without a change, when the source is not initialised;
-    /// failed copies are printed and do not change the result.
+    /// name. Sizes are limited to 2^31 - 1. Cloning itself, or a reference to its own whole buffers, takes
+    /// only the time stamp over. `FAILURE`, without a change, when the source is not initialised; failed
+    /// copies are printed and do not change the result. Throws as `alloc` does.
     ERROR_CODE clone(const Mat& source);
 
     /// Hands buffers and ownership to `destination`, which releases its own first and keeps its name.
     /// `FAILURE`, without a change, when this Mat does not own its memory.
     ERROR_CODE move(Mat& destination);
 
-    /// Exchanges two owning Mats by three moves, through a temporary. A reference cannot be moved, so it is
-    /// lost: whichever of the two it is in ends with the other's buffers, and the other ends empty.
+    /// Exchanges two owning Mats, but not their names, by three moves through a temporary. References cannot
+    /// be moved: if `a` is one, it receives the buffers of `b`, and `b` becomes empty; if `b` is one, it
+    /// stays as it is, and `a` becomes empty.
     static void swap(Mat& a, Mat& b);
 
     // The pixel type N of the templates below is one of float, unsigned char, unsigned short, Vector2,
@@ -157,14 +167,21 @@ public:
     /// ("ply", "vtk", "xyz", else PCD), which add their extension if it is missing; bytes of 1, 3 and 4
     /// channels, and 16 bits as "png", by OpenCV, channels in the Mat's order. `mem` is `CPU`, or `GPU` to
     /// bring the host side up to date first. `compression` runs from 0 to 100 for "png" and "jpg"; -1 is 30
-    /// for PNG (level 3) and 5 for JPEG (quality 95). `FAILURE` when the Mat is not initialised, the update
-    /// or an exporter fails, the type cannot be written, or OpenCV throws (the last three are logged);
-    /// `INVALID_FUNCTION_CALL` for another `mem`. Whether OpenCV could write the file is not looked at.
+    /// for PNG (level 3) and 5 for JPEG (quality 95).
+    ///
+    /// The pixels of a `MAT_32F_C3` cloud are regrouped: its floats are read four by four, as those of a
+    /// `MAT_32F_C4` cloud, so that what is written are not its points. Convert it to four floats a pixel
+    /// first.
+    ///
+    /// `FAILURE` when the Mat is not initialised, the update or an exporter fails, the type cannot be
+    /// written, or OpenCV throws (the last three are logged); `INVALID_FUNCTION_CALL` for another `mem`.
+    /// OpenCV's own success flag is ignored.
     ERROR_CODE write(const String& path, MEM mem = MEM::CPU, int compression = -1);
 
     /// Replaces the content by a picture file, on the host, channels in OpenCV's order (blue, green, red,
     /// alpha). A picture of an unsupported type becomes `MAT_8U_C1` with the first width * height bytes.
-    /// `FAILURE`, without a change, when the file cannot be decoded; also, logged, when OpenCV throws.
+    /// Name, time stamp and `extraFlag` stay. `FAILURE`, without a change, when the file cannot be decoded or
+    /// memory cannot hold the picture; also, logged, when OpenCV throws. Throws nothing.
     ERROR_CODE read(const String& path);
 
     /// Bytes from row to row of one side, `CPU`, `GPU` or `MEM_MANAGED`; 0 for any other value.
@@ -174,7 +191,9 @@ public:
     /// destination is kept if it has this size, type and side, so that a reference writes through; otherwise
     /// it is allocated on the written side alone. It takes the time stamp over, also when the copy fails.
     /// Without a stream the copy is complete on return; on a stream it is queued, and the caller synchronises
-    /// before touching either Mat. A failed copy is printed and gives `FAILURE`.
+    /// before touching either Mat. A destination that does not fit and owns pixels of the source is allocated
+    /// anew once they are copied, which waits for the stream. A failed copy is printed and gives `FAILURE`.
+    /// Throws as `alloc` does.
     ERROR_CODE copyTo(Mat& destination, COPY_TYPE type = COPY_TYPE::CPU_CPU,
                       cudaStream_t stream = nullptr) const;
 
@@ -193,8 +212,9 @@ public:
 
 private:
     void describe(std::size_t newWidth, std::size_t newHeight, MAT_TYPE type);
-    void takeDescription(const Mat& source);
-    void resetSizes();
+    void referTo(const Mat& source);
+    void becomeEmpty();
+    bool refersIntoOwner(const Mat& owner) const;
     void releaseManaged();
     void releaseHost();
     void releaseDevice();

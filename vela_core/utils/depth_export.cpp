@@ -7,10 +7,12 @@
 
 #include <opencv2/imgcodecs.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <vector>
 
 namespace {
@@ -24,17 +26,32 @@ bool save16Bit(const vela::Mat& depth, const std::string& path, float factor,
     return cv::imwrite(path, samples, parameters);
 }
 
+/// Adds `count` floats, which need not be aligned, with 0 in the place of NaN and infinities.
+void appendFloats(vela::BlockFile& file, const unsigned char* floats, std::size_t count) {
+    constexpr std::size_t PART = vela::BlockFile::LARGEST_RESERVE / sizeof(float);
+    for (std::size_t done = 0; done < count; done += PART) {
+        const std::size_t part = std::min(PART, count - done);
+        char* const out = file.reserve();
+        for (std::size_t i = 0; i < part; ++i) {
+            float value = 0.0F;
+            std::memcpy(&value, floats + (done + i) * sizeof value, sizeof value);
+            if (!(std::fabs(value) <= std::numeric_limits<float>::max())) value = 0.0F;
+            std::memcpy(out + i * sizeof value, &value, sizeof value);
+        }
+        file.commit(out + part * sizeof(float));
+    }
+}
+
 bool savePfm(const vela::Mat& depth, const std::string& path) {
-    vela::BlockFile file(path);
-    if (!file.isOpen()) return false;
+    vela::BlockFile file;
     // The negative scale says that the floats are little-endian.
-    file.append(vela::formatText("Pf\n%d %d\n%lf\n", static_cast<int>(depth.width),
-                                 static_cast<int>(depth.height), -1.0));
+    const std::string header = vela::formatText("Pf\n%d %d\n-1.000000\n", static_cast<int>(depth.width),
+                                                static_cast<int>(depth.height));
+    if (!file.open(path)) return false;
+    file.append(header);
     const auto count = static_cast<std::int32_t>(depth.width * depth.height);
     if (depth.ptrCPU != nullptr && count > 0) {
-        file.appendFloats(depth.ptrCPU, static_cast<std::size_t>(count), [](float value) {
-            return std::fabs(value) <= std::numeric_limits<float>::max() ? value : 0.0F;
-        });
+        appendFloats(file, depth.ptrCPU, static_cast<std::size_t>(count));
     }
     return true;
 }
@@ -48,7 +65,7 @@ vela::String vela::toString(const DEPTH_FORMAT& value) {
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the public signature takes the name by value
-bool saveDepthAs(vela::Mat& depth, DEPTH_FORMAT format, vela::String name, float factor) {
+bool saveDepthAs(vela::Mat& depth, DEPTH_FORMAT format, vela::String name, float factor) try {
     const auto path = [&](const char* extension) {
         return vela::withExtension(vela::toStdString(name), extension);
     };
@@ -62,5 +79,7 @@ bool saveDepthAs(vela::Mat& depth, DEPTH_FORMAT format, vela::String name, float
     }
     std::printf(" Invalid Depth Format\n");
     std::fflush(stdout);
+    return false;
+} catch (const std::bad_alloc&) {
     return false;
 }

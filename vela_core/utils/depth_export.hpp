@@ -23,7 +23,8 @@ String toString(const DEPTH_FORMAT& value);
 /// The host buffer is read as width * height packed floats, whatever the Mat's type and step; this is not
 /// checked. 16-bit samples are round(depth * factor), saturated to 0 to 65535, as OpenCV's `convertTo` rounds
 /// and saturates. PFM files hold 0 for NaN and infinite depth, and their rows top first, although the
-/// format's convention is bottom first: readers of these files know it so. False when the file cannot be
-/// written (of a PFM file: opened); for an unknown format, which is also said on standard output. What
-/// OpenCV's encoders throw, for an empty map say, reaches the caller.
+/// format's convention is bottom first: existing readers rely on it. False when the file cannot be written
+/// (of a PFM file: opened) or memory is short, and for an unknown format, which is also said on standard
+/// output. A PFM file that could not be written whole is the beginning of what it should be. OpenCV's
+/// exceptions, for an empty map say, reach the caller.
 bool saveDepthAs(vela::Mat& depth, DEPTH_FORMAT format, vela::String name, float factor);

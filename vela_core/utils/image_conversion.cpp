@@ -1,6 +1,7 @@
 #include "vela_core/utils/image_conversion.hpp"
 
 #include "vela_core/types/Vector.hpp"
+#include "vela_core/utils/detail/mat_copy.hpp"
 #include "vela_core/utils/detail/mat_sides.hpp"
 #include "vela_gpu/kernels.hpp"
 
@@ -23,6 +24,13 @@ ERROR_CODE convertImage(Mat& source, Mat& destination, cudaStream_t stream) {
     if (!isDeviceImage(source, MAT_TYPE::MAT_8U_C4)) return ERROR_CODE::FAILURE;
     const bool fits = isDeviceImage(destination, MAT_TYPE::MAT_8S_C4) && destination.width == source.width &&
                       destination.height == source.height;
+    if (!fits && sharesBuffersOf(source, destination)) {
+        // What the destination has is released, which waits for the kernel, after the source was read from
+        // it.
+        Mat earlier;
+        destination.move(earlier);
+        return convertImage(&source == &destination ? earlier : source, destination, stream);
+    }
     if (!fits) destination.alloc(source.width, source.height, MAT_TYPE::MAT_8S_C4, MEM::GPU);
     cu_cvt2Signed(reinterpret_cast<Vector4<unsigned char>*>(source.ptrGPU),
                   reinterpret_cast<Vector4<char>*>(destination.ptrGPU), stepPixels(source),

@@ -1,5 +1,4 @@
 #include "vela_core/types/Vector.hpp"
-#include "vela_core/types/detail/text_format.hpp"
 #include "vela_core/utils/Mat.hpp"
 #include "vela_core/utils/detail/buffers.hpp"
 #include "vela_core/utils/detail/fill.hpp"
@@ -8,6 +7,7 @@
 #include "vela_gpu/kernels.hpp"
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 
 namespace vela {
@@ -37,9 +37,13 @@ constexpr const char* PIXEL_NAME<Vector4<char>> = "vela::Vector4<char>";
 template <>
 constexpr const char* PIXEL_NAME<unsigned short> = "unsigned short";
 
+/// Reports a failed copy of a pixel; the signature's text needs no memory of its own.
 template <class N>
-std::string signatureOf(const char* start) {
-    return std::string(start) + PIXEL_NAME<N> + signature::WITH_END;
+void reportFailedPixel(cudaError status, const char* signatureStart) {
+    if (status == cudaSuccess) return;
+    char text[160];
+    std::snprintf(text, sizeof text, "%s%s%s", signatureStart, PIXEL_NAME<N>, signature::WITH_END);
+    reportFailure(status, text);
 }
 
 template <class N>
@@ -92,7 +96,7 @@ ERROR_CODE Mat::setValue(std::size_t x, std::size_t y, N value, MEM mem) {
     if (mem == MEM::GPU && hasDeviceSide(memType)) {
         const cudaError status =
             cudaMemcpy(devicePixel<N>(*this, x, y), &value, sizeof(N), cudaMemcpyHostToDevice);
-        if (status != cudaSuccess) succeeded(status, signatureOf<N>(signature::SET_VALUE).c_str());
+        reportFailedPixel<N>(status, signature::SET_VALUE);
         return ERROR_CODE::SUCCESS;
     }
     return ERROR_CODE::FAILURE;
@@ -106,7 +110,7 @@ ERROR_CODE Mat::getValue(std::size_t x, std::size_t y, N* value, MEM mem) const 
     if (mem == MEM::GPU && hasDeviceSide(memType)) {
         const cudaError status =
             cudaMemcpy(value, devicePixel<N>(*this, x, y), sizeof(N), cudaMemcpyDeviceToHost);
-        if (status != cudaSuccess) succeeded(status, signatureOf<N>(signature::GET_VALUE).c_str());
+        reportFailedPixel<N>(status, signature::GET_VALUE);
         return ERROR_CODE::SUCCESS;
     }
     if (mem == MEM::CPU && hasHostSide(memType)) {

@@ -5,6 +5,7 @@
 #include "vela_core/utils/detail/mat_sides.hpp"
 #include "vela_core/utils/detail/signatures.hpp"
 
+#include <functional>
 #include <iterator>
 
 namespace vela {
@@ -38,21 +39,9 @@ unsigned char* bufferOf(const Mat& mat, MEM side) {
     return side == MEM::CPU ? mat.ptrCPU : mat.ptrGPU;
 }
 
-ERROR_CODE errorCodeOf(bool success) {
-    return success ? ERROR_CODE::SUCCESS : ERROR_CODE::FAILURE;
-}
-
-ERROR_CODE copyMat(const Mat& source, Mat& destination, COPY_TYPE type, cudaStream_t stream,
-                   const char* signature) {
-    prepareCopyDestination(source, destination, type);
-    destination.timestamp = source.timestamp;
-    return errorCodeOf(succeeded(cpy(source, destination, type, stream), signature));
-}
-
-}  // namespace
-
-cudaError cpy(const Mat& source, Mat& destination, COPY_TYPE type, cudaStream_t stream) {
-    const Direction* const direction = findDirection(type);
+/// One two-dimensional copy of all of the source's rows: complete on return without a stream, queued on
+/// `stream` otherwise. Without a direction it reads a null pointer, which the runtime refuses.
+cudaError cpy(const Mat& source, Mat& destination, const Direction* direction, cudaStream_t stream) {
     const bool known = direction != nullptr;
     const unsigned char* const from = known ? bufferOf(source, direction->read) : nullptr;
     const std::size_t fromStep = known ? source.getStepBytes(direction->read) : 0;
@@ -65,18 +54,61 @@ cudaError cpy(const Mat& source, Mat& destination, COPY_TYPE type, cudaStream_t 
     return cudaMemcpy2DAsync(to, toStep, from, fromStep, rowBytes, source.height, kind, stream);
 }
 
-void prepareCopyDestination(const Mat& source, Mat& destination, COPY_TYPE type) {
-    const Direction* const direction = findDirection(type);
+/// Whether the destination can stay as it is: it has the source's size and type and the side that is written,
+/// and the source has the side that is read.
+bool fits(const Mat& source, const Mat& destination, const Direction& direction) {
+    return destination.isInit && destination.width == source.width && destination.height == source.height &&
+           destination.dataType == source.dataType && hasSide(source, direction.read) &&
+           hasSide(destination, direction.written);
+}
+
+void prepareCopyDestination(const Mat& source, Mat& destination, const Direction* direction) {
     if (direction == nullptr && destination.isInit) {
         destination.alloc(source.width, source.height, source.dataType, MEM::CPU);
-        return;
+    } else if (direction == nullptr || !fits(source, destination, *direction)) {
+        const MEM written = direction == nullptr ? MEM::CPU : direction->written;
+        destination.alloc(throughInt32(source.width), throughInt32(source.height), source.dataType, written);
     }
-    const bool fits = destination.isInit && destination.width == source.width &&
-                      destination.height == source.height && destination.dataType == source.dataType &&
-                      hasSide(source, direction->read) && hasSide(destination, direction->written);
-    if (fits) return;
-    const MEM written = direction == nullptr ? MEM::CPU : direction->written;
-    destination.alloc(throughInt32(source.width), throughInt32(source.height), source.dataType, written);
+}
+
+ERROR_CODE copyMat(const Mat& source, Mat& destination, COPY_TYPE type, cudaStream_t stream,
+                   const char* signature) {
+    const Direction* const direction = findDirection(type);
+    if (direction != nullptr && !fits(source, destination, *direction) &&
+        sharesBuffersOf(source, destination)) {
+        // The destination gets new buffers; what it has is kept until the source has been read from there.
+        Mat earlier;
+        destination.move(earlier);
+        const Mat& kept = &source == &destination ? earlier : source;
+        const ERROR_CODE result = copyMat(kept, destination, type, stream, signature);
+        if (stream != nullptr) cudaStreamSynchronize(stream);
+        return result;
+    }
+    prepareCopyDestination(source, destination, direction);
+    destination.timestamp = source.timestamp;
+    return checked(cpy(source, destination, direction, stream), signature);
+}
+
+ERROR_CODE copySides(Mat& mat, COPY_TYPE type, cudaStream_t stream, const char* signature) {
+    return checked(cpy(mat, mat, findDirection(type), stream), signature);
+}
+
+/// Whether an address lies in a buffer of so many bytes; null lies in none.
+bool liesIn(const unsigned char* address, const unsigned char* buffer, std::size_t bytes) {
+    const std::less<> before;
+    return address != nullptr && buffer != nullptr && !before(address, buffer) &&
+           before(address, buffer + bytes);
+}
+
+}  // namespace
+
+bool sharesBuffersOf(const Mat& mat, const Mat& owner) {
+    if (!owner.isInit || !owner.memoryOwner || mat.width * mat.height == 0) return false;
+    const auto isOwned = [&](const unsigned char* address) {
+        return liesIn(address, owner.ptrCPU, owner.stepBytesCPU * owner.height) ||
+               liesIn(address, owner.ptrGPU, owner.stepBytesGPU * owner.height);
+    };
+    return isOwned(mat.ptrCPU) || isOwned(mat.ptrGPU);
 }
 
 ERROR_CODE Mat::copyTo(Mat& destination, COPY_TYPE type, cudaStream_t stream) const {
@@ -92,11 +124,11 @@ ERROR_CODE Mat::updateCPUfromGPU(cudaStream_t stream) {
         const cudaError status =
             cudaStreamAttachMemAsync(stream, ptrGPU, stepBytesGPU * height, cudaMemAttachHost);
         cudaStreamSynchronize(stream);
-        return errorCodeOf(succeeded(status, signature::UPDATE_CPU));
+        return checked(status, signature::UPDATE_CPU);
     }
     if (memoryOwner) {
         if (memType == MEM::GPU) {
-            ptrCPU = allocateHostBuffer(width * height * pixelBytes);
+            ptrCPU = allocateHostBuffer(width, pixelBytes, height);
             stepBytesCPU = width * pixelBytes;
             memType = MEM_BOTH;
         }
@@ -104,7 +136,7 @@ ERROR_CODE Mat::updateCPUfromGPU(cudaStream_t stream) {
         logError(LogStatement::UPDATE_CPU_OF_REFERENCE);
         return ERROR_CODE::FAILURE;
     }
-    return errorCodeOf(succeeded(cpy(*this, *this, COPY_TYPE::GPU_CPU, stream), signature::UPDATE_CPU));
+    return copySides(*this, COPY_TYPE::GPU_CPU, stream, signature::UPDATE_CPU);
 }
 
 ERROR_CODE Mat::updateGPUfromCPU(cudaStream_t stream, int /*option*/) {
@@ -112,19 +144,19 @@ ERROR_CODE Mat::updateGPUfromCPU(cudaStream_t stream, int /*option*/) {
         // Nothing waits here: the buffer now belongs to the stream, whose user synchronises.
         const cudaError status =
             cudaStreamAttachMemAsync(stream, ptrGPU, stepBytesGPU * height, cudaMemAttachSingle);
-        return errorCodeOf(succeeded(status, signature::UPDATE_GPU));
+        return checked(status, signature::UPDATE_GPU);
     }
     if (memoryOwner) {
         if (memType == MEM::CPU) {
-            succeeded(allocateDeviceBuffer(ptrGPU, stepBytesGPU, width, pixelBytes, height),
-                      signature::UPDATE_GPU);
+            reportFailure(allocateDeviceBuffer(ptrGPU, stepBytesGPU, width, pixelBytes, height),
+                          signature::UPDATE_GPU);
             memType = MEM_BOTH;
         }
     } else if (!coversBothSides(memType)) {
         logError(LogStatement::UPDATE_GPU_OF_REFERENCE);
         return ERROR_CODE::FAILURE;
     }
-    return errorCodeOf(succeeded(cpy(*this, *this, COPY_TYPE::CPU_GPU, stream), signature::UPDATE_GPU));
+    return copySides(*this, COPY_TYPE::CPU_GPU, stream, signature::UPDATE_GPU);
 }
 
 }  // namespace vela

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -87,11 +88,10 @@ std::vector<int> encoderParameters(const std::string& extension, int compression
 
 ERROR_CODE writeImage(const Mat& image, const std::string& path, const std::string& extension,
                       int compression) {
-    // The encoder reads a copy of its own. 16-bit samples go to PNG files only.
-    cv::Mat encoded;
+    // 16-bit samples go to PNG files only.
     const bool encodable = cvTypeOf(image.dataType) != NOT_FOR_OPENCV &&
                            (image.dataType != MAT_TYPE::MAT_US16_C1 || extension == "png");
-    if (encodable) wrapAsCvMat(image).copyTo(encoded);
+    const cv::Mat encoded = encodable ? wrapAsCvMat(image) : cv::Mat();
     if (encoded.empty()) return failed(LogStatement::WRITE_UNSUPPORTED_TYPE);
     cv::imwrite(path, encoded, encoderParameters(extension, compression));
     cv::redirectError(nullptr);
@@ -140,14 +140,18 @@ ERROR_CODE Mat::read(const String& path) {
     try {
         const cv::Mat image = cv::imread(toStdString(path), cv::IMREAD_UNCHANGED);
         if (image.empty()) return ERROR_CODE::FAILURE;
-        alloc(static_cast<std::size_t>(image.cols), static_cast<std::size_t>(image.rows),
-              getMatTypeFromCvMat(image), MEM::CPU);
-        std::memcpy(ptrCPU, image.data, stepBytesCPU * height);
-        return ERROR_CODE::SUCCESS;
+        Mat decoded(static_cast<std::size_t>(image.cols), static_cast<std::size_t>(image.rows),
+                    getMatTypeFromCvMat(image), MEM::CPU);
+        std::memcpy(decoded.ptrCPU, image.data, decoded.stepBytesCPU * decoded.height);
+        decoded.extraFlag = extraFlag;
+        decoded.timestamp = timestamp;
+        return decoded.move(*this);
     } catch (const cv::Exception& exception) {
         logError(LogStatement::READ_EXCEPTION, exception.what());
-        return ERROR_CODE::FAILURE;
+    } catch (const std::exception&) {
+        // Memory that cannot be had is no message.
     }
+    return ERROR_CODE::FAILURE;
 }
 
 }  // namespace vela

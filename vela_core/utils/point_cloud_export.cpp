@@ -13,6 +13,7 @@
 #include <cstring>
 #include <iterator>
 #include <limits>
+#include <new>
 
 namespace {
 
@@ -67,8 +68,8 @@ char* noColor(char* out, const Point& /*point*/) {
     return out;
 }
 
-/// Red, green and blue in the bits of one float, as readers of PCD files expect. A byte of 255 counts as 254,
-/// which keeps the float finite whatever a reader does with the fourth byte.
+/// Red, green and blue in the bits of one float, as readers of PCD files expect. A byte of 255 is written as
+/// 254: existing readers rely on it.
 char* packedColor(char* out, const Point& point) {
     const auto channel = [](std::uint8_t value) { return std::uint32_t{std::min<std::uint8_t>(value, 254)}; };
     const std::uint32_t bits = channel(point.red) << 16 | channel(point.green) << 8 | channel(point.blue);
@@ -114,10 +115,19 @@ const CloudFormat& formatOf(POINT_CLOUD_FORMAT format) {
     return index < std::size(FORMATS) ? FORMATS[index] : UNKNOWN_FORMAT;
 }
 
+/// Elements of four floats to take from the host buffer: of a reference as many as it has pixels, of an owner
+/// those that lie inside its buffer.
+std::int32_t elementCount(const vela::Mat& cloud) {
+    if (cloud.ptrCPU == nullptr) return 0;
+    const auto pixels = static_cast<std::int32_t>(cloud.width * cloud.height);
+    if (!cloud.memoryOwner) return pixels;
+    const std::size_t inside = cloud.stepBytesCPU * cloud.height / sizeof(Point);
+    return static_cast<std::int32_t>(std::min<std::size_t>(inside, std::max(pixels, 0)));
+}
+
 /// Writes the line of every point with a finite x and returns how many there are.
 int writePoints(BlockFile& file, const vela::Mat& cloud, ColorWriter writeColor) {
-    const auto count = static_cast<std::int32_t>(cloud.width * cloud.height);
-    if (cloud.ptrCPU == nullptr) return 0;
+    const std::int32_t count = elementCount(cloud);
     int written = 0;
     for (std::int32_t i = 0; i < count; ++i) {
         Point point;
@@ -155,26 +165,26 @@ vela::String vela::toString(const POINT_CLOUD_FORMAT& value) {
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the public signature takes the name by value
-bool savePointCloudAs(vela::Mat& cloud, POINT_CLOUD_FORMAT format, vela::String name, bool color) {
+bool savePointCloudAs(vela::Mat& cloud, POINT_CLOUD_FORMAT format, vela::String name, bool color) try {
     const CloudFormat& chosen = formatOf(format);
     const bool withColor = color && chosen.writeColor != nullptr;
     // Named after the path as it was given, before its extension is added.
     const std::string bodyPath = vela::toStdString(name) + "_tmp0.txt";
     const std::string path = vela::withExtension(vela::toStdString(name), chosen.extension);
+    BlockFile body;
+    BlockFile file;
 
-    BlockFile body(bodyPath);
-    const bool hasBody = body.isOpen();
+    body.openTemporary(bodyPath);
     const int count = writePoints(body, cloud, withColor ? chosen.writeColor : noColor);
-    body.close();
-
-    BlockFile file(path);
-    if (!file.isOpen()) return false;
+    body.flush();
+    if (!file.open(path)) return false;
     file.append(chosen.header(count, withColor));
-    if (hasBody) file.appendFile(bodyPath, '\n');
+    if (body.isOpen()) file.appendFile(body, '\n');
     if (chosen.listsVertices) writeVertices(file, count);
     std::remove(bodyPath.c_str());
-    file.close();
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 bool is_big_endian() {

@@ -24,13 +24,17 @@ String toString(const POINT_CLOUD_FORMAT& value);
 /// they are.
 ///
 /// The host buffer is read as width * height packed pixels of four floats, whatever the Mat's type and step:
-/// x, y, z, and the bytes red, green, blue, unused. Nothing of this is checked; a Mat without a host buffer
-/// has no points. The format's extension is added to `name` unless it ends so.
+/// x, y, z, and the bytes red, green, blue, unused. Of a Mat that owns its memory, pixels which do not lie
+/// wholly inside the buffer are left out; of a reference nothing is checked. A Mat without a host buffer has
+/// no points. The format's extension is added to `name` unless it ends so.
 ///
-/// The lines go through the file `name` + "_tmp0.txt", because the headers state the number of points; it
-/// stays behind if the output cannot be opened, and if it cannot be made the body is empty. The last point
-/// has no line end, and in VTK files "VERTICES" follows it on its line: readers of these files know it so.
-/// False when the output cannot be opened; other failures, a full disk among them, do not show.
+/// The lines go through the file `name` + "_tmp0.txt", because the headers state the number of points. It is
+/// made afresh, so that exports under one name at the same time do not disturb each other. It stays behind if
+/// the output cannot be opened, and if it cannot be made the body is empty. The last point has no line end,
+/// and in VTK files "VERTICES" follows it on its line: existing readers rely on it.
+///
+/// False when the output cannot be opened or memory is short. Failed writes, on a full disk say, do not show:
+/// the file is then the beginning of what it should be.
 bool savePointCloudAs(vela::Mat& cloud, POINT_CLOUD_FORMAT format, vela::String name, bool color);
 
 /// Always false: the exporters write for little-endian hosts.

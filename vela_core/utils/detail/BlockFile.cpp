@@ -23,76 +23,109 @@ auto uninterrupted(Call call) {
     return result;
 }
 
-/// Number of bytes to take of a file that should not end with `unwantedEnd`.
-std::size_t wantedSize(int descriptor, char unwantedEnd) {
-    struct stat status {};
-    if (fstat(descriptor, &status) != 0 || status.st_size <= 0) return 0;
+/// Opens a file that programs started from here do not inherit; -1 on failure.
+int openFile(const std::string& path, int flags) {
+    const int descriptor =
+        uninterrupted([&] { return open(path.c_str(), flags | O_CLOEXEC, READ_WRITE_ALL); });
+    if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+    // A standard stream is closed: the file must not take its place, or messages would land in it.
+    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    close(descriptor);
+    return moved;
+}
+
+/// Makes a file that was not there before; -1 on failure. Another program may make one of the same name
+/// between the two calls: then they are tried again.
+int makeFile(const std::string& path) {
+    constexpr int TRIES = 100;
+    for (int i = 0; i < TRIES; ++i) {
+        if (unlink(path.c_str()) != 0 && errno != ENOENT) return -1;
+        const int descriptor = openFile(path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW);
+        if (descriptor >= 0 || errno != EEXIST) return descriptor;
+    }
+    return -1;
+}
+
+/// Number of bytes to take of a file that should not end with `unwantedEnd`; -1 if that cannot be told.
+off_t wantedSize(int descriptor, char unwantedEnd) {
+    const off_t size = lseek(descriptor, 0, SEEK_END);
+    if (size <= 0) return size;
     char last = '\0';
-    const bool ends = pread(descriptor, &last, 1, status.st_size - 1) == 1 && last == unwantedEnd;
-    return static_cast<std::size_t>(status.st_size) - (ends ? 1 : 0);
+    if (uninterrupted([&] { return pread(descriptor, &last, 1, size - 1); }) != 1) return -1;
+    return last == unwantedEnd ? size - 1 : size;
 }
 
 }  // namespace
 
-BlockFile::BlockFile(const std::string& path)
-    : descriptor_(uninterrupted(
-          [&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, READ_WRITE_ALL); })),
-      buffer_(new char[BLOCK]) {}
+BlockFile::BlockFile() : buffer_(new char[BLOCK]) {}
 
 BlockFile::~BlockFile() {
     close();
 }
 
-void BlockFile::append(std::string_view text) {
-    for (std::size_t done = 0; done < text.size(); done += LARGEST_RESERVE) {
-        const std::size_t count = std::min(LARGEST_RESERVE, text.size() - done);
-        char* const out = reserve();
-        std::memcpy(out, text.data() + done, count);
-        commit(out + count);
-    }
+bool BlockFile::open(const std::string& path) noexcept {
+    descriptor_ = openFile(path, O_WRONLY | O_CREAT | O_TRUNC);
+    return isOpen();
 }
 
-void BlockFile::appendFile(const std::string& path, char unwantedEnd) {
+bool BlockFile::openTemporary(const std::string& path) noexcept {
+    descriptor_ = makeFile(path);
+    if (!isOpen()) descriptor_ = openFile(path, O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW);
+    return isOpen();
+}
+
+void BlockFile::append(std::string_view text) noexcept {
+    char* const out = reserve();
+    std::memcpy(out, text.data(), text.size());
+    commit(out + text.size());
+}
+
+void BlockFile::appendFile(BlockFile& temporary, char unwantedEnd) noexcept {
     flush();
-    const int source = uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC); });
-    if (source < 0) return;
-    copyFrom(source, wantedSize(source, unwantedEnd));
-    ::close(source);
+    const off_t size = wantedSize(temporary.descriptor_, unwantedEnd);
+    if (size > 0 && lseek(temporary.descriptor_, 0, SEEK_SET) == 0) {
+        copyFrom(temporary.descriptor_, static_cast<std::size_t>(size));
+    }
+    failed_ = failed_ || temporary.failed_ || size < 0;
 }
 
-void BlockFile::copyFrom(int source, std::size_t count) {
+void BlockFile::copyFrom(int source, std::size_t count) noexcept {
     // The kernel moves the bytes where both files allow it; otherwise they pass through the buffer.
-    while (count > 0) {
+    while (count > 0 && !failed_) {
         const ssize_t moved =
             uninterrupted([&] { return copy_file_range(source, nullptr, descriptor_, nullptr, count, 0); });
         if (moved <= 0) break;
         count -= static_cast<std::size_t>(moved);
     }
-    while (count > 0) {
+    while (count > 0 && !failed_) {
         const ssize_t taken =
             uninterrupted([&] { return read(source, buffer_.get(), std::min(BLOCK, count)); });
         if (taken <= 0) break;
         write(buffer_.get(), static_cast<std::size_t>(taken));
         count -= static_cast<std::size_t>(taken);
     }
+    failed_ = failed_ || count > 0;
 }
 
-void BlockFile::close() {
+void BlockFile::close() noexcept {
     if (!isOpen()) return;
     flush();
     ::close(descriptor_);
     descriptor_ = -1;
 }
 
-void BlockFile::flush() {
+void BlockFile::flush() noexcept {
     write(buffer_.get(), used_);
     used_ = 0;
 }
 
-void BlockFile::write(const char* bytes, std::size_t count) {
-    while (isOpen() && count > 0) {
+void BlockFile::write(const char* bytes, std::size_t count) noexcept {
+    while (isOpen() && count > 0 && !failed_) {
         const ssize_t written = uninterrupted([&] { return ::write(descriptor_, bytes, count); });
-        if (written <= 0) break;
+        if (written <= 0) {
+            failed_ = true;
+            return;
+        }
         bytes += written;
         count -= static_cast<std::size_t>(written);
     }

@@ -2,7 +2,8 @@
 
 #include "vela_core/log/CudaSafeCall.hpp"
 
-#include <limits>
+#include <new>
+#include <optional>
 
 namespace vela {
 namespace {
@@ -11,10 +12,21 @@ namespace {
 // 512.
 constexpr std::size_t WHOLE_PIXEL_ROW = 1536;
 
+/// The bytes of packed rows; nothing if the number does not fit.
+std::optional<std::size_t> packedBytes(std::size_t width, std::size_t pixelBytes, std::size_t height) {
+    std::size_t rowBytes = 0;
+    std::size_t bytes = 0;
+    if (__builtin_mul_overflow(width, pixelBytes, &rowBytes)) return {};
+    if (__builtin_mul_overflow(rowBytes, height, &bytes)) return {};
+    return bytes;
+}
+
 }  // namespace
 
-unsigned char* allocateHostBuffer(std::size_t bytes) {
-    return new unsigned char[bytes];
+unsigned char* allocateHostBuffer(std::size_t width, std::size_t pixelBytes, std::size_t height) {
+    const std::optional<std::size_t> bytes = packedBytes(width, pixelBytes, height);
+    if (!bytes) throw std::bad_alloc();
+    return new unsigned char[*bytes];
 }
 
 void releaseHostBuffer(unsigned char* buffer) noexcept {
@@ -23,10 +35,12 @@ void releaseHostBuffer(unsigned char* buffer) noexcept {
 
 cudaError_t allocateDeviceBuffer(unsigned char*& buffer, std::size_t& stepBytes, std::size_t width,
                                  std::size_t pixelBytes, std::size_t height) {
+    if (!packedBytes(width, pixelBytes, height)) return cudaErrorMemoryAllocation;
     std::size_t rowBytes = width * pixelBytes;
-    const bool hasRoom = rowBytes <= std::numeric_limits<std::size_t>::max() - WHOLE_PIXEL_ROW;
-    if ((pixelBytes == 3 || pixelBytes == 12) && hasRoom) {  // the runtime refuses sizes that have none
-        rowBytes = (rowBytes + WHOLE_PIXEL_ROW - 1) / WHOLE_PIXEL_ROW * WHOLE_PIXEL_ROW;
+    if (pixelBytes == 3 || pixelBytes == 12) {
+        const std::size_t filled = rowBytes % WHOLE_PIXEL_ROW;
+        const std::size_t padding = filled == 0 ? 0 : WHOLE_PIXEL_ROW - filled;
+        if (__builtin_add_overflow(rowBytes, padding, &rowBytes)) return cudaErrorMemoryAllocation;
     }
     void* memory = buffer;
     const cudaError_t status = cudaMallocPitch(&memory, &stepBytes, rowBytes, height);
@@ -34,9 +48,12 @@ cudaError_t allocateDeviceBuffer(unsigned char*& buffer, std::size_t& stepBytes,
     return status;
 }
 
-cudaError_t allocateManagedBuffer(unsigned char*& buffer, std::size_t bytes) {
+cudaError_t allocateManagedBuffer(unsigned char*& buffer, std::size_t width, std::size_t pixelBytes,
+                                  std::size_t height) {
+    const std::optional<std::size_t> bytes = packedBytes(width, pixelBytes, height);
+    if (!bytes) return cudaErrorMemoryAllocation;
     void* memory = buffer;
-    const cudaError_t status = cudaMallocManaged(&memory, bytes, cudaMemAttachGlobal);
+    const cudaError_t status = cudaMallocManaged(&memory, *bytes, cudaMemAttachGlobal);
     buffer = static_cast<unsigned char*>(memory);
     return status;
 }
@@ -45,10 +62,13 @@ cudaError_t releaseDeviceBuffer(unsigned char* buffer) {
     return cudaFree(buffer);
 }
 
-bool succeeded(cudaError_t status, const char* signature) {
-    if (status == cudaSuccess) return true;
-    __cudaSafeCall(status, signature, "", 0);
-    return false;
+void reportFailure(cudaError_t status, const char* signature) noexcept {
+    if (status != cudaSuccess) __cudaSafeCall(status, signature, "", 0);
+}
+
+ERROR_CODE checked(cudaError_t status, const char* signature) noexcept {
+    reportFailure(status, signature);
+    return status == cudaSuccess ? ERROR_CODE::SUCCESS : ERROR_CODE::FAILURE;
 }
 
 }  // namespace vela

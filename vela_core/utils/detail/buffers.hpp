@@ -1,15 +1,17 @@
 #pragma once
 
+#include "vela_core/types/ErrorCode.hpp"
 #include "vela_gpu/runtime.hpp"
 
 #include <cstddef>
 
 namespace vela {
 
-// How a Mat gets its buffers and gives them back: the one place that owns pixel memory.
+// Allocates and frees pixel buffers; nothing else in the library does. A number of bytes that does not fit
+// into `size_t` is memory that cannot be had.
 
-/// Uninitialised host memory; throws `std::bad_alloc`.
-unsigned char* allocateHostBuffer(std::size_t bytes);
+/// Uninitialised host memory for packed rows; throws `std::bad_alloc`.
+unsigned char* allocateHostBuffer(std::size_t width, std::size_t pixelBytes, std::size_t height);
 void releaseHostBuffer(unsigned char* buffer) noexcept;
 
 /// Pitched device memory for rows of `width` pixels; on failure `buffer` and `stepBytes` are as the runtime
@@ -18,13 +20,17 @@ void releaseHostBuffer(unsigned char* buffer) noexcept;
 cudaError_t allocateDeviceBuffer(unsigned char*& buffer, std::size_t& stepBytes, std::size_t width,
                                  std::size_t pixelBytes, std::size_t height);
 
-/// Managed memory that host and device address alike.
-cudaError_t allocateManagedBuffer(unsigned char*& buffer, std::size_t bytes);
+/// Managed memory for packed rows, which host and device address alike.
+cudaError_t allocateManagedBuffer(unsigned char*& buffer, std::size_t width, std::size_t pixelBytes,
+                                  std::size_t height);
 
 /// Releases device or managed memory.
 cudaError_t releaseDeviceBuffer(unsigned char* buffer);
 
-/// Prints a failure under the signature of the function that met it; true when there is none.
-bool succeeded(cudaError_t status, const char* signature);
+/// Prints a failure under the signature of the function that met it; prints nothing for `cudaSuccess`.
+void reportFailure(cudaError_t status, const char* signature) noexcept;
+
+/// `reportFailure`, and the library's code for the status: `SUCCESS` or `FAILURE`.
+ERROR_CODE checked(cudaError_t status, const char* signature) noexcept;
 
 }  // namespace vela

@@ -7,16 +7,10 @@
 
 namespace vela {
 
-/// One two-dimensional copy of all of the source's rows in the direction of `type`: complete on return
-/// without a stream, queued on `stream` otherwise. An unknown direction reads a null pointer, which the
-/// runtime refuses.
-cudaError cpy(const Mat& source, Mat& destination, COPY_TYPE type, cudaStream_t stream);
+/// Whether pixels of `mat` lie in a buffer that `owner` owns and would release.
+bool sharesBuffersOf(const Mat& mat, const Mat& owner);
 
-/// Keeps the destination if it fits the source's size and type and has the side that `type` writes, and the
-/// source has the side that is read; otherwise allocates it on the written side alone.
-void prepareCopyDestination(const Mat& source, Mat& destination, COPY_TYPE type);
-
-/// A size as it passes through the 32-bit integers of copies: the low 32 bits, sign-extended.
+/// Truncates a size to 32 bits, sign-extended: what survives of sizes that pass through copies.
 constexpr std::size_t throughInt32(std::size_t size) {
     return static_cast<std::size_t>(static_cast<std::int32_t>(size));
 }
