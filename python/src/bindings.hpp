@@ -18,6 +18,7 @@ void bindMat(nb::module_& module);
 void bindDevice(nb::module_& module);
 void bindGeometry(nb::module_& module);
 void bindRecords(nb::module_& module);
+void bindIo(nb::module_& module);
 
 /// Raises `vela.Error` with this code; the text is `operation`, a colon, and the code's sentence.
 [[noreturn]] void raise(ERROR_CODE code, const std::string& operation);

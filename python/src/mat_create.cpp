@@ -156,8 +156,8 @@ void defineCreation(nb::class_<PyMat>& mat) {
                 new (self) PyMat(allocated(width, height, type, mem));
             },
             "width"_a, "height"_a, "type"_a.noconvert(), "mem"_a.noconvert() = MEM::CPU,
-            nb::sig(
-                "def __init__(self, width: int, height: int, type: MAT_TYPE, mem: MEM = MEM.CPU) -> None"),
+            nb::sig("def __init__(self, width: int, height: int, type: MAT_TYPE, mem: MEM = "
+                    "vela._core.MEM.CPU) -> None"),
             "A Mat that owns uninitialised pixels, packed on the host.\n\n"
             "MEM.GPU, MEM.BOTH and MEM.MANAGED raise vela.Error where there is no GPU.")
         .def_static(
@@ -176,7 +176,8 @@ void defineCreation(nb::class_<PyMat>& mat) {
             "dimensions.")
         .def_static(
             "from_points", &fromPoints, "points"_a, "colors"_a = nb::none(),
-            nb::sig("def from_points(points: ArrayLike, colors: ArrayLike | None = None) -> Mat"),
+            nb::sig("def from_points(points: ArrayLike, colors: ArrayLike | None = "
+                    "None) -> Mat"),
             "A cloud, MAT_32F_C4, copied from points of shape (N, 3), (N, 4), (H, W, 3) or (H, W, 4), "
             "float32.\n\n"
             "(N, ...) becomes one row of N points. colors, uint8 with 3 or 4 channels in the order red, "

@@ -114,7 +114,8 @@ void defineOperations(nb::class_<PyMat>& mat) {
             "free", [](PyMat& m) { m.storage = std::make_shared<Storage>(); },
             "Empties this Mat. The pixels go when no array and no other Mat shows them.")
         .def("copy_to", &copyTo, "destination"_a, "type"_a.noconvert() = COPY_TYPE::CPU_CPU,
-             nb::sig("def copy_to(self, destination: Mat, type: COPY_TYPE = COPY_TYPE.CPU_CPU) -> None"),
+             nb::sig("def copy_to(self, destination: Mat, type: COPY_TYPE = vela._core.COPY_TYPE.CPU_CPU) -> "
+                     "None"),
              "Copies the pixels and the time stamp from one side here to one side of another Mat.\n\n"
              "A destination of this size and type that has the side is written through, shared memory too;\n"
              "otherwise it gets new pixels, on that side alone. vela.Error without the side that is read.")
@@ -142,7 +143,7 @@ void defineOperations(nb::class_<PyMat>& mat) {
             "Sets every pixel of the host side to a number, or to one number per channel.")
         .def("convert_unit", &convertUnitOf, "source"_a.noconvert(), "target"_a.noconvert(),
              "mem"_a.noconvert() = MEM::CPU, nb::kw_only(), "scale_fourth"_a = false,
-             nb::sig("def convert_unit(self, source: UNIT, target: UNIT, mem: MEM = MEM.CPU, *, "
+             nb::sig("def convert_unit(self, source: UNIT, target: UNIT, mem: MEM = vela._core.MEM.CPU, *, "
                      "scale_fourth: bool = False) -> None"),
              "Scales depths (MAT_32F_C1) or points (MAT_32F_C3, MAT_32F_C4) from one unit to another, in "
              "place.\n\n"
@@ -154,7 +155,7 @@ void defineOperations(nb::class_<PyMat>& mat) {
              "mem"_a.noconvert() = MEM::CPU,
              nb::sig(
                  "def convert_coordinate_system(self, source: COORDINATE_SYSTEM, target: COORDINATE_SYSTEM, "
-                 "mem: MEM = MEM.CPU) -> None"),
+                 "mem: MEM = vela._core.MEM.CPU) -> None"),
              "Moves every point (MAT_32F_C3, MAT_32F_C4) from one axis convention to another, in place.\n\n"
              "mem as in convert_unit; the fourth channel keeps its bits.");
 }

@@ -149,12 +149,12 @@ PyType_Slot* bufferSlots() {
 }
 
 void defineViews(nb::class_<PyMat>& mat) {
-    mat.def("numpy", &arrayOf, nb::sig("def numpy(self) -> numpy.typing.NDArray[typing.Any]"),
+    mat.def("numpy", &arrayOf, nb::sig("def numpy(self) -> NDArray[typing.Any]"),
             "A writable array over the host side, (height, width) or (height, width, channels); no copy.\n\n"
             "It keeps the pixels alive, whatever becomes of the Mat. BufferError without a host side.")
         .def("__array__", &toArray, "dtype"_a = nb::none(), "copy"_a = nb::none(),
              nb::sig("def __array__(self, dtype: typing.Any = None, copy: bool | None = None) -> "
-                     "numpy.typing.NDArray[typing.Any]"))
+                     "NDArray[typing.Any]"))
         .def(
             "__dlpack__",
             [](const PyMat& m, nb::handle stream, nb::handle maxVersion, nb::handle device, nb::handle copy) {
@@ -171,13 +171,13 @@ void defineViews(nb::class_<PyMat>& mat) {
         .def(
             "__dlpack_device__", [](const PyMat&) { return nb::make_tuple(nb::device::cpu::value, 0); },
             nb::sig("def __dlpack_device__(self) -> tuple[int, int]"))
-        .def_prop_ro("xyz", &xyz, nb::sig("def xyz(self) -> numpy.typing.NDArray[numpy.float32]"),
+        .def_prop_ro("xyz", &xyz, nb::sig("def xyz(self) -> NDArray[float32]"),
                      "The points of a cloud: a writable float32 view, (height, width, 3).")
         .def_prop_ro(
-            "rgba", &rgba, nb::sig("def rgba(self) -> numpy.typing.NDArray[numpy.uint8]"),
+            "rgba", &rgba, nb::sig("def rgba(self) -> NDArray[uint8]"),
             "The packed colour of a cloud of four channels: a writable uint8 view, (height, width, 4).\n\n"
             "Red, green, blue, alpha. TypeError for other types.")
-        .def_prop_ro("valid", &valid, nb::sig("def valid(self) -> numpy.typing.NDArray[numpy.bool_]"),
+        .def_prop_ro("valid", &valid, nb::sig("def valid(self) -> NDArray[bool_]"),
                      "Which depths, or which points in all three coordinates, are finite: a new bool array,\n"
                      "(height, width).");
 }

@@ -35,7 +35,7 @@ bool hasGpu() {
 
 NB_MODULE(_core, module) {
     using namespace vela::python;
-    module.attr("__version__") = VELA_VERSION;
+    module.attr("version") = VELA_VERSION;
 #if defined(VELA_GPU_CUDA)
     module.attr("backend") = "cuda";
 #else
@@ -46,4 +46,7 @@ NB_MODULE(_core, module) {
     bindEnums(module);
     bindMat(module);
     bindDevice(module);
+    bindGeometry(module);
+    bindRecords(module);
+    bindIo(module);
 }

@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Makes a Mat again from what pickle kept: extension functions cannot be pickled by name."""
+"""Makes objects again from what pickle kept: functions of extensions cannot be pickled by name."""
 
 from __future__ import annotations
 
 from typing import Any
 
-from ._core import Mat
+from ._core import Mat, Orientation
 
 
 def restore(shape: tuple[int, ...], dtype: str, timestamp: int, name: str, pixels: Any) -> Mat:
@@ -16,3 +16,7 @@ def restore(shape: tuple[int, ...], dtype: str, timestamp: int, name: str, pixel
     mat.timestamp = timestamp
     mat.name = name
     return mat
+
+
+def restore_orientation(x: float, y: float, z: float, w: float) -> Orientation:
+    return Orientation.from_xyzw((x, y, z, w))
