@@ -69,6 +69,9 @@ nb::object apply(const float* matrix, std::size_t stride, const Numbers& points)
     return nb::cast(nb::ndarray<nb::numpy, float>(result.release(), dimensions, shape.data(), owner));
 }
 
+// Tuples are taken for translations.
+#define VELA_TRANSLATION "Translation | tuple[float, float, float]"
+
 constexpr const char* EULER_DOC =
     "Angles about x, y and z with R = Ry Rz Rx, in radians, or in degrees if radian is False.";
 
@@ -210,7 +213,9 @@ void bindVectors(nb::module_& module) {
             "from_rotation", [](const Rotation& r) { return Orientation(r); }, "rotation"_a)
         .def_static(
             "between", [](const Translation& a, const Translation& b) { return Orientation(a, b); },
-            "source"_a, "target"_a, "What turns one direction into another; close to zero for opposite ones.")
+            "source"_a, "target"_a,
+            nb::sig("def between(source: " VELA_TRANSLATION ", target: " VELA_TRANSLATION ") -> Orientation"),
+            "What turns one direction into another; close to zero for opposite ones.")
         .def_prop_ro("xyzw", [](const Orientation& q) { return Vector4<float>(q.ox, q.oy, q.oz, q.ow); })
         .def_prop_ro("wxyz", [](const Orientation& q) { return Vector4<float>(q.ow, q.ox, q.oy, q.oz); })
         .def_prop_ro("rotation", &Orientation::getRotation,
@@ -250,7 +255,9 @@ void bindRotation(nb::module_& module) {
         .def(
             "__init__",
             [](Rotation* self, float angle, const Translation& axis) { new (self) Rotation(angle, axis); },
-            "angle"_a, "axis"_a, "The rotation by an angle in radians about an axis of any length.")
+            "angle"_a, "axis"_a,
+            nb::sig("def __init__(self, angle: float, axis: " VELA_TRANSLATION ") -> None"),
+            "The rotation by an angle in radians about an axis of any length.")
         .def(nb::init<const Orientation&>(), "orientation"_a)
         .def(nb::init<const Matrix3f&>(), "matrix"_a)
         .def("inverse", [](const Rotation& r) { return Rotation(Matrix3f::inverse(r)); })
@@ -265,13 +272,17 @@ void bindTransform(nb::module_& module) {
         "A rigid motion, 4 x 4: rotation and translation; the identity by default.\n\n"
         "transform @ points moves an array of points of shape (..., 3).");
     defineMatrix<4>(type)
-        .def(nb::init<const Rotation&, const Translation&>(), "rotation"_a, "translation"_a)
-        .def(nb::init<const Orientation&, const Translation&>(), "orientation"_a, "translation"_a)
+        .def(nb::init<const Rotation&, const Translation&>(), "rotation"_a, "translation"_a,
+             nb::sig("def __init__(self, rotation: Rotation, translation: " VELA_TRANSLATION ") -> None"))
+        .def(nb::init<const Orientation&, const Translation&>(), "orientation"_a, "translation"_a,
+             nb::sig("def __init__(self, orientation: Orientation, translation: " VELA_TRANSLATION
+                     ") -> None"))
         .def(nb::init<const Matrix4f&>(), "matrix"_a)
         .def(
             "inverse", [](const Transform& t) { return Transform(inverted(t)); },
             "The inverse; vela.Error of a singular matrix.")
-        .def_prop_rw("translation", &Transform::getTranslation, &Transform::setTranslation)
+        .def_prop_rw("translation", &Transform::getTranslation, &Transform::setTranslation,
+                     nb::for_setter(nb::sig("def translation(self, value: " VELA_TRANSLATION ", /) -> None")))
         .def_prop_rw("rotation", &Transform::getRotation, &Transform::setRotation)
         .def_prop_rw("orientation", &Transform::getOrientation, &Transform::setOrientation)
         .def("euler_angles", &Transform::getEulerAngles, "radian"_a = true, EULER_DOC)

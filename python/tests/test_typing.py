@@ -40,7 +40,7 @@ except vela.Error as error:
 
 MISTAKES = {
     "m.convert_unit(vela.UNIT.METER, vela.COORDINATE_SYSTEM.IMAGE)": "arg-type",
-    "vela.Mat(4, 5, vela.UNIT.METER)": "arg-type",
+    "vela.Mat(4, 5, vela.UNIT.METER)": "call-overload",
     "m.widht": "attr-defined",
     "m.width = 3": "misc",
     "io.write_cloud(m, 'a.ply', colour=True)": "call-arg",
