@@ -144,9 +144,9 @@ void run(const Options& options) {
         return text + textOf(", median relative depth error %.2f %%", 100.0 * quality.medianRelativeError);
     });
     vela::Mat cloud;
-    cloud.name = "cloud";
     step("capture", [&] {
         cloud = makeCloud(options, pair.left, disparity);
+        cloud.name = "cloud";
         return "in millimetres: " + describe(cloud);
     });
     step("unit", [&] {
