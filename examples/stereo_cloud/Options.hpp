@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -18,9 +19,14 @@ struct Options {
     std::filesystem::path truth;  ///< measured disparity of the left picture, 0 = unknown; may be empty
     double focal_px = 0.0;
     double baseline_mm = 0.0;
-    double offset_px = 0.0;  ///< added to every disparity
+    double offset_px = 0.0;       ///< added to every disparity
+    std::optional<double> cx_px;  ///< principal point of the left picture; its centre if not given
+    std::optional<double> cy_px;
     std::filesystem::path out = "out";
+    bool help = false;  ///< show HELP and do nothing else
 };
+
+extern const char* const HELP;
 
 /// Throws UserError.
 Options parseOptions(int count, char** arguments);

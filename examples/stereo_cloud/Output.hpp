@@ -1,12 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <mutex>
 #include <string>
 
 namespace stereo {
 
-/// The folder of the results. They are made in a hidden folder inside it and appear all at once in `publish`;
-/// without it nothing is left behind.
+/// The folder of the results. They are made in a hidden folder inside it and take the place of earlier ones
+/// in `publish`; without it nothing is left behind.
 class Output {
 public:
     /// Throws UserError if the folder cannot be written.
@@ -18,16 +19,21 @@ public:
     /// Where to make a file of the given name.
     std::string path(const std::string& name) const { return (staging_ / name).string(); }
 
-    /// Throws UserError.
+    /// All results appear, or earlier ones stay as they were and UserError is thrown.
     void publish();
 
+    /// From now on SIGHUP, SIGINT and SIGTERM end the program only after what it has not published is
+    /// removed. To be called once, before any other thread is started; the Output that exists then is cleaned
+    /// up.
+    static void removePartialFilesOnSignals();
+
 private:
+    void replace(const std::filesystem::path& name, const std::filesystem::path& earlier) const;
+    void remove();
+
     std::filesystem::path folder_;
     std::filesystem::path staging_;
-    bool madeFolder_;
+    bool madeFolder_ = false;
 };
-
-/// Number of line ends in a file; exporters do not report a full disk, counting lines shows it.
-std::size_t countLines(const std::string& path);
 
 }  // namespace stereo

@@ -3,22 +3,27 @@
 #include "Options.hpp"
 #include "Output.hpp"
 #include "preview.hpp"
+#include "save.hpp"
 #include "stereo.hpp"
 
 #include <vela_core/vela.hpp>
 
+#include <signal.h>
 #include <opencv2/core/utils/logger.hpp>
-#include <opencv2/imgcodecs.hpp>
 
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <string>
 
 namespace {
 
 using namespace stereo;
+
+/// Share of pixels with depth below which something is wrong with most pairs: swapped ones have a sixth.
+constexpr double HARDLY_ANY = 0.25;
 
 /// Runs one step and prints a line with what it did and how long it took.
 template <class Work>
@@ -28,13 +33,6 @@ void step(const char* name, Work work) {
     const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
     std::printf("%-9s %8.1f ms  %s\n", name, time.count(), text.c_str());
     std::fflush(stdout);
-}
-
-template <class... Arguments>
-std::string textOf(const char* format, Arguments... arguments) {
-    char text[400];
-    std::snprintf(text, sizeof text, format, arguments...);
-    return text;
 }
 
 /// The Mat's own description and how its rows lie.
@@ -52,54 +50,28 @@ void require(vela::ERROR_CODE code, const char* what) {
     }
 }
 
-void saveCloud(vela::Mat& cloud, const Output& output, std::size_t points) {
-    struct Format {
-        POINT_CLOUD_FORMAT format;
-        const char* name;
-        std::size_t headerLines;
-        std::size_t linesPerPoint;
-    };
-    const Format formats[] = {{PLY, "cloud.ply", 10, 1},
-                              {PCD, "cloud.pcd", 10, 1},
-                              {VTK, "cloud.vtk", 5, 2},
-                              {XYZ, "cloud.xyz", 2, 1}};
-    for (const Format& format : formats) {
-        step("save", [&] {
-            const std::string path = output.path(format.name);
-            if (!savePointCloudAs(cloud, format.format, path.c_str(), true))
-                throw UserError("cannot write " + path);
-            // The last point has no line end; in a VTK file the list of vertices begins behind it.
-            const std::size_t lines =
-                format.headerLines + format.linesPerPoint * points + format.linesPerPoint - 2;
-            if (points > 0 && countLines(path) != lines) throw UserError("no room for " + path);
-            return textOf("%s, %zu points, %.1f MB", format.name, points,
-                          static_cast<double>(std::filesystem::file_size(path)) / 1e6);
-        });
+void saveClouds(vela::Mat& cloud, const Output& output, std::size_t points) {
+    for (const POINT_CLOUD_FORMAT format : {PLY, PCD, VTK, XYZ}) {
+        step("save", [&] { return saveCloud(cloud, format, output, points); });
     }
 }
 
-void saveDepth(vela::Mat& depth, const Output& output) {
-    const auto save = [&](DEPTH_FORMAT format, const char* name, std::size_t bytesPerPixel) {
-        const std::string path = output.path(name);
-        if (!saveDepthAs(depth, format, path, 1.0F)) throw UserError("cannot write " + path);
-        const std::size_t least = depth.width * depth.height * bytesPerPixel;
-        if (std::filesystem::file_size(path) < least) throw UserError("no room for " + path);
-    };
+void saveDepths(vela::Mat& depth, const Output& output) {
     step("depth", [&] {
-        save(PNG, "depth.png", 2);
-        save(PGM, "depth.pgm", 2);  // a digit and a blank
+        saveDepth(depth, PNG, output);
+        saveDepth(depth, PGM, output);
         return "depth.png and depth.pgm in millimetres: " + describe(depth);
     });
     step("depth", [&] {
         require(convertUnit(depth, vela::UNIT::MILLIMETER, vela::UNIT::METER, vela::MEM::CPU),
                 "converting the unit");
-        save(PFM, "depth.pfm", 4);
+        saveDepth(depth, PFM, output);
         return std::string("depth.pfm in metres");
     });
 }
 
 /// Writes the left picture and reads it back.
-void savePicture(cv::Mat& left, const Output& output) {
+void saveLeft(cv::Mat& left, const Output& output) {
     const std::string path = output.path("left.png");
     vela::Mat picture(static_cast<std::size_t>(left.cols), static_cast<std::size_t>(left.rows),
                       vela::MAT_TYPE::MAT_8U_C3, left.data, left.step, vela::MEM::CPU);
@@ -119,6 +91,20 @@ void savePicture(cv::Mat& left, const Output& output) {
     });
 }
 
+/// What to print about the depth; throws where there is none.
+std::string judge(const Quality& quality, std::size_t pixels) {
+    const char* const usualReasons = "are left and right swapped, or are the pictures not rectified?";
+    if (quality.withDepth == 0) throw UserError(std::string("no pixel has depth: ") + usualReasons);
+    const double share = static_cast<double>(quality.withDepth) / static_cast<double>(pixels);
+    std::string text =
+        textOf("%zu of %zu pixels, %.1f %%, have depth", quality.withDepth, pixels, 100.0 * share);
+    if (!std::isnan(quality.medianRelativeError)) {
+        text += textOf(", median relative depth error %.2f %%", 100.0 * quality.medianRelativeError);
+    }
+    if (share < HARDLY_ANY) text += std::string("\nhint: hardly a pixel has depth: ") + usualReasons;
+    return text;
+}
+
 void run(const Options& options) {
     using vela::COORDINATE_SYSTEM;
     using vela::MEM;
@@ -126,7 +112,8 @@ void run(const Options& options) {
     Pair pair;
     step("read", [&] {
         pair = readPair(options);
-        return textOf("stereo pair of %d x %d pixels", pair.left.cols, pair.left.rows);
+        return textOf("stereo pair of %d x %d pixels, %d bits a channel", pair.left.cols, pair.left.rows,
+                      pair.bits);
     });
     Output output(options.out);
     cv::Mat disparity;
@@ -137,11 +124,7 @@ void run(const Options& options) {
     Quality quality;
     step("measure", [&] {
         quality = measure(options, disparity, pair.truth);
-        std::string text =
-            textOf("%zu of %zu pixels, %.1f %%, have depth", quality.withDepth, disparity.total(),
-                   100.0 * static_cast<double>(quality.withDepth) / static_cast<double>(disparity.total()));
-        if (std::isnan(quality.medianRelativeError)) return text;
-        return text + textOf(", median relative depth error %.2f %%", 100.0 * quality.medianRelativeError);
+        return judge(quality, disparity.total());
     });
     vela::Mat cloud;
     step("capture", [&] {
@@ -159,14 +142,13 @@ void run(const Options& options) {
                 "converting the axes");
         return std::string("right-handed, Y up and Z backward, then brought to the host side");
     });
-    saveCloud(cloud, output, quality.withDepth);
+    saveClouds(cloud, output, quality.withDepth);
     vela::Mat depth = makeDepth(options, disparity);
     depth.name = "depth";
-    saveDepth(depth, output);
-    savePicture(pair.left, output);
+    saveDepths(depth, output);
+    saveLeft(pair.left, output);
     step("preview", [&] {
-        const std::string path = output.path("preview.png");
-        if (!cv::imwrite(path, drawPreview(pair.left, cloud))) throw UserError("cannot write " + path);
+        savePicture(drawPreview(pair.left, cloud), output.path("preview.png"));
         return std::string("preview.png: picture, depth, cloud from its right side");
     });
     output.publish();
@@ -176,10 +158,18 @@ void run(const Options& options) {
 }  // namespace
 
 int main(int count, char** arguments) {
+    signal(SIGPIPE, SIG_IGN);  // the results count, not who reads the lines about them
+    signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is like a full disk
     cv::utils::logging::setLogLevel(
         cv::utils::logging::LOG_LEVEL_SILENT);  // failures are told here, in one line
     try {
-        run(parseOptions(count, arguments));
+        const Options options = parseOptions(count, arguments);
+        if (options.help) {
+            std::fputs(HELP, stdout);
+            return 0;
+        }
+        Output::removePartialFilesOnSignals();
+        run(options);
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "stereo_cloud: %s\n", error.what());

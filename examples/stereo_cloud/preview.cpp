@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace stereo {
@@ -72,6 +75,71 @@ cv::Mat drawSide(const vela::Mat& cloud, const Range& depth, const Range& up, cv
     return side;
 }
 
+const cv::Scalar WHITE(255, 255, 255);
+constexpr int FONT = cv::FONT_HERSHEY_SIMPLEX;
+constexpr const char* LONGEST_TEXT = "side view: 888.88 m high, 888.88 to 888.88 m away";
+
+std::string metres(float value) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.2f m", static_cast<double>(value));
+    return text;
+}
+
+/// The strip below the three pictures: a line of text under each, and bars that the numbers belong to.
+class Legend {
+public:
+    explicit Legend(cv::Size picture) : width_(picture.width) {
+        const int widest = cv::getTextSize(LONGEST_TEXT, FONT, 1.0, 1, nullptr).width;
+        scale_ = std::min(0.9 * width_ / widest, 2.0);
+        line_ = std::max(static_cast<int>(40 * scale_), 8);
+        strip_ = cv::Mat(3 * line_, 3 * width_, CV_8UC3, cv::Scalar(0, 0, 0));
+    }
+
+    void title(int panel, const std::string& text) { put(panel * width_ + line_ / 4, 1, text); }
+
+    /// The colours from near to far, with the depths at both ends.
+    void colors(int panel, const Range& depth) {
+        cv::Mat ramp(1, width_, CV_8UC1);
+        for (int x = 0; x < width_; ++x) {
+            ramp.at<std::uint8_t>(x) =
+                cv::saturate_cast<std::uint8_t>(255.0 * (width_ - 1 - x) / (width_ - 1));
+        }
+        cv::Mat colors;
+        cv::applyColorMap(ramp, colors, cv::COLORMAP_JET);
+        cv::repeat(colors, line_ / 2, 1).copyTo(strip_(cv::Rect(panel * width_, 3 * line_ / 2, width_, line_ / 2)));
+        ends(panel, depth);
+    }
+
+    /// A scale with a mark at each quarter and the depths at both ends.
+    void marks(int panel, const Range& depth) {
+        const int y = 3 * line_ / 2;
+        const int left = panel * width_;
+        cv::line(strip_, {left, y}, {left + width_ - 1, y}, WHITE);
+        for (int quarter = 0; quarter <= 4; ++quarter) {
+            const int x = left + quarter * (width_ - 1) / 4;
+            cv::line(strip_, {x, y}, {x, y + line_ / 2}, WHITE);
+        }
+        ends(panel, depth);
+    }
+
+    const cv::Mat& picture() const { return strip_; }
+
+private:
+    void put(int x, int line, const std::string& text) {
+        cv::putText(strip_, text, {x, line * line_ - line_ / 4}, FONT, scale_, WHITE, 1, cv::LINE_AA);
+    }
+    void ends(int panel, const Range& depth) {
+        put(panel * width_ + line_ / 4, 3, metres(depth.low));
+        const int right = cv::getTextSize(metres(depth.high), FONT, scale_, 1, nullptr).width + line_ / 4;
+        put((panel + 1) * width_ - right, 3, metres(depth.high));
+    }
+
+    int width_;
+    double scale_ = 1.0;
+    int line_ = 1;
+    cv::Mat strip_;
+};
+
 }  // namespace
 
 cv::Mat drawPreview(const cv::Mat& left, const vela::Mat& cloud) {
@@ -87,10 +155,18 @@ cv::Mat drawPreview(const cv::Mat& left, const vela::Mat& cloud) {
     }
     const Range depth = rangeOf(std::move(depths));
     const Range up = rangeOf(std::move(heights));
+    Legend legend(left.size());
+    legend.title(0, "left picture");
+    legend.title(1, "depth; black: unknown");
+    legend.colors(1, depth);
+    legend.title(2, "side view: " + metres(up.high - up.low) + " high, " + metres(depth.low) + " to " +
+                        metres(depth.high) + " away");
+    legend.marks(2, depth);
     cv::Mat preview;
     cv::hconcat(std::vector<cv::Mat>{left, drawDepth(cloud, depth, left.size()),
                                      drawSide(cloud, depth, up, left.size())},
                 preview);
+    cv::vconcat(preview, legend.picture(), preview);
     return preview;
 }
 

@@ -2,15 +2,21 @@
 
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <string>
 #include <vector>
 
 namespace stereo {
 namespace {
+
+// Limits of the matcher, whose disparities have 16 bits, four of them below the pixel.
+constexpr int LARGEST_RANGE = 2032;
+const cv::Size SMALLEST_PICTURE(64, 16);
 
 cv::Mat readPicture(const std::filesystem::path& path, int mode, const char* which) {
     cv::Mat picture = cv::imread(path.string(), mode);
@@ -19,18 +25,43 @@ cv::Mat readPicture(const std::filesystem::path& path, int mode, const char* whi
     return picture;
 }
 
+/// Colours of 8 or 16 bits a channel.
+cv::Mat readColors(const std::filesystem::path& path, const char* which) {
+    const cv::Mat picture = readPicture(path, cv::IMREAD_COLOR | cv::IMREAD_ANYDEPTH, which);
+    return picture.depth() <= CV_16U ? picture : readPicture(path, cv::IMREAD_COLOR, which);
+}
+
+/// Brings pictures to 8 bits. Cameras give 10 or 12 bits in files of 16: the largest value tells how many.
+void scaleTo8Bits(Pair& pair) {
+    if (pair.left.depth() == CV_8U && pair.right.depth() == CV_8U) return;
+    const double largest = std::max(cv::norm(pair.left, cv::NORM_INF), cv::norm(pair.right, cv::NORM_INF));
+    while (pair.bits < 16 && largest >= 1 << pair.bits)
+        ++pair.bits;
+    for (cv::Mat* const picture : {&pair.left, &pair.right}) {
+        const bool scaled = picture->depth() != CV_8U;
+        picture->convertTo(*picture, CV_8U, scaled ? 255.0 / ((1 << pair.bits) - 1) : 1.0);
+    }
+}
+
+std::string sizeText(const cv::Size& size) {
+    return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
 void requireSize(const cv::Mat& picture, const cv::Mat& left, const char* which) {
     if (picture.size() == left.size()) return;
-    const auto text = [](const cv::Mat& m) { return std::to_string(m.cols) + "x" + std::to_string(m.rows); };
-    throw UserError(std::string("the ") + which + " has " + text(picture) + " pixels, the left picture has " +
-                    text(left));
+    throw UserError(std::string("the ") + which + " has " + sizeText(picture.size()) +
+                    " pixels, the left picture has " + sizeText(left.size()));
 }
+
+/// No picture shows what is farther away; it keeps all numbers finite.
+constexpr double FARTHEST_MM = 1e15;
 
 /// NaN for a disparity without depth.
 float depthOf(const Options& options, float disparity) {
     const double distance = static_cast<double>(disparity) + options.offset_px;
-    return distance > 0.0 ? static_cast<float>(options.focal_px * options.baseline_mm / distance)
-                          : std::numeric_limits<float>::quiet_NaN();
+    const double depth = options.focal_px * options.baseline_mm / distance;
+    return distance > 0.0 && depth < FARTHEST_MM ? static_cast<float>(depth)
+                                                 : std::numeric_limits<float>::quiet_NaN();
 }
 
 /// Red in the lowest byte, as the exporters read it.
@@ -46,23 +77,41 @@ float packColor(const cv::Vec3b& bgr) {
 
 Pair readPair(const Options& options) {
     Pair pair;
-    pair.left = readPicture(options.left, cv::IMREAD_COLOR, "left picture");
-    pair.right = readPicture(options.right, cv::IMREAD_COLOR, "right picture");
+    pair.left = readColors(options.left, "left picture");
+    pair.right = readColors(options.right, "right picture");
     requireSize(pair.right, pair.left, "right picture");
+    scaleTo8Bits(pair);
     if (!options.truth.empty()) {
         pair.truth = readPicture(options.truth, cv::IMREAD_GRAYSCALE, "measured disparity");
         requireSize(pair.truth, pair.left, "measured disparity");
     }
-    if (pair.left.cols < 64 || pair.left.rows < 16)
-        throw UserError("the pictures are too small to be matched");
+    if (pair.left.cols < SMALLEST_PICTURE.width || pair.left.rows < SMALLEST_PICTURE.height) {
+        throw UserError("the pictures have " + sizeText(pair.left.size()) +
+                        " pixels; matching needs at least " + sizeText(SMALLEST_PICTURE));
+    }
     return pair;
 }
+
+namespace {
+
+/// Matches the pictures at half their width.
+cv::Mat matchNarrowed(const Pair& pair) {
+    Pair narrow;
+    cv::resize(pair.left, narrow.left, {}, 0.5, 1.0, cv::INTER_AREA);
+    cv::resize(pair.right, narrow.right, {}, 0.5, 1.0, cv::INTER_AREA);
+    cv::Mat disparity;
+    cv::resize(matchPair(narrow) * 2.0, disparity, pair.left.size(), 0.0, 0.0, cv::INTER_NEAREST);
+    return disparity;
+}
+
+}  // namespace
 
 cv::Mat matchPair(const Pair& pair) {
     constexpr int block = 5;
     constexpr int channels = 3;
     constexpr int subpixel = 16;  // the matcher's unit is a sixteenth of a pixel
     const int range = (pair.left.cols / 5 + 15) / 16 * 16;
+    if (range > LARGEST_RANGE) return matchNarrowed(pair);
     const auto matcher =
         cv::StereoSGBM::create(0, range, block, 8 * channels * block * block, 32 * channels * block * block,
                                1, 63, 10, 100, 2, cv::StereoSGBM::MODE_SGBM_3WAY);
@@ -85,16 +134,19 @@ vela::Mat makeCloud(const Options& options, const cv::Mat& left, const cv::Mat& 
     const auto height = static_cast<std::size_t>(left.rows);
     vela::Mat cloud(width, height, vela::MAT_TYPE::MAT_32F_C4, vela::MEM_BOTH);
     const auto focal = static_cast<float>(options.focal_px);
+    const auto cx = static_cast<float>(options.cx_px.value_or((left.cols - 1) / 2.0));
+    const auto cy = static_cast<float>(options.cy_px.value_or((left.rows - 1) / 2.0));
     for (int y = 0; y < left.rows; ++y) {
         auto* const row = cloud.getPtr<vela::Vector4<float>>() + static_cast<std::size_t>(y) * width;
         for (int x = 0; x < left.cols; ++x) {
             const float depth = depthOf(options, disparity.at<float>(y, x));
-            const float right = (static_cast<float>(x) - static_cast<float>(left.cols - 1) / 2.0F) / focal;
-            const float down = (static_cast<float>(y) - static_cast<float>(left.rows - 1) / 2.0F) / focal;
+            const float right = (static_cast<float>(x) - cx) / focal;
+            const float down = (static_cast<float>(y) - cy) / focal;
             row[x] = {right * depth, down * depth, depth, packColor(left.at<cv::Vec3b>(y, x))};
         }
     }
-    if (cloud.updateGPUfromCPU() != vela::ERROR_CODE::SUCCESS) throw UserError("the GPU takes no upload");
+    if (cloud.updateGPUfromCPU() != vela::ERROR_CODE::SUCCESS)
+        throw UserError("copying the cloud to the GPU failed");
     return cloud;
 }
 

@@ -11,6 +11,7 @@ namespace stereo {
 struct Pair {
     cv::Mat left;   ///< blue, green, red bytes
     cv::Mat right;  ///< the same size
+    int bits = 8;   ///< that the values in the files use; more than 8 were scaled to 8
     cv::Mat truth;  ///< measured disparity in pixels, bytes, 0 = unknown; may be empty
 };
 
@@ -18,6 +19,7 @@ struct Pair {
 Pair readPair(const Options& options);
 
 /// Disparity of the left picture in pixels by semi-global matching, one float each; NaN where there is none.
+/// The search covers a fifth of the width.
 cv::Mat matchPair(const Pair& pair);
 
 /// The camera's point cloud on both sides, in millimetres and the IMAGE frame: NaN where there is no depth,
