@@ -106,7 +106,8 @@ public:
         }
         cv::Mat colors;
         cv::applyColorMap(ramp, colors, cv::COLORMAP_JET);
-        cv::repeat(colors, line_ / 2, 1).copyTo(strip_(cv::Rect(panel * width_, 3 * line_ / 2, width_, line_ / 2)));
+        cv::repeat(colors, line_ / 2, 1)
+            .copyTo(strip_(cv::Rect(panel * width_, 3 * line_ / 2, width_, line_ / 2)));
         ends(panel, depth);
     }
 
