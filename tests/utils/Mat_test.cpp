@@ -183,9 +183,9 @@ TEST_F(MatTest, CopiesHonourRowStepsAndLeaveTheRestAlone) {
 /// Sizes whose copies are refused, so that only the shape of the destination is seen.
 TEST_F(MatTest, CopiesGetTheLowHalfOfSizes) {
     constexpr std::size_t LARGE = std::size_t{1} << 32;
-    unsigned char pixel = 0;
-    const Mat sources[] = {Mat(LARGE + 5, 1, U1, &pixel, 0, MEM::CPU),
-                           Mat(1, LARGE + 5, U1, &pixel, 0, MEM::CPU)};
+    unsigned char pixels[320] = {};
+    const Mat sources[] = {Mat(LARGE + 5, 1, U1, pixels, 64, MEM::CPU),
+                           Mat(1, LARGE + 5, U1, pixels, 0, MEM::CPU)};
     for (const Mat& source : sources) {
         Mat cloned;
         Mat copied;
@@ -199,9 +199,38 @@ TEST_F(MatTest, CopiesGetTheLowHalfOfSizes) {
             EXPECT_EQ(mat->width * mat->height, 5U);
         }
     }
+#ifdef VELA_GPU_SOFTWARE
+    const Mat tall(1, LARGE + 5, U1, pixels, 64, MEM::CPU);
+    Mat copied;
+    printedBy([&] { EXPECT_EQ(tall.copyTo(copied, COPY_TYPE::CPU_GPU), BAD) << "all rows are asked for"; });
+    const Mat wide(LARGE / 2, 1, U1, pixels, 64, MEM::GPU);
+    Mat cloned;
+    printedBy([&] { EXPECT_EQ(cloned.clone(wide), OK); });
+    EXPECT_EQ(cloned.width, std::size_t{0} - LARGE / 2) << "as a signed number of 32 bits";
+#endif
 }
 
 #ifdef VELA_GPU_SOFTWARE  // where what a stream holds is done when somebody waits for it, and not before
+TEST_F(MatTest, CopiesOnAStreamDoNotWaitForIt) {
+    const char from[] = "abc";
+    char to[] = "...";
+    cudaStream_t stream = nullptr;
+    ASSERT_EQ(cudaStreamCreate(&stream), cudaSuccess);
+    Mat a = filled(4, 4, U1, MEM_BOTH, 1);
+    Mat b = filled(4, 4, U1, MEM_BOTH, 2);
+    ASSERT_EQ(cudaMemcpy2DAsync(to, 4, from, 4, 4, 1, cudaMemcpyHostToHost, stream), cudaSuccess);
+    EXPECT_EQ(a.copyTo(b, COPY_TYPE::CPU_CPU, stream), OK);
+    EXPECT_EQ(b.updateGPUfromCPU(stream), OK);
+    EXPECT_EQ(a.setFrom(b, COPY_TYPE::GPU_GPU, stream), OK);
+    EXPECT_EQ(a.updateCPUfromGPU(stream), OK);
+    EXPECT_STREQ(to, "...");
+    EXPECT_EQ(Bytes(b.ptrCPU, b.ptrCPU + 16), pattern(16, 2)) << "nothing is copied yet";
+    EXPECT_EQ(cudaStreamSynchronize(stream), cudaSuccess);
+    EXPECT_EQ(load(b, MEM::GPU), pattern(16, 1));
+    EXPECT_EQ(load(a, MEM::GPU), pattern(16, 1));
+    EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
+}
+
 TEST_F(MatTest, ManagedMatsWaitForTheStreamOnTheirWayToTheHostAlone) {
     const char from[] = "abc";
     char to[] = "...";

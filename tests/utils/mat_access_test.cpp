@@ -68,6 +68,14 @@ TYPED_TEST(MatAccessTest, FillsWindowsOfEveryWidthAndNothingElse) {
     }
 }
 
+TYPED_TEST(MatAccessTest, FillsWholePictures) {
+    Mat mat(2003, 41, TypeParam::TYPE, MEM_BOTH);
+    EXPECT_EQ(mat.setTo(this->pixel(1)), OK);
+    EXPECT_EQ(mat.setTo(this->pixel(2), MEM::GPU), OK);
+    EXPECT_TRUE(load(mat, MEM::CPU) == this->repeated(1, 2003 * 41));
+    EXPECT_TRUE(load(mat, MEM::GPU) == this->repeated(2, 2003 * 41));
+}
+
 TYPED_TEST(MatAccessTest, ReadsAndWritesSinglePixels) {
     using P = typename TypeParam::P;
     Window window(5, 3, TypeParam::TYPE, 1, 9);
@@ -122,6 +130,33 @@ TYPED_TEST(MatAccessTest, PrintsFailedCopiesAndSucceeds) {
 #endif
 
 class MatAccessRulesTest : public DeviceTest {};
+
+TEST_F(MatAccessRulesTest, DeviceRowsAreAsManyWholePixelsApartAsTheStepHolds) {
+    Mat bytes = filled(64, 1, U1, MEM::GPU);
+    Bytes wanted = pattern(64);
+    Mat mat(2, 2, U3, bytes.ptrGPU, 32, MEM::GPU);  // ten pixels and two bytes
+    EXPECT_EQ(mat.setValue(1, 1, Vector3<U>(1, 2, 3), MEM::GPU), OK);
+    overwrite(wanted, 33, {1, 2, 3});
+    EXPECT_EQ(load(bytes, MEM::GPU), wanted);
+    Vector3<U> seen;
+    EXPECT_EQ(mat.getValue(1, 1, &seen, MEM::GPU), OK);
+    EXPECT_EQ(seen, Vector3<U>(1, 2, 3));
+    EXPECT_EQ(mat.setTo(Vector3<U>(4, 5, 6), MEM::GPU), OK);
+    overwrite(wanted, 0, {4, 5, 6, 4, 5, 6});
+    overwrite(wanted, 30, {4, 5, 6, 4, 5, 6});
+    EXPECT_EQ(load(bytes, MEM::GPU), wanted);
+}
+
+#ifdef VELA_GPU_SOFTWARE
+TEST_F(MatAccessRulesTest, FillsNothingOfAnImageWithoutPixels) {
+    unsigned char pixel = 7;
+    for (const auto& [width, height] : {std::pair(0, 1), std::pair(1, 0)}) {
+        Mat mat(static_cast<std::size_t>(width), static_cast<std::size_t>(height), U1, &pixel, 1, MEM::CPU);
+        EXPECT_EQ(mat.setTo<U>(9), OK);
+        EXPECT_EQ(pixel, 7);
+    }
+}
+#endif
 
 TEST_F(MatAccessRulesTest, OfTheTypeTheSizeAloneCounts) {
     std::string accepted;

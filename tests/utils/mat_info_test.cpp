@@ -72,7 +72,8 @@ TEST_F(ConvertImageTest, TakesHalfOfTheRangeFromEveryChannelInTheWindow) {
             EXPECT_EQ(load(destination.whole, MEM::GPU), wanted);
             Mat inPlace(width, 3, S4, source.part.ptrGPU, source.part.stepBytesGPU, MEM::GPU);
             Mat taller(width, 4, S4, MEM::GPU);
-            for (Mat* const other : {&taller, &inPlace}) {
+            Mat wider(width + 1, 3, S4, MEM::GPU);
+            for (Mat* const other : {&taller, &wider, &inPlace}) {
                 EXPECT_EQ(convertImage(source.part, *other), OK);
                 EXPECT_EQ(load(*other, MEM::GPU), converted);
             }

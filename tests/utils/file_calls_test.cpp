@@ -1,0 +1,269 @@
+// SPDX-License-Identifier: Apache-2.0
+// Exports whose calls of the system are interrupted, refused, cut short or the last thing that the process
+// does: the file must be whole, or the beginning of the whole, and nothing may be left open.
+#include "support/file_calls.hpp"
+#include "support/ScratchFolder.hpp"
+#include "support/cloud.hpp"
+#include "vela_core/utils/depth_export.hpp"
+#include "vela_core/utils/point_cloud_export.hpp"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <clocale>
+#include <functional>
+#include <thread>
+
+namespace vela::test {
+namespace {
+
+namespace fs = std::filesystem;
+using Fate = FileCalls::Fate;
+
+struct Export {
+    std::string name;
+    std::function<bool(const std::string& path)> run;
+    std::string whole;
+};
+
+class FileCallsTest : public testing::Test {
+protected:
+    FileCallsTest() {
+        std::vector<Point3> points;
+        for (unsigned i = 0; i < 12000; ++i) {  // a third more than goes into a block of the file
+            const auto value = static_cast<float>(i);
+            points.push_back({value, -value / 8, i % 5 == 0 ? NAN : 1e3F * value, rgb(i % 256, 255, 7)});
+        }
+        cloud_ = std::make_unique<Cloud>(points);
+        for (const POINT_CLOUD_FORMAT format : {XYZ, PCD, PLY, VTK}) {
+            exports_.push_back(
+                {toStdString(toString(format)),
+                 [=](const std::string& path) { return savePointCloudAs(cloud_->mat, format, path, true); },
+                 wholeFile(points, format, true)});
+        }
+        std::string floats(sizeof(float) * 48000, '\0');
+        for (std::size_t i = 0; i < 48000; ++i) {
+            const auto value = static_cast<float>(i);
+            std::memcpy(&floats[i * sizeof value], &value, sizeof value);
+        }
+        floats_ = floats;
+        depth_ = Mat(240, 200, MAT_TYPE::MAT_32F_C1, reinterpret_cast<unsigned char*>(floats_.data()), 960,
+                     MEM::CPU);
+        exports_.push_back({"PFM", [=](const std::string& path) { return saveDepthAs(depth_, PFM, path, 1); },
+                            "Pf\n240 200\n-1.000000\n" + floats});
+    }
+
+    static std::string extension(const Export& e) {
+        std::string text = "." + e.name;
+        for (char& c : text)
+            c = static_cast<char>(std::tolower(c));
+        return text;
+    }
+
+    static int openDescriptors() {
+        return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), {}));
+    }
+
+    /// Exports with one call met by a fate; false if there were fewer calls. The file must be whole, or with
+    /// `cut` the beginning of the whole.
+    static bool meets(const Export& e, const char* function, int nth, Fate fate, std::size_t largest,
+                      bool cut) {
+        SCOPED_TRACE(testing::Message() << e.name << ", " << function << " " << nth);
+        const ScratchFolder folder;
+        const std::string path = folder / "a" + extension(e);
+        const int before = openDescriptors();
+        bool result = false;
+        bool met = false;
+        {
+            FileCalls calls(function, nth, fate, largest);
+            result = e.run(path);
+            met = calls.met();
+            EXPECT_GT(calls.lowestWritten, STDERR_FILENO);
+            EXPECT_EQ(calls.inherited, 0);
+            EXPECT_EQ(calls.badCloses, 0);
+        }
+        EXPECT_EQ(openDescriptors(), before);
+        const std::string seen = fs::exists(path) ? contentOf(path) : "";
+        if (cut && met) {
+            EXPECT_TRUE(e.whole.compare(0, seen.size(), seen) == 0)
+                << "differs after " << commonStart(seen, e.whole);
+            EXPECT_EQ(result, fs::exists(path));
+        } else {
+            EXPECT_TRUE(result);
+            EXPECT_TRUE(seen == e.whole) << "differs after " << commonStart(seen, e.whole);
+            EXPECT_EQ(folder.listing(), "a" + extension(e)) << "no temporary file";
+        }
+        return met;
+    }
+
+    static std::size_t commonStart(const std::string& a, const std::string& b) {
+        const std::size_t size = std::min(a.size(), b.size());
+        return static_cast<std::size_t>(
+            std::mismatch(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(size), b.begin()).first -
+            a.begin());
+    }
+
+    std::unique_ptr<Cloud> cloud_;
+    std::string floats_;
+    Mat depth_;
+    std::vector<Export> exports_;
+};
+
+constexpr std::size_t UNLIMITED = std::size_t{1} << 30;
+constexpr std::size_t PART = 40001;
+constexpr const char* FUNCTIONS[] = {"open", "write", "pread", "read", "copy_file_range"};
+
+TEST_F(FileCallsTest, InterruptedAndShortCallsLeaveTheFileWhole) {
+    for (const Export& e : exports_) {
+        meets(e, "", 1, Fate::DONE, UNLIMITED, false);
+        meets(e, "", 1, Fate::DONE, e.name == "PFM" ? 1 : 13, false);
+        for (const char* const function : FUNCTIONS) {
+            for (int nth = 1; meets(e, function, nth, Fate::INTERRUPTED, PART, false) && !HasFailure();
+                 ++nth) {
+            }
+        }
+    }
+}
+
+TEST_F(FileCallsTest, AfterARefusedCallTheFileIsTheBeginningOfTheWhole) {
+    for (const Export& e : exports_) {
+        for (const char* const function : FUNCTIONS) {
+            // Where the kernel does not move the bytes, or no longer, they pass through the buffer.
+            const bool cut = std::string_view(function) != "copy_file_range";
+            for (int nth = 1; meets(e, function, nth, Fate::REFUSED, PART, cut) && !HasFailure(); ++nth) {
+            }
+        }
+    }
+}
+
+TEST_F(FileCallsTest, AKilledProcessLeavesTheBeginningOfTheWhole) {
+    for (const Export& e : exports_) {
+        bool killed = true;
+        for (int nth = 1; killed; ++nth) {
+            const ScratchFolder folder;
+            const std::string path = folder / "a" + extension(e);
+            const pid_t child = fork();
+            if (child == 0) {
+                const FileCalls calls("write", nth, Fate::KILLED, PART);
+                e.run(path);
+                _exit(0);
+            }
+            int status = 0;
+            ASSERT_EQ(waitpid(child, &status, 0), child);
+            killed = WIFSIGNALED(status);
+            const std::string seen = fs::exists(path) ? contentOf(path) : "";
+            EXPECT_EQ(e.whole.compare(0, seen.size(), seen), 0) << e.name << ", write " << nth;
+            EXPECT_TRUE(killed || seen.size() == e.whole.size());
+        }
+    }
+}
+
+TEST_F(FileCallsTest, FewDescriptorsAreEnoughOrRefuse) {
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const Export& e = exports_[PLY];
+    for (rlim_t free = 0; free < 3; ++free) {
+        const ScratchFolder folder;
+        const int lowest = dup(0);
+        close(lowest);
+        rlimit few = usual;
+        few.rlim_cur = static_cast<rlim_t>(lowest) + free;
+        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+        const bool result = e.run(folder / "a.ply");
+        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+        const std::string wanted[] = {"", "a.ply_tmp0.txt", "a.ply"};
+        EXPECT_EQ(folder.listing(), wanted[free]);
+        EXPECT_EQ(result, free == 2);
+        EXPECT_TRUE(free < 2 || contentOf(folder / "a.ply") == e.whole);
+    }
+}
+
+/// Were one of them taken, what the program prints next would land among the points.
+TEST_F(FileCallsTest, ClosedStandardStreamsStayClosed) {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        const int kept = fcntl(stream, F_DUPFD_CLOEXEC, 10);
+        ASSERT_GE(kept, 10);
+        close(stream);
+        for (const Export& e : exports_) {
+            meets(e, "", 1, Fate::DONE, UNLIMITED, false);
+            EXPECT_EQ(fcntl(stream, F_GETFD), -1);
+        }
+        dup2(kept, stream);
+        close(kept);
+    }
+}
+
+TEST_F(FileCallsTest, TheTemporaryFileIsMadeAfresh) {
+    const ScratchFolder folder;
+    const ScratchFolder elsewhere;
+    const std::string path = folder / "a.xyz";
+    const std::string temporary = path + "_tmp0.txt";
+    std::ofstream(elsewhere / "victim") << "precious";
+    const std::function<void()> obstacles[] = {[&] { fs::create_symlink(elsewhere / "victim", temporary); },
+                                               [&] { fs::create_symlink(elsewhere / "nothing", temporary); },
+                                               [&] { fs::create_hard_link(elsewhere / "victim", temporary); },
+                                               [&] { ASSERT_EQ(mkfifo(temporary.c_str(), 0600), 0); },
+                                               [&] { std::ofstream(temporary) << std::string(1000000, '7'); },
+                                               [&] {
+                                                   std::ofstream(temporary) << "stale";
+                                                   fs::permissions(temporary, fs::perms(0));
+                                               }};
+    for (const auto& obstacle : obstacles) {
+        obstacle();
+        EXPECT_TRUE(exports_[XYZ].run(path));
+        EXPECT_TRUE(contentOf(path) == exports_[XYZ].whole);
+        EXPECT_EQ(folder.listing(), "a.xyz");
+        EXPECT_EQ(elsewhere.listing(), "victim");
+        EXPECT_EQ(contentOf(elsewhere / "victim"), "precious");
+    }
+    const mode_t usual = umask(0027);
+    fs::remove(path);
+    EXPECT_TRUE(exports_[XYZ].run(path));
+    umask(usual);
+    struct stat status {};
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0640U) << "readable as far as the process allows";
+}
+
+/// Different formats share the temporary file's name, and the same one the whole path.
+TEST_F(FileCallsTest, ExportsUnderOneNameDoNotDisturbEachOther) {
+    for (int round = 0; round < 20; ++round) {
+        const ScratchFolder folder;
+        std::thread threads[3];
+        for (const POINT_CLOUD_FORMAT format : {PCD, PLY, VTK}) {
+            threads[format - 1] = std::thread([&, format] { exports_[format].run(folder / "a"); });
+        }
+        const pid_t child = fork();
+        if (child == 0) _exit(exports_[XYZ].run(folder / "a.xyz") ? 0 : 1);
+        EXPECT_TRUE(exports_[XYZ].run(folder / "a.xyz"));
+        int status = 1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        EXPECT_EQ(folder.listing(), "a.pcd a.ply a.vtk a.xyz");
+        for (const POINT_CLOUD_FORMAT format : {XYZ, PCD, PLY, VTK}) {
+            EXPECT_TRUE(contentOf(folder / "a" + extension(exports_[format])) == exports_[format].whole);
+        }
+    }
+}
+
+TEST_F(FileCallsTest, NumbersHaveAPointInEveryLocale) {
+    std::string found;
+    for (const char* const locale : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "nl_NL.UTF-8"}) {
+        if (found.empty() && std::setlocale(LC_ALL, locale) != nullptr) found = locale;
+    }
+    if (found.empty()) GTEST_SKIP() << "no locale with a decimal comma is installed";
+    for (const Export& e : exports_) {
+        meets(e, "", 1, Fate::DONE, UNLIMITED, false);
+    }
+    std::setlocale(LC_ALL, "C");
+}
+
+}  // namespace
+}  // namespace vela::test

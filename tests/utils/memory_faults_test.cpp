@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: Apache-2.0
+// Every operation with its nth allocation by operator new failing, for every n: nothing is leaked, the Mats
+// are as documented, and nothing but std::bad_alloc comes out, and only where Mats are allocated.
+#include "support/ScratchFolder.hpp"
+#include "support/capture.hpp"
+#include "support/cloud.hpp"
+#include "support/operations.hpp"
+#include "vela_core/utils/depth_export.hpp"
+#include "vela_core/utils/point_cloud_export.hpp"
+
+#include <gtest/gtest.h>
+#include <opencv2/core/utils/logger.hpp>
+
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <new>
+#include <set>
+
+namespace {
+
+/// Counts the allocations of this thread while it is armed, and lets one of them fail.
+struct FailingNew {
+    bool armed = false;
+    int nth = 0;
+    int live = 0;
+};
+thread_local FailingNew failing;
+
+void* allocate(std::size_t size) {
+    if (failing.armed) {
+        if (--failing.nth == 0) throw std::bad_alloc();
+        ++failing.live;
+    }
+    void* const memory = std::malloc(size == 0 ? 1 : size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+void release(void* memory) noexcept {
+    if (failing.armed && memory != nullptr) --failing.live;
+    std::free(memory);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    return allocate(size);
+}
+void* operator new[](std::size_t size) {
+    return allocate(size);
+}
+void operator delete(void* memory) noexcept {
+    release(memory);
+}
+void operator delete[](void* memory) noexcept {
+    release(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    release(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+    release(memory);
+}
+
+namespace vela::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class MemoryFaultsTest : public DeviceTest {
+protected:
+    enum class End { DONE, REFUSED, THROWN };
+
+    /// Runs an action with its nth allocation failing: whether it met that one, and whether it threw.
+    template <class Action>
+    static End run(int nth, Action action) {
+        End end = End::DONE;
+        failing = {true, nth, failing.live};
+        try {
+            action();
+        } catch (const std::bad_alloc&) {
+            end = End::THROWN;
+        }
+        failing.armed = false;
+        if (end == End::DONE && failing.nth <= 0) end = End::REFUSED;
+        return end;
+    }
+
+    static int openDescriptors() {
+        return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), {}));
+    }
+
+    ScratchFolder folder_;
+};
+
+/// Everything of a Mat but its pixels.
+std::string fieldsOf(const Mat& mat) {
+    std::string text = toStdString(mat.name);
+    for (const std::size_t value : {mat.width, mat.height, mat.channels, mat.pixelBytes, mat.stepBytesCPU,
+                                    mat.stepBytesGPU, std::size_t{mat.isInit}, std::size_t{mat.memoryOwner},
+                                    std::size_t{mat.ptrCPU != nullptr}, std::size_t{mat.ptrGPU != nullptr}}) {
+        text += " " + std::to_string(value);
+    }
+    return text;
+}
+
+TEST_F(MemoryFaultsTest, OperationsOnMatsLeakNothingAndThrowWhereTheyAllocate) {
+    const std::set<std::string> allocating = {
+        "alloc",   "copy and assign",  "swap",         "clone",       "copyTo",
+        "setFrom", "updateCPUfromGPU", "convertImage", "convertUnit", "convertCoordinateSystem"};
+    const Mat first(4, 2, F4, MEM_BOTH);  // what the device makes once, for all allocations, is no leak
+    int points = 0;
+    for (const Operation& operation : operations()) {
+        for (const MEM mine : {MEM::CPU, MEM::GPU, MEM_BOTH, MEM_MANAGED}) {
+            for (const MEM other : {MEM::CPU, MEM::GPU, MEM_BOTH}) {
+                for (int copy = 0; copy < 4; ++copy) {
+                    if (copy != 0 && (operation.uses & Operation::COPY) == 0) break;
+                    End end = End::REFUSED;
+                    for (int nth = 1; end != End::DONE; ++nth) {
+                        SCOPED_TRACE(testing::Message()
+                                     << operation.name << ", allocation " << nth << ", sides "
+                                     << toValue(mine) << " " << toValue(other));
+                        Arguments arguments;
+                        arguments.mem = MEM_BOTH;
+                        arguments.copy = fromValue<COPY_TYPE>(copy);
+                        arguments.type = std::string(operation.name) == "convertImage" ? U4 : F4;
+                        const std::size_t live = software_device::liveAllocations();
+                        failing.live = 0;
+                        testing::internal::CaptureStdout();
+                        {
+                            std::unique_ptr<Mat> made[2];
+                            run(0, [&] {
+                                made[0] = std::make_unique<Mat>(4, 2, arguments.type, mine);
+                                made[1] = std::make_unique<Mat>(4, 3, arguments.type, other);
+                            });
+                            Mat& a = *made[0];
+                            Mat& b = *made[1];
+                            const std::string aBefore = fieldsOf(a);
+                            const std::string bBefore = fieldsOf(b);
+                            end = run(nth, [&] { operation.act(a, b, arguments); });
+                            if (end == End::THROWN) {
+                                EXPECT_EQ(allocating.count(operation.name), 1U) << "must not throw";
+                                for (const auto& [mat, before] :
+                                     {std::pair(&a, aBefore), std::pair(&b, bBefore)}) {
+                                    const bool empty = !mat->isInit && !mat->memoryOwner && mat->width == 0 &&
+                                                       mat->height == 0 && mat->pixelBytes == 0;
+                                    EXPECT_TRUE(empty || fieldsOf(*mat) == before) << fieldsOf(*mat);
+                                }
+                            }
+                            run(0, [&] {
+                                made[0].reset();
+                                made[1].reset();
+                            });
+                        }
+                        testing::internal::GetCapturedStdout();
+                        EXPECT_EQ(software_device::liveAllocations(), live);
+                        EXPECT_EQ(failing.live, 0) << "leaked";
+                        software_device::reset();
+                        ++points;
+                        if (HasFailure()) return;
+                    }
+                }
+            }
+        }
+    }
+    EXPECT_GT(points, 500);
+}
+
+TEST_F(MemoryFaultsTest, FilesAreTheBeginningOfTheWholeAndReadingKeepsTheMat) {
+    cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+    const std::vector<Point3> points(1000, Point3{1, 2, 3, rgb(1, 2, 3)});
+    Cloud cloud(points);
+    Mat depth(4, 4, F1, cloud.data(), 16, MEM::CPU);
+    Mat picture = filled(16, 16, U3, MEM::CPU);
+    ASSERT_EQ(picture.write(folder_ / "kept.png"), OK);
+    std::string pfm = "Pf\n4 4\n-1.000000\n";
+    pfm.append(reinterpret_cast<const char*>(cloud.data()), 64);
+    struct File {
+        std::string name;
+        std::string whole;
+        std::function<bool(const std::string&)> save;
+    };
+    std::vector<File> files = {
+        {"a.pfm", pfm, [&](const std::string& path) { return saveDepthAs(depth, PFM, path, 1); }},
+        {"b.ply", wholeFile(points, PLY, true),
+         [&](const std::string& path) { return cloud.mat.write(path) == OK; }}};
+    for (const POINT_CLOUD_FORMAT format : {XYZ, PCD, PLY, VTK}) {
+        files.push_back({"a" + std::string(format == XYZ   ? ".xyz"
+                                           : format == PCD ? ".pcd"
+                                           : format == PLY ? ".ply"
+                                                           : ".vtk"),
+                         wholeFile(points, format, true), [&, format](const std::string& path) {
+                             return savePointCloudAs(cloud.mat, format, path, true);
+                         }});
+    }
+    const LogCapture log;
+    for (const File& file : files) {
+        file.save(folder_ / file.name);  // what is made once, for all calls, is no leak
+        EXPECT_TRUE(contentOf(folder_ / file.name) == file.whole) << file.name;
+        End end = End::REFUSED;
+        for (int nth = 1; end != End::DONE; ++nth) {
+            SCOPED_TRACE(file.name + ", allocation " + std::to_string(nth));
+            fs::remove(folder_ / file.name);
+            const std::string path = folder_ / file.name;
+            const int descriptors = openDescriptors();
+            bool saved = false;
+            failing.live = 0;
+            end = run(nth, [&] { saved = file.save(path); });
+            EXPECT_EQ(failing.live, 0) << "leaked";
+            EXPECT_EQ(openDescriptors(), descriptors);
+            const std::string seen = fs::exists(path) ? contentOf(path) : "";
+            EXPECT_TRUE(file.whole.compare(0, seen.size(), seen) == 0);
+            EXPECT_EQ(saved, seen == file.whole);
+            if (HasFailure()) return;
+        }
+    }
+    End end = End::REFUSED;
+    for (int nth = 1; end != End::DONE && nth < 1000; ++nth) {
+        Mat mat = filled(3, 2, F4, MEM_BOTH);
+        mat.name = "kept";
+        ERROR_CODE result = OK;
+        const String path(folder_ / "kept.png");
+        end = run(nth,
+                  [&] { result = mat.read(path); });  // OpenCV itself forgets its file when memory is short
+        EXPECT_NE(end, End::THROWN);
+        if (result == OK) {
+            EXPECT_EQ(load(mat, MEM::CPU), pattern(16 * 16 * 3));
+        } else {
+            EXPECT_EQ(load(mat, MEM::GPU), pattern(96)) << "what was there stays";
+        }
+        if (HasFailure()) return;
+    }
+    EXPECT_EQ(end, End::DONE);
+}
+
+}  // namespace
+}  // namespace vela::test
