@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/geometry/frames.hpp"
+#include "vela_core/geometry/units.hpp"
 #include "vela_core/types/ErrorCode.hpp"
-#include "vela_core/types/Frames.hpp"
 #include "vela_core/types/String.hpp"
 #include "vela_core/utils/Mat.hpp"
 

@@ -1,4 +1,6 @@
-#include "vela_core/geometry/conversion.hpp"
+#include "vela_core/geometry/frames.hpp"
+#include "vela_core/geometry/heading.hpp"
+#include "vela_core/geometry/units.hpp"
 
 #include "support/geometry.hpp"
 #include "vela_core/types/detail/enum_cast.hpp"

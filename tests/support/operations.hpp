@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/ModelMat.hpp"
-#include "vela_core/geometry/conversion.hpp"
+#include "vela_core/geometry/frames.hpp"
 #include "vela_core/geometry/mat_conversion.hpp"
 #include "vela_core/utils/image_conversion.hpp"
 

@@ -1,8 +1,7 @@
 #include "vela_core/geometry/mat_conversion.hpp"
 
-#include "vela_core/geometry/conversion.hpp"
-#include "vela_core/geometry/host_loops.hpp"
-#include "vela_core/types/detail/enum_cast.hpp"
+#include "vela_core/geometry/detail/checks.hpp"
+#include "vela_core/geometry/detail/host_loops.hpp"
 #include "vela_core/utils/detail/buffers.hpp"
 #include "vela_gpu/kernels.hpp"
 #include "vela_gpu/kernels/detail/pixel_ops.hpp"
@@ -43,35 +42,49 @@ void applyOnDevice(const PixelView<Vector4<float>>& view, float* matrix) {
     callKernel(cu_applyMat4f, view, matrix);
 }
 
-/// Replaces every pixel by op(pixel) on the host, or lets `launch` do the same on the device.
-template <class Pixel, class Op, class Launch>
-void convertPixels(Mat& mat, MEM mem, Op op, Launch launch) {
-    if (mem == MEM::CPU) applyOnHost(viewOf<Pixel>(mat, mat.ptrCPU, mat.stepBytesCPU), op);
-    if (mem == MEM::GPU || mem == MEM_BOTH) launch(viewOf<Pixel>(mat, mat.ptrGPU, mat.stepBytesGPU));
+/// Converts the pixels by `onHost` or `onDevice`, which get the view of the side that `mem` names.
+template <class Pixel, class OnHost, class OnDevice>
+void convertPixels(Mat& mat, MEM mem, OnHost onHost, OnDevice onDevice) {
+    if (mem == MEM::CPU) onHost(viewOf<Pixel>(mat, mat.ptrCPU, mat.stepBytesCPU));
+    if (mem == MEM::GPU || mem == MEM_BOTH) onDevice(viewOf<Pixel>(mat, mat.ptrGPU, mat.stepBytesGPU));
 }
 
 template <class Pixel>
 ERROR_CODE scaleMat(Mat& mat, float factor, MEM mem) {
-    convertPixels<Pixel>(mat, mem, ScaleAll{factor},
-                         [=](const PixelView<Pixel>& view) { scaleOnDevice(view, factor); });
+    using View = PixelView<Pixel>;
+    convertPixels<Pixel>(
+        mat, mem, [=](const View& view) { detail::applyOnHost(detail::asFloats(view), ScaleAll{factor}); },
+        [=](const View& view) { scaleOnDevice(view, factor); });
     if (mem == MEM_BOTH) mat.updateCPUfromGPU();
     return ERROR_CODE::SUCCESS;
 }
+
+/// Device memory that goes with the scope, also where an allocation on the host throws.
+struct DeviceBuffer {
+    unsigned char* data = nullptr;
+
+    DeviceBuffer() = default;
+    DeviceBuffer(const DeviceBuffer&) = delete;
+    DeviceBuffer& operator=(const DeviceBuffer&) = delete;
+    ~DeviceBuffer() {
+        if (data != nullptr) releaseDeviceBuffer(data);
+    }
+};
 
 template <class Pixel, class Op, class Matrix>
 ERROR_CODE applyMatrix(Mat& mat, const Matrix& matrix, MEM mem) {
     Op op;
     std::copy(std::begin(matrix.m), std::end(matrix.m), op.k);
-    convertPixels<Pixel>(mat, mem, op, [&](const PixelView<Pixel>& view) {
+    DeviceBuffer deviceMatrix;
+    const auto onHost = [&](const PixelView<Pixel>& view) { detail::applyOnHost(view, op); };
+    const auto onDevice = [&](const PixelView<Pixel>& view) {
         // Failures do not change the result; without its matrix in device memory the kernel is not launched.
-        unsigned char* deviceMatrix = nullptr;
         std::size_t step = 0;
-        allocateDeviceBuffer(deviceMatrix, step, sizeof op.k, 1, 1);
-        if (cudaMemcpy(deviceMatrix, op.k, sizeof op.k, cudaMemcpyHostToDevice) == cudaSuccess) {
-            applyOnDevice(view, reinterpret_cast<float*>(deviceMatrix));
-        }
-        if (deviceMatrix != nullptr) releaseDeviceBuffer(deviceMatrix);
-    });
+        allocateDeviceBuffer(deviceMatrix.data, step, sizeof op.k, 1, 1);
+        if (cudaMemcpy(deviceMatrix.data, op.k, sizeof op.k, cudaMemcpyHostToDevice) != cudaSuccess) return;
+        applyOnDevice(view, reinterpret_cast<float*>(deviceMatrix.data));
+    };
+    convertPixels<Pixel>(mat, mem, onHost, onDevice);
     if (mem == MEM_BOTH) mat.updateCPUfromGPU();
     return ERROR_CODE::SUCCESS;
 }
@@ -80,7 +93,8 @@ ERROR_CODE applyMatrix(Mat& mat, const Matrix& matrix, MEM mem) {
 
 ERROR_CODE convertUnit(Mat& mat, UNIT from, UNIT to, MEM mem) {
     if (from == to) return ERROR_CODE::SUCCESS;
-    if (isPast(from, UNIT::FOOT) || isPast(to, UNIT::FOOT)) return ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
+    const ERROR_CODE status = detail::checkUnits(from, to);
+    if (status != ERROR_CODE::SUCCESS) return status;
     const float factor = getUnitScale(from, to);
     switch (mat.dataType) {
         case MAT_TYPE::MAT_32F_C1:
@@ -96,8 +110,8 @@ ERROR_CODE convertUnit(Mat& mat, UNIT from, UNIT to, MEM mem) {
 
 ERROR_CODE convertCoordinateSystem(Mat& mat, COORDINATE_SYSTEM from, COORDINATE_SYSTEM to, MEM mem) {
     if (from == to) return ERROR_CODE::SUCCESS;
-    constexpr COORDINATE_SYSTEM last = COORDINATE_SYSTEM::RIGHT_HANDED_Z_UP_AND_X_FORWARD;
-    if (isPast(from, last) || isPast(to, last)) return ERROR_CODE::INVALID_COORDINATE_SYSTEM;
+    const ERROR_CODE status = detail::checkFrames(from, to);
+    if (status != ERROR_CODE::SUCCESS) return status;
     switch (mat.dataType) {
         case MAT_TYPE::MAT_32F_C3:
             return applyMatrix<Vector3<float>, ApplyMatrix3>(

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "vela_core/geometry/frames.hpp"
+#include "vela_core/geometry/units.hpp"
 #include "vela_core/types/ErrorCode.hpp"
-#include "vela_core/types/Frames.hpp"
 #include "vela_core/utils/Mat.hpp"
 
 namespace vela {

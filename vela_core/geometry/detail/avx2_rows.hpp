@@ -1,10 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include "vela_gpu/kernels/detail/pixel_ops.hpp"
 
 #include <cstddef>
 
-namespace vela {
+namespace vela::detail {
+
+// The one place where the arithmetic of pixel_ops.hpp is written a second time: the portable loop takes 1.4
+// times as long for three floats and 2.1 times for four, in cache, also when it is compiled for AVX2.
 
 #if defined(__x86_64__)
 
@@ -13,9 +17,6 @@ bool hasAvx2();
 
 // Each applies `op` to the first pixels of a row, as many as fill whole vectors, and returns how many.
 
-std::size_t applyToRowByAvx2(float* row, std::size_t width, const ScaleAll& op);
-std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, const ScaleAll& op);
-std::size_t applyToRowByAvx2(Vector4<float>* row, std::size_t width, const ScaleAll& op);
 std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, const ApplyMatrix3& op);
 std::size_t applyToRowByAvx2(Vector4<float>* row, std::size_t width, const ApplyMatrix4& op);
 
@@ -32,4 +33,4 @@ std::size_t applyToRowByAvx2(Pixel* /*row*/, std::size_t /*width*/, const Op& /*
 
 #endif
 
-}  // namespace vela
+}  // namespace vela::detail

@@ -1,12 +1,24 @@
-#include "vela_core/geometry/conversion.hpp"
+// SPDX-License-Identifier: Apache-2.0
+#include "vela_core/geometry/frames.hpp"
 
+#include "vela_core/geometry/detail/checks.hpp"
 #include "vela_core/types/detail/enum_cast.hpp"
+#include "vela_core/types/detail/enum_table.hpp"
 
 #include <cstdint>
 #include <iterator>
 
 namespace vela {
 namespace {
+
+constexpr EnumName<COORDINATE_SYSTEM> COORDINATE_SYSTEM_NAMES[] = {
+    {COORDINATE_SYSTEM::IMAGE, "IMAGE"},
+    {COORDINATE_SYSTEM::LEFT_HANDED_Y_UP_AND_Z_FORWARD, "Left HANDED Y UP and Z FORWARD"},
+    {COORDINATE_SYSTEM::RIGHT_HANDED_Y_UP_AND_Z_BACKWARD, "Right HANDED Y UP and Z BACKWARD"},
+    {COORDINATE_SYSTEM::RIGHT_HANDED_Z_UP_AND_Y_FORWARD, "Right HANDED Z UP and Y FORWARD"},
+    {COORDINATE_SYSTEM::LEFT_HANDED_Z_UP_AND_X_FORWARD, "Left HANDED Z UP and X FORWARD"},
+    {COORDINATE_SYSTEM::RIGHT_HANDED_Z_UP_AND_X_FORWARD, "Right HANDED Z UP and X FORWARD"},
+};
 
 // Each maps coordinates of its convention to IMAGE coordinates. Indexed by COORDINATE_SYSTEM.
 constexpr float FRAMES[][9] = {
@@ -27,6 +39,16 @@ Matrix4f frameOf(COORDINATE_SYSTEM system) {
 
 }  // namespace
 
+String toString(const COORDINATE_SYSTEM& value) {
+    return nameIn(COORDINATE_SYSTEM_NAMES, value);
+}
+
+ERROR_CODE detail::checkFrames(COORDINATE_SYSTEM from, COORDINATE_SYSTEM to) {
+    constexpr COORDINATE_SYSTEM last = COORDINATE_SYSTEM::RIGHT_HANDED_Z_UP_AND_X_FORWARD;
+    return isPast(from, last) || isPast(to, last) ? ERROR_CODE::INVALID_COORDINATE_SYSTEM
+                                                  : ERROR_CODE::SUCCESS;
+}
+
 Matrix4f getCoordinateTransformConversion4f(COORDINATE_SYSTEM from, COORDINATE_SYSTEM to) {
     return Matrix4f::inverse(frameOf(to)) * frameOf(from);
 }
@@ -35,26 +57,12 @@ Matrix3f getCoordinateTransformConversion3f(COORDINATE_SYSTEM from, COORDINATE_S
     return Transform(getCoordinateTransformConversion4f(from, to)).getRotationMatrix();
 }
 
-float getUnitScale(UNIT from, UNIT to) {
-    return from == to ? 1.0F : getScaleMillimeter(from) / getScaleMillimeter(to);
-}
-
 ERROR_CODE convertCoordinateSystem(Transform& transform, COORDINATE_SYSTEM from, COORDINATE_SYSTEM to) {
     if (from == to) return ERROR_CODE::SUCCESS;
-    constexpr COORDINATE_SYSTEM last = COORDINATE_SYSTEM::RIGHT_HANDED_Z_UP_AND_X_FORWARD;
-    if (isPast(from, last) || isPast(to, last)) return ERROR_CODE::INVALID_COORDINATE_SYSTEM;
+    const ERROR_CODE status = detail::checkFrames(from, to);
+    if (status != ERROR_CODE::SUCCESS) return status;
     const Matrix4f k = getCoordinateTransformConversion4f(from, to);
     transform = k * transform * Matrix4f::inverse(k);
-    return ERROR_CODE::SUCCESS;
-}
-
-ERROR_CODE convertUnit(Transform& transform, UNIT from, UNIT to) {
-    if (from == to) return ERROR_CODE::SUCCESS;
-    if (isPast(from, UNIT::FOOT) || isPast(to, UNIT::FOOT)) return ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
-    const float scale = getUnitScale(from, to);
-    for (const int i : {3, 7, 11}) {
-        transform.m[i] *= scale;
-    }
     return ERROR_CODE::SUCCESS;
 }
 

@@ -1,4 +1,5 @@
-#include "vela_core/geometry/conversion.hpp"
+// SPDX-License-Identifier: Apache-2.0
+#include "vela_core/geometry/heading.hpp"
 
 #include <Eigen/Geometry>
 
@@ -22,7 +23,7 @@ Matrix3 extractYawRotationEx(const Matrix3& rotation) {
     }
     heading.y() = 0.0F;
     const float length = heading.norm();
-    if (!(length > 0.0F)) return Matrix3::Identity();  // no rotation matrix leads here
+    if (!(length > 0.0F)) return Matrix3::Identity();  // unreachable for a rotation matrix
     heading /= length;
     Matrix3 yaw;
     yaw << heading.z(), 0.0F, heading.x(),  //

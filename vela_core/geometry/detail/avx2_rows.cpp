@@ -1,86 +1,21 @@
-#include "vela_core/geometry/avx2_rows.hpp"
+// SPDX-License-Identifier: Apache-2.0
+#include "vela_core/geometry/detail/avx2_rows.hpp"
 
 #if defined(__x86_64__)
 
 #include <immintrin.h>
 
-#include <algorithm>
-#include <cmath>
-
 // Only the functions marked so are compiled for AVX2: the rest of the library runs on every processor.
 #define VELA_AVX2 __attribute__((target("avx2")))
 
-namespace vela {
+namespace vela::detail {
 namespace {
 
 constexpr std::size_t LANES = 8;
 
-/// Floats ahead of the current ones that are asked for: arithmetic then overlaps with waiting for memory.
+/// How many floats ahead of the current ones to prefetch, so that arithmetic overlaps with waiting for
+/// memory.
 constexpr std::size_t AHEAD = 512;
-
-// Multiplying is slow, over a hundred cycles, where an operand or the result is denormal; colour with alpha 0
-// is such an operand. These lanes are scaled by 2^149 first, which makes whole numbers of denormals and keeps
-// normal ones normal, then multiplied exactly in double, and rounded once.
-constexpr int TINY_EXPONENT = 149;
-constexpr int MANTISSA_BITS = 23;
-/// Below this, the bits of a float are its value times 2^149: denormals and the smallest normal binade.
-constexpr int NUMBERS_END = 2 << MANTISSA_BITS;
-
-VELA_AVX2 inline __m256i magnitudeBits(__m256 values) {
-    return _mm256_and_si256(_mm256_castps_si256(values), _mm256_set1_epi32(0x7FFFFFFF));
-}
-
-/// Bits below which a float's product with the factor, or the float itself, may be denormal.
-int slowBitsEnd(float factor) {
-    return std::max(2, 1 - std::ilogb(factor)) << MANTISSA_BITS;
-}
-
-/// Bits of 2^-149 times four products.
-VELA_AVX2 inline __m128i roundedBits(__m256d products) {
-    const __m128i denormal = _mm256_cvtpd_epi32(products);
-    const __m128i normal = _mm_sub_epi32(_mm_castps_si128(_mm256_cvtpd_ps(products)),
-                                         _mm_set1_epi32(TINY_EXPONENT << MANTISSA_BITS));
-    const __m256d isDenormal = _mm256_cmp_pd(products, _mm256_set1_pd(NUMBERS_END), _CMP_LT_OQ);
-    const __m256 halves = _mm256_castpd_ps(isDenormal);
-    const __m128 select = _mm_shuffle_ps(_mm256_castps256_ps128(halves), _mm256_extractf128_ps(halves, 1),
-                                         _MM_SHUFFLE(2, 0, 2, 0));
-    return _mm_blendv_epi8(normal, denormal, _mm_castps_si128(select));
-}
-
-/// values * factor where the given lanes would be slow; the factor is positive and normal.
-VELA_AVX2 __attribute__((noinline)) __m256 scaleSlowLanes(__m256 values, __m256i slow, float factor) {
-    const __m256i bits = _mm256_and_si256(magnitudeBits(values), slow);
-    const __m256i raised = _mm256_add_epi32(bits, _mm256_set1_epi32(TINY_EXPONENT << MANTISSA_BITS));
-    const __m256i isNumber = _mm256_cmpgt_epi32(_mm256_set1_epi32(NUMBERS_END), bits);
-    const __m256 large = _mm256_blendv_ps(_mm256_castsi256_ps(raised), _mm256_cvtepi32_ps(bits),
-                                          _mm256_castsi256_ps(isNumber));
-    const __m256d wideFactor = _mm256_set1_pd(static_cast<double>(factor));
-    const __m128i low =
-        roundedBits(_mm256_mul_pd(_mm256_cvtps_pd(_mm256_castps256_ps128(large)), wideFactor));
-    const __m128i high =
-        roundedBits(_mm256_mul_pd(_mm256_cvtps_pd(_mm256_extractf128_ps(large, 1)), wideFactor));
-    const __m256 signs = _mm256_and_ps(values, _mm256_set1_ps(-0.0F));
-    const __m256 scaled = _mm256_or_ps(_mm256_castsi256_ps(_mm256_set_m128i(high, low)), signs);
-    const __m256 fast = _mm256_andnot_ps(_mm256_castsi256_ps(slow), values);
-    return _mm256_blendv_ps(_mm256_mul_ps(fast, _mm256_set1_ps(factor)), scaled, _mm256_castsi256_ps(slow));
-}
-
-VELA_AVX2 std::size_t scaleFloats(float* values, std::size_t count, float factor) {
-    const __m256 factors = _mm256_set1_ps(factor);
-    const __m256i one = _mm256_set1_epi32(1);
-    const __m256i lastSlow = _mm256_set1_epi32(slowBitsEnd(factor) - 2);
-    std::size_t i = 0;
-    for (; i + LANES <= count; i += LANES) {
-        _mm_prefetch(values + i + AHEAD, _MM_HINT_T0);
-        const __m256 v = _mm256_loadu_ps(values + i);
-        // Zero less one is the largest number, so that one comparison leaves out zeros, which are fast.
-        const __m256i number = _mm256_sub_epi32(magnitudeBits(v), one);
-        const __m256i slow = _mm256_cmpeq_epi32(_mm256_min_epu32(number, lastSlow), number);
-        const bool fast = _mm256_testz_si256(slow, slow) != 0;
-        _mm256_storeu_ps(values + i, fast ? _mm256_mul_ps(v, factors) : scaleSlowLanes(v, slow, factor));
-    }
-    return i;
-}
 
 /// Column `column` of the first three rows of a 4x4 matrix, twice: for the two pixels of a vector.
 VELA_AVX2 inline __m256 columnTwice(const float (&k)[16], int column) {
@@ -149,19 +84,6 @@ bool hasAvx2() {
     return __builtin_cpu_supports("avx2") != 0;
 }
 
-std::size_t applyToRowByAvx2(float* row, std::size_t width, const ScaleAll& op) {
-    return scaleFloats(row, width, op.factor);
-}
-
-// Whole pixels fill whole vectors: the rest of less than a pixel would else be scaled twice.
-std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, const ScaleAll& op) {
-    return scaleFloats(reinterpret_cast<float*>(row), width / LANES * LANES * 3, op.factor) / 3;
-}
-
-std::size_t applyToRowByAvx2(Vector4<float>* row, std::size_t width, const ScaleAll& op) {
-    return scaleFloats(reinterpret_cast<float*>(row), width * 4, op.factor) / 4;
-}
-
 VELA_AVX2 std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, const ApplyMatrix3& op) {
     __m256 k[9];
     for (int i = 0; i < 9; ++i) {
@@ -192,6 +114,6 @@ VELA_AVX2 std::size_t applyToRowByAvx2(Vector4<float>* row, std::size_t width, c
     return i;
 }
 
-}  // namespace vela
+}  // namespace vela::detail
 
 #endif

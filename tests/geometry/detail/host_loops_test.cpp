@@ -1,0 +1,161 @@
+#include "vela_core/geometry/detail/host_loops.hpp"
+
+#include "vela_core/geometry/detail/avx2_rows.hpp"
+#include "vela_core/geometry/detail/denormals.hpp"
+#include "vela_core/geometry/detail/pixel_loop.hpp"
+
+#include <gtest/gtest.h>
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace vela::detail::test {
+namespace {
+
+/// Same bits, or both not a number.
+bool same(float a, float b) {
+    std::uint32_t bits[2];
+    std::memcpy(&bits[0], &a, sizeof a);
+    std::memcpy(&bits[1], &b, sizeof b);
+    return bits[0] == bits[1] || (std::isnan(a) && std::isnan(b));
+}
+
+/// Floats of all kinds; about half of the rows hold tiny ones, such as colours with alpha 0.
+std::vector<float> mixedFloats(std::size_t count, std::mt19937& random) {
+    using Limits = std::numeric_limits<float>;
+    const float special[] = {0.0F,
+                             -0.0F,
+                             Limits::infinity(),
+                             Limits::quiet_NaN(),
+                             Limits::max(),
+                             Limits::denorm_min(),
+                             -Limits::denorm_min(),
+                             Limits::min()};
+    std::vector<float> values(count);
+    bool tiny = false;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i % 64 == 0) tiny = random() % 2 == 0;
+        const auto draw = static_cast<std::uint32_t>(random());
+        values[i] = static_cast<float>(draw % 2000000) * 1e-3F - 1000.0F;
+        const std::uint32_t bits = draw & 0x81FFFFFF;
+        if (tiny && draw % 3 == 0) std::memcpy(&values[i], &bits, sizeof bits);
+        if (random() % 16 == 0) values[i] = special[draw % std::size(special)];
+    }
+    return values;
+}
+
+/// What the operation makes of a pixel, without a loop of the library.
+template <class Pixel, class Op>
+void applyPlainly(float* values, const Op& op) {
+    Pixel pixel;
+    std::memcpy(static_cast<void*>(&pixel), values, sizeof pixel);
+    pixel = op(pixel);
+    std::memcpy(values, &pixel, sizeof pixel);
+}
+
+/// Every pixel of rows of every width up to some vectors, packed and padded, not aligned to vectors; what
+/// lies around and between the rows must stay.
+template <class Pixel, class Op, class Apply>
+void expectAsPixelByPixel(const Op& op, Apply apply) {
+    constexpr std::size_t CHANNELS = sizeof(Pixel) / 4;
+    constexpr std::uint32_t HEIGHT = 3;
+    std::mt19937 random(7);
+    for (std::uint32_t width = 0; width <= 70; ++width) {
+        for (const unsigned padding : {0U, 1U, 5U}) {
+            const std::size_t step = (width + padding) * CHANNELS;
+            std::vector<float> values = mixedFloats(HEIGHT * step + 2 * CHANNELS, random);
+            std::vector<float> wanted = values;
+            apply(PixelView<Pixel>{reinterpret_cast<Pixel*>(&values[CHANNELS]), width, HEIGHT, step * 4}, op);
+            for (std::size_t i = 0; i < HEIGHT * step; i += CHANNELS) {
+                if (i % step < width * CHANNELS) applyPlainly<Pixel>(&wanted[CHANNELS + i], op);
+            }
+            for (std::size_t i = 0; i < wanted.size(); ++i) {
+                ASSERT_TRUE(same(values[i], wanted[i]))
+                    << values[i] << " instead of " << wanted[i] << " at " << i << ", width " << width;
+            }
+        }
+    }
+}
+
+/// As fast as may be, and by the loop that all processors have.
+template <class Pixel, class Op>
+void expectBothLoopsToDo(const Op& op) {
+    expectAsPixelByPixel<Pixel>(op, [](const PixelView<Pixel>& view, const Op& o) { applyOnHost(view, o); });
+    expectAsPixelByPixel<Pixel>(op, [](const PixelView<Pixel>& view, const Op& o) { forEachPixel(view, o); });
+}
+
+constexpr float FACTORS[] = {0.001F, 0.0254F, 1.0F, 3.28084F, 39.3701F, 1000.0F};
+
+TEST(HostLoops, DoToEachPixelWhatTheOperationDoes) {
+    for (const float factor : FACTORS) {
+        expectBothLoopsToDo<float>(ScaleAll{factor});
+        for (const auto apply : {0, 1}) {
+            expectAsPixelByPixel<Vector4<float>>(ScaleAll{factor}, [=](const auto& view, const ScaleAll& op) {
+                apply == 0 ? applyOnHost(asFloats(view), op) : forEachPixel(view, op);
+            });
+        }
+        expectAsPixelByPixel<Vector3<float>>(
+            ScaleAll{factor}, [](const auto& view, const ScaleAll& op) { applyOnHost(asFloats(view), op); });
+    }
+    expectBothLoopsToDo<Vector3<float>>(ApplyMatrix3{{1, -2, 0.5F, 0, 3, -1, 7, 0.25F, 1}});
+    expectBothLoopsToDo<Vector4<float>>(
+        ApplyMatrix4{{1, -2, 0.5F, 10, 0, 3, -1, 0.1F, 7, 0.25F, 1, -3, 9, 9, 9, 9}});
+}
+
+TEST(HostLoops, ScalingAroundDenormalsHasTheBitsOfAMultiplication) {
+    if (!canScaleAroundDenormals()) GTEST_SKIP() << "needs AVX2";
+    for (const float factor : FACTORS) {
+        expectAsPixelByPixel<float>(ScaleAll{factor}, [](PixelView<float> view, const ScaleAll& op) {
+            for (; view.height > 0; --view.height, view.data += view.stepBytes / sizeof(float)) {
+                const std::size_t done = scaleAroundDenormals(view.data, view.width, op.factor);
+                EXPECT_EQ(done, view.width / 32 * 32);
+                forEachPixel(PixelView<float>{view.data + done, view.width - done, 1, 0}, op);
+            }
+        });
+    }
+}
+
+#if defined(__x86_64__)
+
+TEST(HostLoops, ChooseVectorInstructionsThatTheProcessorHas) {
+    std::ifstream file("/proc/cpuinfo");
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_EQ(hasAvx2(), text.find(" avx2") != std::string::npos);
+    EXPECT_EQ(canScaleAroundDenormals(), hasAvx2());
+}
+
+TEST(HostLoops, EqualPixelsStayEqualInEveryFloatingPointMode) {
+    constexpr unsigned DENORMALS_AS_ZERO = 0x8040;  // what programs linked with -ffast-math set
+    constexpr Vector4<float> PIXEL(1, 1e-38F, 3, 9.2e-39F);
+    const unsigned modes = _mm_getcsr();
+    EXPECT_TRUE(hasDefaultFloatModes());
+    for (const unsigned changed : {DENORMALS_AS_ZERO, 0x2000U, 0x4000U, 0x6000U}) {
+        for (std::size_t width = 1; width < 40; ++width) {
+            std::vector<Vector4<float>> row(width, PIXEL);
+            _mm_setcsr(modes | changed);
+            EXPECT_FALSE(hasDefaultFloatModes());
+            EXPECT_FALSE(denormalsAreSlow());
+            applyOnHost(asFloats(PixelView<Vector4<float>>{row.data(), width, 1, 0}), ScaleAll{0.3F});
+            _mm_setcsr(modes);
+            for (const Vector4<float>& pixel : row) {
+                EXPECT_EQ(std::memcmp(&pixel, row.data(), sizeof pixel), 0) << width;
+            }
+        }
+    }
+}
+
+#endif
+
+}  // namespace
+}  // namespace vela::detail::test

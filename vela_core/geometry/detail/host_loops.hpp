@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "vela_gpu/kernels/detail/PixelView.hpp"
+#include "vela_gpu/kernels/detail/pixel_ops.hpp"
+
+namespace vela::detail {
+
+// What forEachPixel does, at the speed of memory for whole clouds. Results are the same to the bit, apart
+// from the sign and payload of NaNs, which no formula settles.
+
+/// Multiplies every float. Rows of pixels are rows of floats here: see `asFloats`.
+void applyOnHost(const PixelView<float>& view, const ScaleAll& op);
+void applyOnHost(const PixelView<Vector3<float>>& view, const ApplyMatrix3& op);
+void applyOnHost(const PixelView<Vector4<float>>& view, const ApplyMatrix4& op);
+
+/// The components of all pixels as an image of one float a pixel.
+template <class Pixel>
+PixelView<float> asFloats(const PixelView<Pixel>& view) {
+    return {reinterpret_cast<float*>(view.data), view.width * (sizeof(Pixel) / sizeof(float)), view.height,
+            view.stepBytes};
+}
+
+}  // namespace vela::detail
