@@ -1,6 +1,7 @@
 #include "cases.hpp"
 
 #include "device.hpp"
+#include "plain.hpp"
 #include "vela_core/geometry/mat_conversion.hpp"
 #include "vela_gpu/kernels.hpp"
 #include "vela_gpu/kernels/detail/pixel_ops.hpp"
@@ -19,18 +20,10 @@ constexpr float MATRICES[4][MATRIX_FLOATS] = {{1, -2, 3, 0.5F, 0, 5, 8, 9, 1},
 constexpr float FACTOR = 2.5F;
 
 template <class Pixel>
-struct Image {
-    Pixel* data;
-    unsigned step;
-    unsigned width;
-    unsigned height;
-
-    explicit Image(const Mat& mat)
-        : data(reinterpret_cast<Pixel*>(mat.ptrGPU)),
-          step(static_cast<unsigned>(mat.stepBytesGPU / sizeof(Pixel))),
-          width(static_cast<unsigned>(mat.width)),
-          height(static_cast<unsigned>(mat.height)) {}
-};
+Image<Pixel> imageOf(const Mat& mat) {
+    return {reinterpret_cast<Pixel*>(mat.ptrGPU), static_cast<unsigned>(mat.stepBytesGPU / sizeof(Pixel)),
+            static_cast<unsigned>(mat.width), static_cast<unsigned>(mat.height)};
+}
 
 template <class From, class To, class Op>
 void applyElement(const Op& op, const void* before, void* after) {
@@ -47,11 +40,14 @@ Case fillCase(const std::string& name, MAT_TYPE type) {
         reinterpret_cast<unsigned char*>(&value)[i] = static_cast<unsigned char>(17 + 29 * i);
     }
     const auto launch = [=](const Mat& mat, const Mat&, bool) {
-        const Image<Pixel> image(mat);
+        const Image<Pixel> image = imageOf<Pixel>(mat);
         cu_matSetToGPU(value, image.data, image.step, image.width, image.height, nullptr);
     };
     const auto element = [=](const void*, void* after) { std::memcpy(after, &value, sizeof value); };
-    return {"fill " + name, type, false, launch, true, element};
+    const auto plain = [=](const Mat& mat, const Mat&, bool) {
+        launchPlainly(imageOf<Pixel>(mat), imageOf<Pixel>(mat), Fill<Pixel>{value});
+    };
+    return {"fill " + name, type, false, launch, plain, true, element};
 }
 
 void applyFactor(const Image<float>& image, float factor) {
@@ -70,7 +66,10 @@ Case scaleCase(const std::string& name, MAT_TYPE type) {
             type,
             true,
             [](const Mat& mat, const Mat&, bool timing) {
-                applyFactor(Image<Pixel>(mat), timing ? 1.0F : FACTOR);
+                applyFactor(imageOf<Pixel>(mat), timing ? 1.0F : FACTOR);
+            },
+            [](const Mat& mat, const Mat&, bool timing) {
+                launchPlainly(imageOf<Pixel>(mat), imageOf<Pixel>(mat), Op{timing ? 1.0F : FACTOR});
             },
             true,
             [](const void* before, void* after) { applyElement<Pixel, Pixel>(Op{FACTOR}, before, after); }};
@@ -91,7 +90,11 @@ Case matrixCase(const std::string& name, MAT_TYPE type, float* deviceMatrices, s
             type,
             true,
             [=](const Mat& mat, const Mat&, bool timing) {
-                applyMatrix(Image<Pixel>(mat), deviceMatrices + (first + (timing ? 1 : 0)) * MATRIX_FLOATS);
+                applyMatrix(imageOf<Pixel>(mat), deviceMatrices + (first + (timing ? 1 : 0)) * MATRIX_FLOATS);
+            },
+            [=](const Mat& mat, const Mat&, bool timing) {
+                const float* const matrix = deviceMatrices + (first + (timing ? 1 : 0)) * MATRIX_FLOATS;
+                launchPlainly(imageOf<Pixel>(mat), imageOf<Pixel>(mat), MatrixInMemory<Op>{matrix});
             },
             true,
             [=](const void* before, void* after) { applyElement<Pixel, Pixel>(op, before, after); }};
@@ -104,9 +107,12 @@ Case signedCase() {
             MAT_TYPE::MAT_8U_C4,
             true,
             [](const Mat& source, const Mat& destination, bool) {
-                const Image<From> from(source);
-                const Image<To> to(destination);
+                const Image<From> from = imageOf<From>(source);
+                const Image<To> to = imageOf<To>(destination);
                 cu_cvt2Signed(from.data, to.data, from.step, to.step, {from.width, from.height}, nullptr);
+            },
+            [](const Mat& source, const Mat& destination, bool) {
+                launchPlainly(imageOf<From>(source), imageOf<To>(destination), ToSigned{});
             },
             false,
             [](const void* before, void* after) { applyElement<From, To>(ToSigned{}, before, after); }};

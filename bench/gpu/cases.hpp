@@ -15,7 +15,9 @@ struct Case {
     bool reads;  ///< a fill only writes
     /// Runs the kernel over an image and, if it does not work in place, into another. When timing, with
     /// arguments that keep values from growing or vanishing however often it is repeated.
-    std::function<void(const Mat& image, const Mat& other, bool timing)> launch;
+    using Launch = std::function<void(const Mat& image, const Mat& other, bool timing)>;
+    Launch launch;
+    Launch plain;  ///< the same by a plain kernel, see plain.hpp
     bool inPlace;
     /// What becomes of a pixel by the host's element function; `after` may be `before`.
     std::function<void(const void* before, void* after)> element;

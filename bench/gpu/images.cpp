@@ -80,16 +80,16 @@ Images::Images(const Case& kernel, std::size_t width, std::size_t height) : heig
     if (!kernel.inPlace) others_ = allocate(count, width, height_, kernel.type);
 }
 
-std::string findDifference(const Case& kernel, const Images& images) {
-    const Mat& before = images.image(0);
-    const Mat& after = images.other(0);
+std::string findDifference(const Case& kernel, const Case::Launch& launch, const Images& images, unsigned n) {
+    const Mat& before = images.image(n);
+    const Mat& after = images.other(n);
     const std::size_t height = before.height;
     const Row row = download(before, height - 1);
     Row wanted(row.size());
     for (std::size_t at = 0; at < row.size(); at += before.pixelBytes) {
         kernel.element(&row[at], &wanted[at]);
     }
-    kernel.launch(before, after, false);
+    launch(before, after, false);
     require(cudaGetLastError(), kernel.name.c_str());
     require(cudaDeviceSynchronize(), kernel.name.c_str());
     for (const std::size_t y : {std::size_t{0}, std::size_t{1}, height / 2, height - 2, height - 1}) {

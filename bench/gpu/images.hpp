@@ -27,8 +27,8 @@ private:
     std::size_t height_;
 };
 
-/// Runs the kernel once over the first image and compares whole rows at both ends and in the middle with the
-/// host's element function; empty if they agree, else what differs.
-std::string findDifference(const Case& kernel, const Images& images);
+/// Runs a kernel once over image n and compares whole rows at both ends and in the middle with the host's
+/// element function; empty if they agree, else what differs.
+std::string findDifference(const Case& kernel, const Case::Launch& launch, const Images& images, unsigned n);
 
 }  // namespace vela::bench

@@ -49,22 +49,27 @@ void copyLike(const Case& kernel, const Images& images, unsigned n) {
 
 struct Result {
     double kernel;
+    double plain;
     double copy;
 };
 
-/// Medians over rounds in which kernel and copy take turns.
+/// Medians over rounds in which the kernel, the plain one and the copy take turns.
 Result timeCase(const Case& kernel, const Images& images) {
     const Operation run = [&](unsigned n) { kernel.launch(images.image(n), images.other(n), true); };
+    const Operation runPlain = [&](unsigned n) { kernel.plain(images.image(n), images.other(n), true); };
     const Operation copy = [&](unsigned n) { copyLike(kernel, images, n); };
     const unsigned batch = batchFor(run);
+    const unsigned plainBatch = batchFor(runPlain);
     const unsigned copyBatch = batchFor(copy);
     std::vector<double> kernelTimes;
+    std::vector<double> plainTimes;
     std::vector<double> copyTimes;
     for (unsigned round = 0; round < ROUNDS; ++round) {
         kernelTimes.push_back(deviceTime(batch, run));
+        plainTimes.push_back(deviceTime(plainBatch, runPlain));
         copyTimes.push_back(deviceTime(copyBatch, copy));
     }
-    return {medianOf(kernelTimes), medianOf(copyTimes)};
+    return {medianOf(kernelTimes), medianOf(plainTimes), medianOf(copyTimes)};
 }
 
 void printCase(const Case& kernel, std::size_t width, std::size_t height, const Result& result,
@@ -75,9 +80,9 @@ void printCase(const Case& kernel, std::size_t width, std::size_t height, const 
     const bool isSmall = width == SMALL.width;
     const bool missed = isSmall ? over > WANTED_OVER_EMPTY : share < WANTED_SHARE;
     const std::string size = std::to_string(width) + "x" + std::to_string(height);
-    std::printf("%-17s %-12s %10.2f %9.1f %9.1f %8.3f %10.2f%s\n", kernel.name.c_str(), size.c_str(),
+    std::printf("%-17s %-12s %10.2f %9.1f %9.1f %8.3f %10.2f %10.2f%s\n", kernel.name.c_str(), size.c_str(),
                 result.kernel, bytes / result.kernel / 1e3, bytes / result.copy / 1e3, share, over,
-                missed ? "  missed" : "");
+                result.plain / result.kernel, missed ? "  missed" : "");
     std::fflush(stdout);
 }
 
@@ -113,12 +118,13 @@ int run() {
         "copy >= %.2f at the larger sizes, over the empty launch <= %.1f us at 1280x720\n\n",
         emptyLaunch, WANTED_SHARE, WANTED_OVER_EMPTY);
     const std::vector<Case> cases = allCases(uploadMatrices());
-    std::printf("%-17s %-12s %10s %9s %9s %8s %10s\n", "kernel", "size", "us", "GB/s", "copy GB/s", "share",
-                "over empty");
+    std::printf("%-17s %-12s %10s %9s %9s %8s %10s %10s\n", "kernel", "size", "us", "GB/s", "copy GB/s",
+                "share", "over empty", "plain/ours");
     for (const Size& size : SIZES) {
         for (const Case& kernel : cases) {
             const Images images(kernel, size.width, size.height);
-            const std::string difference = findDifference(kernel, images);
+            const std::string difference = findDifference(kernel, kernel.launch, images, 0) +
+                                           findDifference(kernel, kernel.plain, images, 1);
             if (!difference.empty()) return fail(difference);
             printCase(kernel, size.width, images.height(), timeCase(kernel, images), emptyLaunch);
         }

@@ -157,6 +157,12 @@ TEST(Matrix4f, InverseHasTheBitsAndTheStatusOfPlainSums) {
     EXPECT_LT(failures, 950);
 }
 
+TEST(Matrix4f, InverseSumsItsGateFromTheSecondElementOn) {
+    // 1 * 1 + 1 * -1 is 0, and 1e-10 more opens the gate; in another order it would be lost beside 1.
+    const float values[16] = {1, 1, 1e-5F, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    EXPECT_EQ(Matrix4f(values).inverse(), ERROR_CODE::SUCCESS);
+}
+
 TEST(Matrix4f, RepeatsTheDotProductsWithAVector) {
     const Matrix4f product = Matrix4f() * Vector4<float>(1, 2, 3, 4);
     expectNear(numbersOf(product), {1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3, 4, 4, 4, 4}, 0.0F);

@@ -9,6 +9,9 @@
 #include <cstddef>
 #include <cstring>
 #include <new>
+#include <sstream>
+#include <string>
+#include <tuple>
 
 namespace vela::test {
 namespace {
@@ -229,6 +232,30 @@ TEST(Transform, RepresentationsAgreeAndLeaveTheRest) {
             }
         }
     }
+}
+
+TEST(Transform, MovesPoints) {
+    Transform t(Rotation(static_cast<float>(90 * DEGREE), {0, 0, 1}), Translation(10, 20, 30));
+    t.m[12] = t.m[15] = NAN;  // row 3 is not looked at
+    const Vector3<float> moved = t * Vector3<float>(1, 2, 3);
+    expectNear(moved, {8, 21, 33});
+    const Matrix4f columns = t * Vector4<float>(1, 2, 3, 1);
+    expectNear(moved, {columns(0, 3), columns(1, 3), columns(2, 3)}, 0.0F);
+}
+
+TEST(Geometry, IsWrittenToStreams) {
+    const auto text = [](const auto& value) {
+        std::ostringstream stream;
+        stream << value;
+        return stream.str();
+    };
+    const Transform t(Rotation(), Translation(1, -2.5F, 1e9F));
+    EXPECT_EQ(text(Matrix3f() * 0.5F), "[0.5 0 0; 0 0.5 0; 0 0 0.5]");
+    EXPECT_EQ(text(t), "[1 0 0 1; 0 1 0 -2.5; 0 0 1 1e+09; 0 0 0 1]");
+    EXPECT_EQ(text(t.getTranslation()), "(1, -2.5, 1e+09)");
+    EXPECT_EQ(text(Orientation(Vector4<float>(1, 2, 3, 4))), "(1, 2, 3, 4)");
+    EXPECT_EQ(text(Pose(Transform(), 5, 80)),
+              "[1 0 0 0; 0 1 0 0; 0 0 1 0; 0 0 0 1] at 5 ns, confidence 80, not valid");
 }
 
 TEST(Orientation, HoldsComponentsInOrder) {

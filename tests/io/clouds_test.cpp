@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is written is read back, bit for bit.
 #include "support/ScratchFolder.hpp"
-#include "vela_core/geometry/conversion.hpp"
+#include "vela_core/geometry/frames.hpp"
+#include "vela_core/geometry/units.hpp"
 #include "vela_io/io.hpp"
 
 #include <gtest/gtest.h>

@@ -20,25 +20,28 @@ struct Adjugate {
 /// left to right, never by way of 2 x 2 minors: how the sum rounds decides whether a singular matrix is
 /// reported.
 Adjugate adjugateOf(const float (&c)[16]) {
-    // Lane i makes the cofactors of row i: the minor has the three other rows, here column by column.
+    // Lane i makes the cofactors of row i: the minor has the three other rows, here column by column. Each
+    // product has one factor of its first row, which carries the signs of the cofactors of columns 0 and 2.
     Lanes first[4];
     Lanes second[4];
     Lanes third[4];
     for (int j = 0; j < 4; ++j) {
-        first[j] = Lanes{c[4 + j], c[j], c[j], c[j]};
+        first[j] = Lanes{c[4 + j], -c[j], c[j], -c[j]};
         second[j] = Lanes{c[8 + j], c[8 + j], c[4 + j], c[4 + j]};
         third[j] = Lanes{c[12 + j], c[12 + j], c[12 + j], c[8 + j]};
     }
-    const auto cofactors = [&](Lanes signs, int j, int k, int l) {
-        const Lanes a = signs * first[j];
-        const Lanes b = signs * second[j];
-        const Lanes d = signs * third[j];
-        return a * second[k] * third[l] - a * second[l] * third[k] - b * first[k] * third[l] +
-               b * first[l] * third[k] + d * first[k] * second[l] - d * first[l] * second[k];
+    struct Products {
+        Lanes p[6];
     };
-    const Lanes even = {1, -1, 1, -1};
-    return {{cofactors(even, 1, 2, 3), cofactors(-even, 0, 2, 3), cofactors(even, 0, 1, 3),
-             cofactors(-even, 0, 1, 2)}};
+    const auto products = [&](int j, int k, int l) -> Products {
+        return {{first[j] * second[k] * third[l], first[j] * second[l] * third[k],
+                 second[j] * first[k] * third[l], second[j] * first[l] * third[k],
+                 third[j] * first[k] * second[l], third[j] * first[l] * second[k]}};
+    };
+    const auto even = [](const Products& t) { return t.p[0] - t.p[1] - t.p[2] + t.p[3] + t.p[4] - t.p[5]; };
+    const auto odd = [](const Products& t) { return t.p[1] - t.p[0] + t.p[2] - t.p[3] - t.p[4] + t.p[5]; };
+    return {
+        {even(products(1, 2, 3)), odd(products(0, 2, 3)), even(products(0, 1, 3)), odd(products(0, 1, 2))}};
 }
 
 ERROR_CODE invalidParameters(LogStatement statement) {

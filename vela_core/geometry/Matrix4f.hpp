@@ -17,15 +17,20 @@ public:
     /// Row i of the result holds the dot product of row i with v, in all four columns: take any column.
     Matrix4f operator*(const Vector4<float>& v) const;
 
-    /// Inverts in place a matrix whose last row is (0, 0, 0, 1): the adjugate over the determinant of the
-    /// upper-left 3 x 3 block. With another last row the result is not the inverse.
-    /// `FAILURE` when c0*A0 + c1^2 + c2^2 + c3^2 is 0 for the first row c and the adjugate A; elements 0, 4,
-    /// 8 and 12 are then replaced by those of A, the others keep their values.
+    /// Inverts in place a matrix whose last row is (0, 0, 0, 1): the adjugate A (transposed cofactors, each
+    /// the sum of its six signed products from left to right) divided by A15, the determinant of the
+    /// upper-left 3 x 3 block. Element 14 is the old one divided by A15. With another last row the result is
+    /// not the inverse. `FAILURE` when the gate c1*c1 + c0*A0 + c2*c2 + c3*c3 is 0, c being the first row;
+    /// elements 0, 4, 8 and 12 are then replaced by those of A, the others keep their values. The gate closes
+    /// only where the first row hides the singularity (c1 = c2 = c3 = 0): other singular matrices give
+    /// `SUCCESS` with infinities and NaNs.
     ERROR_CODE inverse();
     /// The inverse of a copy; its status is dropped.
     static Matrix4f inverse(const Matrix4f& matrix);
 
-    // The setters of blocks log an index out of range, change nothing then and return `FAILURE`.
+    /// @name Blocks
+    /// An index out of range is logged, changes nothing and gives `FAILURE`.
+    /// @{
 
     /// Writes a 3 x 3 block at rows row to row + 2 and columns col to col + 2; row and col are 0 or 1.
     ERROR_CODE setSubMatrix3f(Matrix3f sub, int row, int col);
@@ -33,6 +38,7 @@ public:
     ERROR_CODE setSubVector3f(Vector3<float> v, int col);
     /// Writes v into column col, 0 to 3.
     ERROR_CODE setSubVector4f(Vector4<float> v, int col);
+    /// @}
 };
 
 }  // namespace vela

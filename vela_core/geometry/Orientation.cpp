@@ -1,6 +1,7 @@
 #include "vela_core/geometry/Orientation.hpp"
 
 #include <cmath>
+#include <ostream>
 
 namespace vela {
 namespace {
@@ -46,6 +47,10 @@ Orientation Orientation::operator*(const Orientation& b) const {
 void Orientation::normalise() {
     const float norm = std::sqrt(ox * ox + oy * oy + oz * oz + ow * ow);
     if (norm > 0.0F) *this = Orientation(Vector4<float>(ox / norm, oy / norm, oz / norm, ow / norm));
+}
+
+std::ostream& operator<<(std::ostream& stream, const Orientation& q) {
+    return stream << '(' << q.ox << ", " << q.oy << ", " << q.oz << ", " << q.ow << ')';
 }
 
 }  // namespace vela

@@ -4,6 +4,8 @@
 #include "vela_core/geometry/Translation.hpp"
 #include "vela_core/types/Vector.hpp"
 
+#include <iosfwd>
+
 namespace vela {
 
 /// A rotation as a quaternion, vector part first: x, y, z, w. No rotation by default.
@@ -20,7 +22,7 @@ public:
     Orientation(const Rotation& rotation);
     /// The rotation that turns direction `from` into direction `to`, about their cross product. Opposite
     /// directions have no such axis: the result is then close to (0, 0, 0, 0). The cosine is not clamped, so
-    /// rounding may give NaN for parallel directions.
+    /// rounding may give NaN for parallel directions. Neither direction need be of unit length.
     Orientation(const Translation& from, const Translation& to);
 
     /// Component i of 0 to 3; no bounds check.
@@ -32,19 +34,25 @@ public:
     static Orientation identity() { return Orientation(); }
     static Orientation zeros() { return Orientation(Vector4<float>()); }
 
-    /// The quaternion of a rotation matrix, w >= 0: square roots of sums of the diagonal, signs from the
-    /// differences across it. It is not normalised afterwards.
+    /// The quaternion of a rotation matrix, w >= 0: w = sqrt(1 + R00 + R11 + R22) / 2, x = sqrt(1 + R00 - R11
+    /// - R22) / 2 and so on, a negative sum counting as 0, with the sign bits of R21 - R12, R02 - R20 and R10
+    /// - R01 (Bar-Itzhack's conversion by copied signs). It is not normalised afterwards. For half turns
+    /// these differences are 0, so no sign is negative: about an axis with components of both signs, as of
+    /// (-1 0 0; 0 0 -1; 0 -1 0), the quaternion is not that of the matrix.
     void setRotationMatrix(const Rotation& rotation);
     void setRotation(const Rotation& rotation) { setRotationMatrix(rotation); }
 
-    /// The rotation matrix of this quaternion divided by its norm; NaNs for the zero quaternion.
+    /// The rotation matrix of this quaternion divided by its norm: the homogeneous form of the
+    /// Euler-Rodrigues formula, times 1 / (x^2 + y^2 + z^2 + w^2). NaNs for the zero quaternion; squares of
+    /// components below 1e-19 or above 1e19 under- and overflow.
     Rotation getRotationMatrix() const;
     Rotation getRotation() const { return getRotationMatrix(); }
 
     /// Hamilton product: the rotation by `b`, then by this.
     Orientation operator*(const Orientation& b) const;
 
-    /// Divides by the Euclidean norm; a zero quaternion stays as it is.
+    /// Divides by the Euclidean norm; a zero quaternion stays as it is. The norm is taken in float:
+    /// components below 1e-23 count as zero, components above 1e19 give zeros.
     void normalise();
 };
 
@@ -65,5 +73,8 @@ inline Rotation Orientation::getRotationMatrix() const {
                              (-x * x - y * y + z * z + w * w) * n};
     return Matrix3f(values);
 }
+
+/// Writes "(ox, oy, oz, ow)", each number as the stream formats floats.
+std::ostream& operator<<(std::ostream& stream, const Orientation& orientation);
 
 }  // namespace vela

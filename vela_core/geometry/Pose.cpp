@@ -1,6 +1,8 @@
 #include "vela_core/geometry/Pose.hpp"
 
 #include <algorithm>
+#include <iterator>
+#include <ostream>
 
 namespace vela {
 
@@ -27,6 +29,11 @@ Pose::Pose(const Transform& transform_, unsigned long long timestamp_, int confi
 Pose::~Pose() {
     transform.setIdentity();
     valid = false;
+}
+
+std::ostream& operator<<(std::ostream& stream, const Pose& pose) {
+    return stream << pose.transform << " at " << pose.timestamp << " ns, confidence " << pose.confidence
+                  << (pose.valid ? ", valid" : ", not valid");
 }
 
 }  // namespace vela

@@ -12,6 +12,7 @@ class Translation;
 class Rotation : public Matrix3f {
 public:
     Rotation() = default;
+    /// Takes the nine numbers as they are.
     Rotation(const Matrix3f& matrix) : Matrix3f(matrix) {}
     /// `setOrientation(orientation)`.
     Rotation(const Orientation& orientation);
@@ -20,6 +21,7 @@ public:
 
     /// The rotation vector: direction of the axis, norm of the angle in radians (OpenCV's `cv::Rodrigues`).
     Vector3<float> getRotationVector() const;
+    /// The rotation by the vector's norm, in radians, about its direction.
     void setRotationVector(const Vector3<float>& vector);
 
     /// The quaternion of this rotation, x, y, z, w.
@@ -28,8 +30,11 @@ public:
     void setOrientation(const Orientation& orientation);
 
     /// Angles (rx, ry, rz) about X, Y and Z with R = Ry(ry) Rz(rz) Rx(rx), in radians, or in degrees when
-    /// `radian` is false. Near rz = +-90 degrees, where only ry -+ rx is known, rx is 0.
+    /// `radian` is false. They are read from the quaternion (x, y, z, w): with test = x*y + z*w, half of
+    /// sin(rz), rz is asin(2 test). Where |test| exceeds 0.499, that is from 86.38 degrees on, only ry -+ rx
+    /// is known: rx is 0, rz is +-90 degrees, ry is +-2 atan2(x, w).
     Vector3<float> getEulerAngles(bool radian = true) const;
+    /// The rotation of such angles.
     void setEulerAngles(const Vector3<float>& angles, bool radian = true);
 };
 

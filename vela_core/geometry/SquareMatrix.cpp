@@ -5,6 +5,9 @@
 #include "vela_core/types/detail/text_format.hpp"
 #include "vela_core/utils/detail/number_text.hpp"
 
+#include <ostream>
+#include <string>
+
 namespace vela {
 
 template <class Derived, int N>
@@ -18,7 +21,18 @@ String SquareMatrix<Derived, N>::getInfos() const {
     return text;
 }
 
+template <class Derived, int N>
+std::ostream& operator<<(std::ostream& stream, const SquareMatrix<Derived, N>& matrix) {
+    for (int i = 0; i < N * N; ++i) {
+        const char* const separator = i == 0 ? "[" : i % N == 0 ? "; " : " ";
+        stream << separator << matrix.m[i];
+    }
+    return stream << ']';
+}
+
 template class SquareMatrix<Matrix3f, 3>;
 template class SquareMatrix<Matrix4f, 4>;
+template std::ostream& operator<<(std::ostream&, const SquareMatrix<Matrix3f, 3>&);
+template std::ostream& operator<<(std::ostream&, const SquareMatrix<Matrix4f, 4>&);
 
 }  // namespace vela

@@ -3,6 +3,8 @@
 #include "vela_core/types/String.hpp"
 
 #include <algorithm>
+#include <cstring>
+#include <iosfwd>
 #include <utility>
 
 namespace vela {
@@ -16,16 +18,20 @@ public:
     float m[N * N];  ///< element (row i, column j) is m[N * i + j]
     String label;    ///< used by `getInfos` only
 
-    /// The identity.
+    /// The identity, without a label.
     SquareMatrix() { setIdentity(); }
     /// Copies N * N values, row-major.
-    explicit SquareMatrix(const float* values) { std::copy_n(values, N * N, m); }
-    SquareMatrix(const SquareMatrix& other) : SquareMatrix(other.m) {}
+    explicit SquareMatrix(const float* values) { std::memcpy(m, values, sizeof m); }
+    SquareMatrix(const SquareMatrix& other) { std::memcpy(m, other.m, sizeof m); }
     SquareMatrix& operator=(const SquareMatrix& other) {
-        if (this != &other) std::copy_n(other.m, N * N, m);
+        // An array of its own size, so that compilers need no call; std::copy_n ends in memmove.
+        if (this != &other) std::memcpy(m, other.m, sizeof m);
         return *this;
     }
 
+    /// @name Fixed values
+    /// The setters keep the label; the functions make matrices without one.
+    /// @{
     void setIdentity() {
         setZeros();
         for (int i = 0; i < N; ++i) {
@@ -39,11 +45,13 @@ public:
         result.setZeros();
         return result;
     }
+    /// @}
 
     /// Element (row, col); no bounds check.
     float& operator()(int row, int col) { return m[N * row + col]; }
     const float& operator()(int row, int col) const { return m[N * row + col]; }
 
+    /// Swaps element (i, j) with element (j, i).
     void transpose() {
         for (int i = 0; i < N; ++i) {
             for (int j = i + 1; j < N; ++j) {
@@ -51,6 +59,7 @@ public:
             }
         }
     }
+    /// A transposed copy.
     static Derived transpose(const Derived& matrix) {
         Derived result(matrix);
         result.transpose();
@@ -59,18 +68,19 @@ public:
 
     /// This times b.
     Derived operator*(const Derived& b) const {
-        float product[N * N];
+        float product[N * N];  // apart from operands, for all that compilers know of the result
         for (int i = 0; i < N; ++i) {
+            const float* const row = m + N * i;
             for (int j = 0; j < N; ++j) {
-                float sum = m[N * i] * b.m[j];
-                for (int k = 1; k < N; ++k) {
-                    sum += m[N * i + k] * b.m[N * k + j];
-                }
+                // Spelt out: at -O2 compilers leave a loop over three terms alone.
+                float sum = row[0] * b.m[j] + row[1] * b.m[N + j] + row[2] * b.m[2 * N + j];
+                if constexpr (N == 4) sum += row[3] * b.m[3 * N + j];
                 product[N * i + j] = sum;
             }
         }
         return Derived(product);
     }
+    /// Every element times the factor.
     Derived operator*(const float& factor) const {
         return elementwise([=](float a) { return a * factor; });
     }
@@ -78,12 +88,15 @@ public:
     Derived operator+(const float& summand) const {
         return elementwise([=](float a) { return a + summand; });
     }
+    /// The subtrahend is taken from every element.
     Derived operator-(const float& subtrahend) const {
         return elementwise([=](float a) { return a - subtrahend; });
     }
+    /// Sum, element by element.
     Derived operator+(const Derived& b) const {
         return elementwise(b, [](float x, float y) { return x + y; });
     }
+    /// Difference, element by element.
     Derived operator-(const Derived& b) const {
         return elementwise(b, [](float x, float y) { return x - y; });
     }
@@ -92,7 +105,8 @@ public:
     friend bool operator==(const Derived& a, const Derived& b) { return std::equal(a.m, a.m + N * N, b.m); }
     friend bool operator!=(const Derived& a, const Derived& b) { return !(a == b); }
 
-    /// The label, or without one the object's address, on a line; then a line for each row, as by "%f".
+    /// The label, or without one the object's address, on a line; then a line for each row, as by "%f" with a
+    /// point in every locale.
     String getInfos() const;
 
 private:
@@ -109,5 +123,9 @@ private:
         return Derived(result);
     }
 };
+
+/// Writes the rows one after the other, each number as the stream formats floats: "[1 0 0; 0 1 0; 0 0 1]".
+template <class Derived, int N>
+std::ostream& operator<<(std::ostream& stream, const SquareMatrix<Derived, N>& matrix);
 
 }  // namespace vela

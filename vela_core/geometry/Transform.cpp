@@ -10,6 +10,11 @@ Transform::Transform(const Rotation& rotation, const Translation& translation) {
 Transform::Transform(const Orientation& orientation, const Translation& translation)
     : Transform(orientation.getRotation(), translation) {}
 
+Vector3<float> Transform::operator*(const Vector3<float>& p) const {
+    return {m[0] * p.x + m[1] * p.y + m[2] * p.z + m[3], m[4] * p.x + m[5] * p.y + m[6] * p.z + m[7],
+            m[8] * p.x + m[9] * p.y + m[10] * p.z + m[11]};
+}
+
 void Transform::setRotationMatrix(const Rotation& rotation) {
     setSubMatrix3f(rotation, 0, 0);
 }

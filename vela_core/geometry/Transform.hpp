@@ -13,9 +13,16 @@ class Transform : public Matrix4f {
 public:
     Transform() = default;
     Transform(const Matrix4f& matrix) : Matrix4f(matrix) {}
+    /// Row 3 is (0, 0, 0, 1).
     Transform(const Rotation& rotation, const Translation& translation);
     Transform(const Orientation& orientation, const Translation& translation);
 
+    using Matrix4f::operator*;
+    /// The point moved by this transform: rotation times point, plus translation. Row 3 is not looked at.
+    Vector3<float> operator*(const Vector3<float>& point) const;
+
+    /// @name Parts
+    /// @{
     void setRotationMatrix(const Rotation& rotation);
     void setRotation(const Rotation& rotation) { setRotationMatrix(rotation); }
     Rotation getRotationMatrix() const;
@@ -34,6 +41,7 @@ public:
     /// As `Rotation::getEulerAngles` and `setEulerAngles`.
     Vector3<float> getEulerAngles(bool radian = true) const;
     void setEulerAngles(const Vector3<float>& angles, bool radian = true);
+    /// @}
 };
 
 }  // namespace vela

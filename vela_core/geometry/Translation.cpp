@@ -3,6 +3,7 @@
 #include "vela_core/geometry/Orientation.hpp"
 
 #include <cmath>
+#include <ostream>
 
 namespace vela {
 
@@ -25,6 +26,10 @@ Translation Translation::operator*(const Orientation& q) const {
     return {tx * (w * w + x * x - y * y - z * z) + 2 * ty * (x * y - w * z) + 2 * tz * (x * z + w * y),
             ty * (w * w - x * x + y * y - z * z) + 2 * tx * (x * y + w * z) + 2 * tz * (y * z - w * x),
             tz * (w * w - x * x - y * y + z * z) + 2 * tx * (x * z - w * y) + 2 * ty * (y * z + w * x)};
+}
+
+std::ostream& operator<<(std::ostream& stream, const Translation& t) {
+    return stream << '(' << t.tx << ", " << t.ty << ", " << t.tz << ')';
 }
 
 }  // namespace vela

@@ -2,6 +2,8 @@
 
 #include "vela_core/types/Vector.hpp"
 
+#include <iosfwd>
+
 namespace vela {
 
 class Orientation;
@@ -21,12 +23,18 @@ public:
     float& operator()(int i) { return i == 0 ? tx : i == 1 ? ty : tz; }
     const float& operator()(int i) const { return i == 0 ? tx : i == 1 ? ty : tz; }
 
-    /// Divides by the Euclidean norm; a zero translation stays as it is.
+    /// Divides by the Euclidean norm; a zero translation stays as it is. The norm is taken in float:
+    /// components below 1e-23 count as zero, components above 1e19 give zeros.
     void normalize();
+    /// A normalised copy.
     static Translation normalize(const Translation& translation);
 
-    /// This translation rotated by q: v' = q v q*. A q that is not of unit length scales by its squared norm.
+    /// This translation rotated by q: v' = q v q*, the Hamilton products written out. A q that is not of unit
+    /// length scales by its squared norm.
     Translation operator*(const Orientation& q) const;
 };
+
+/// Writes "(tx, ty, tz)", each number as the stream formats floats.
+std::ostream& operator<<(std::ostream& stream, const Translation& translation);
 
 }  // namespace vela

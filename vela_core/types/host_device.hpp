@@ -13,3 +13,10 @@
 #else
 #define VELA_RARE_LOOP
 #endif
+
+/// Loads a float that no kernel writes while this one runs.
+#ifdef __CUDA_ARCH__
+#define VELA_LOAD_CONSTANT(address) __ldg(address)
+#else
+#define VELA_LOAD_CONSTANT(address) (*(address))
+#endif

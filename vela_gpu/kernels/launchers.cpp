@@ -1,8 +1,6 @@
 #include "vela_gpu/kernels/detail/pixel_tiles.hpp"
 #include "vela_gpu/software/detail/StandIn.hpp"
 
-#include <cstring>
-
 namespace vela {
 namespace {
 
@@ -15,7 +13,19 @@ PixelView<T> reach(const StandIn& device, PixelView<T> rows) {
     return rows;
 }
 
-/// Points a walker to memory that this process can reach; false if some of it cannot.
+/// Points an operation to memory that this process can reach; false if it cannot.
+template <class Op>
+bool reachMatrix(const StandIn& /*device*/, const Op& /*op*/) {
+    return true;
+}
+
+template <class Op>
+bool reachMatrix(const StandIn& device, MatrixInMemory<Op>& op) {
+    op.matrix = device.kernelAddress(op.matrix, sizeof(Op));
+    return op.matrix != nullptr;
+}
+
+/// The same for a walker.
 template <class T>
 bool reach(const StandIn& device, FillTiles<T>& walker) {
     walker.rows = reach(device, walker.rows);
@@ -26,7 +36,8 @@ template <class From, class To, class Op>
 bool reach(const StandIn& device, MapRows<From, To, Op>& walker) {
     walker.source = reach(device, walker.source);
     walker.destination = reach(device, walker.destination);
-    return walker.source.data != nullptr && walker.destination.data != nullptr;
+    return walker.source.data != nullptr && walker.destination.data != nullptr &&
+           reachMatrix(device, walker.op);
 }
 
 template <class Visit>
@@ -44,9 +55,10 @@ void walkTile(const Walker& walker, std::size_t tile, std::size_t y) {
 template <class From, class To, class Op>
 void walkTile(const ExchangingMapTiles<From, To, Op>& walker, std::size_t tile, std::size_t y) {
     Word shared[TILE_WORDS<From>] = {};
+    const auto op = fetched(walker.op);
     forEachLane([&](unsigned lane) { walker.load(tile, y, lane, shared); });
-    forEachLane([&](unsigned lane) { walker.map(lane, shared); });
-    forEachLane([&](unsigned lane) { walker.store(tile, y, lane, shared); });
+    forEachLane([&](unsigned lane) { walker.map(op, lane, shared); });
+    forEachLane([&](unsigned lane) { walker.store(op, tile, y, lane, shared); });
 }
 
 template <class Walker>
@@ -70,17 +82,6 @@ void launch(cudaStream_t stream, Kernel kernel) {
 template <class Walker>
 void launchTiles(const Walker& walker, cudaStream_t stream) {
     launch(stream, [=](const StandIn& device) { return walk(device, walker); });
-}
-
-template <class Walker>
-void launchTilesByMatrix(Walker walker, const float* matrix) {
-    launch(nullptr, [=](const StandIn& device) {
-        const float* const values = device.kernelAddress(matrix, sizeof walker.op.k);
-        if (values == nullptr) return cudaErrorIllegalAddress;
-        Walker withMatrix(walker);
-        std::memcpy(withMatrix.op.k, values, sizeof withMatrix.op.k);
-        return walk(device, withMatrix);
-    });
 }
 
 }  // namespace

@@ -37,24 +37,16 @@ __device__ void walk(const ExchangingMapTiles<From, To, Op>& walker) {
     __shared__ Word shared[BLOCK_WARPS][TILE_WORDS<From>];
     Word* const words = shared[threadIdx.y * (blockDim.x / LANES) + threadIdx.x / LANES];
     forEachTile(walker, [&](std::size_t tile, std::size_t y, unsigned int lane) {
-        walker.load(tile, y, lane, words);
+        const auto op = walker.load(tile, y, lane, words);
         __syncwarp();
-        walker.map(lane, words);
+        walker.map(op, lane, words);
         __syncwarp();
-        walker.store(tile, y, lane, words);  // reads what this lane loads next: no third barrier
+        walker.store(op, tile, y, lane, words);  // reads what this lane loads next: no third barrier
     });
 }
 
 template <class Walker>
 __global__ void __launch_bounds__(BLOCK_THREADS) tileKernel(const __grid_constant__ Walker walker) {
-    walk(walker);
-}
-
-template <class Walker>
-__global__ void __launch_bounds__(BLOCK_THREADS) tileByMatrixKernel(Walker walker, const float* matrix) {
-    for (unsigned int i = 0; i < sizeof walker.op.k / sizeof *walker.op.k; ++i) {
-        walker.op.k[i] = __ldg(matrix + i);
-    }
     walk(walker);
 }
 
@@ -79,12 +71,6 @@ template <class Walker>
 void launchTiles(const Walker& walker, cudaStream_t stream) {
     const Shape shape(walker.tilesPerRow(), walker.height());
     tileKernel<<<shape.grid, shape.block, 0, stream>>>(walker);
-}
-
-template <class Walker>
-void launchTilesByMatrix(const Walker& walker, const float* matrix) {
-    const Shape shape(walker.tilesPerRow(), walker.height());
-    tileByMatrixKernel<<<shape.grid, shape.block>>>(walker, matrix);
 }
 
 }  // namespace

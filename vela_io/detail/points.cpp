@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_io/detail/points.hpp"
 
-#include "vela_core/geometry/conversion.hpp"
+#include "vela_core/geometry/frames.hpp"
+#include "vela_core/geometry/units.hpp"
 #include "vela_io/detail/mats.hpp"
 
 #include <algorithm>

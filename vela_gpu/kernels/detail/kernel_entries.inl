@@ -1,9 +1,5 @@
-// The kernels of kernels.hpp by way of two functions that each backend defines in its one launcher source,
-// which includes this file at its end; nobody else does:
-//
-//     launchTiles(walker, stream)              the walker's tiles, by every lane
-//     launchTilesByMatrix(walker, matrix)      the same with an operation of a matrix in device memory
-//                                              instead of the walker's, on the null stream
+// Implements kernels.hpp on one function: `launchTiles(walker, stream)` calls the walker for all of its
+// tiles, by every lane. Each backend's launcher source defines it and then includes this file.
 
 #include "vela_gpu/kernels.hpp"
 #include "vela_gpu/kernels/detail/PixelView.hpp"
@@ -70,14 +66,14 @@ void cu_applyMat3f(Vector3<float>* data, float* matrix, unsigned int stepElement
                    unsigned int height) {
     const PixelView rows = elementView(data, stepElements, width, height);
     if (rows.empty() || matrix == nullptr) return;
-    launchTilesByMatrix(ExchangingMapTiles(rows, rows, ApplyMatrix3{}), matrix);
+    launchTiles(ExchangingMapTiles(rows, rows, MatrixInMemory<ApplyMatrix3>{matrix}), nullptr);
 }
 
 void cu_applyMat4f(Vector4<float>* data, float* matrix, unsigned int stepElements, unsigned int width,
                    unsigned int height) {
     const PixelView rows = elementView(data, stepElements, width, height);
     if (rows.empty() || matrix == nullptr) return;
-    launchTilesByMatrix(MapTiles(rows, rows, ApplyMatrix4{}), matrix);
+    launchTiles(MapTiles(rows, rows, MatrixInMemory<ApplyMatrix4>{matrix}), nullptr);
 }
 
 }  // namespace vela

@@ -49,6 +49,31 @@ struct ApplyMatrix4 {
     }
 };
 
+/// An operation of a matrix that lies in device memory. Kernels call `fetched` once a tile, after they asked
+/// for its pixels, so that they wait for both together.
+template <class Op>
+struct MatrixInMemory {
+    const float* matrix;
+
+    VELA_HOST_DEVICE Op fetched() const {
+        Op op;
+        for (unsigned i = 0; i < sizeof op.k / sizeof *op.k; ++i) {
+            op.k[i] = VELA_LOAD_CONSTANT(matrix + i);
+        }
+        return op;
+    }
+};
+
+/// What a lane applies to its pixels.
+template <class Op>
+VELA_HOST_DEVICE const Op& fetched(const Op& op) {
+    return op;
+}
+template <class Op>
+VELA_HOST_DEVICE Op fetched(const MatrixInMemory<Op>& op) {
+    return op.fetched();
+}
+
 /// Every channel less 128, as a signed byte. Plain `char` has the same bits, whatever its sign here.
 struct ToSigned {
     VELA_HOST_DEVICE Vector4<char> operator()(Vector4<unsigned char> p) const {

@@ -2,6 +2,7 @@
 
 #include "vela_core/types/host_device.hpp"
 #include "vela_gpu/kernels/detail/PixelView.hpp"
+#include "vela_gpu/kernels/detail/pixel_ops.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -16,6 +17,7 @@ namespace vela {
 // so that the warp always touches neighbouring words, and each lane has several of them under way at once.
 // Three-byte and three-float pixels fill three words in turn and travel in words as well. The pixels at the
 // end of a row that fill no words, and rows that do not lie on words, go one by one; padding is not touched.
+// What an operation needs from memory itself is fetched once its pixels are on the way (pixel_ops.hpp).
 // Both backends call these functors, one with threads and one with loops.
 
 /// What a lane loads or stores at once.
@@ -123,22 +125,25 @@ struct MapRows {
     VELA_HOST_DEVICE std::size_t tilesPerRow() const { return vela::tilesPerRow(source); }
     VELA_HOST_DEVICE std::size_t height() const { return source.height; }
 
-    /// Applies the operation to the pixels of a run.
-    VELA_HOST_DEVICE void mapRun(Word* run) const {
+    /// Applies the fetched operation to the pixels of a run.
+    template <class Fetched>
+    VELA_HOST_DEVICE static void mapRun(const Fetched& apply, Word* run) {
         From before[RUN_PIXELS<From>];
         To after[RUN_PIXELS<To>];
         std::memcpy(static_cast<void*>(before), run, sizeof before);
         for (unsigned i = 0; i < RUN_PIXELS<To>; ++i) {
-            after[i] = op(before[i]);
+            after[i] = apply(before[i]);
         }
         std::memcpy(run, after, sizeof after);
     }
 
     /// Treats the pixels of a tile that lie in no words.
-    VELA_HOST_DEVICE void mapRest(const Tile<From>& from, const Tile<To>& to, unsigned lane) const {
+    template <class Fetched>
+    VELA_HOST_DEVICE static void mapRest(const Fetched& apply, const Tile<From>& from, const Tile<To>& to,
+                                         unsigned lane) {
         VELA_RARE_LOOP
         for (unsigned i = from.pixelsInWords() + lane; i < from.count; i += LANES) {
-            to.pixels[i] = op(from.pixels[i]);
+            to.pixels[i] = apply(from.pixels[i]);
         }
     }
 };
@@ -152,16 +157,17 @@ struct MapTiles : MapRows<From, To, Op> {
     VELA_HOST_DEVICE void operator()(std::size_t index, std::size_t y, unsigned lane) const {
         const Tile<From> from(this->source, this->onWords, index, y);
         const Tile<To> to(this->destination, this->onWords, index, y);
-        Word words[LANE_WORDS<From>];
+        Word words[LANE_WORDS<From>] = {};
         for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
             if (lane + i * LANES < from.words) words[i] = from.word(lane + i * LANES);
         }
+        const auto& apply = fetched(this->op);
         for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
             if (lane + i * LANES >= from.words) continue;
-            this->mapRun(&words[i]);
+            this->mapRun(apply, &words[i]);
             to.word(lane + i * LANES) = words[i];
         }
-        this->mapRest(from, to, lane);
+        this->mapRest(apply, from, to, lane);
     }
 };
 template <class From, class To, class Op>
@@ -174,33 +180,39 @@ struct ExchangingMapTiles : MapRows<From, To, Op> {
     static_assert(RUN_WORDS<From> == LANE_WORDS<From>, "a lane has one run");
     using MapRows<From, To, Op>::MapRows;
 
-    VELA_HOST_DEVICE void load(std::size_t index, std::size_t y, unsigned lane, Word* shared) const {
+    /// Returns the operation for the other two steps.
+    VELA_HOST_DEVICE auto load(std::size_t index, std::size_t y, unsigned lane, Word* shared) const {
         const Tile<From> from(this->source, this->onWords, index, y);
         Word words[LANE_WORDS<From>] = {};
         for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
             if (lane + i * LANES < from.words) words[i] = from.word(lane + i * LANES);
         }
+        const auto apply = fetched(this->op);
         for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
             shared[lane + i * LANES] = words[i];
         }
+        return apply;
     }
-    VELA_HOST_DEVICE void map(unsigned lane, Word* shared) const {
+    template <class Fetched>
+    VELA_HOST_DEVICE void map(const Fetched& apply, unsigned lane, Word* shared) const {
         Word run[RUN_WORDS<From>];
         for (unsigned i = 0; i < RUN_WORDS<From>; ++i) {
             run[i] = shared[lane * RUN_WORDS<From> + i];
         }
-        this->mapRun(run);
+        this->mapRun(apply, run);
         for (unsigned i = 0; i < RUN_WORDS<From>; ++i) {
             shared[lane * RUN_WORDS<From> + i] = run[i];
         }
     }
-    VELA_HOST_DEVICE void store(std::size_t index, std::size_t y, unsigned lane, const Word* shared) const {
+    template <class Fetched>
+    VELA_HOST_DEVICE void store(const Fetched& apply, std::size_t index, std::size_t y, unsigned lane,
+                                const Word* shared) const {
         const Tile<From> from(this->source, this->onWords, index, y);
         const Tile<To> to(this->destination, this->onWords, index, y);
         for (unsigned i = 0; i < LANE_WORDS<To>; ++i) {
             if (lane + i * LANES < to.words) to.word(lane + i * LANES) = shared[lane + i * LANES];
         }
-        this->mapRest(from, to, lane);
+        this->mapRest(apply, from, to, lane);
     }
 };
 template <class From, class To, class Op>
