@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+// Mat::read on arbitrary bytes: it answers SUCCESS with a consistent Mat or FAILURE with the old one, and
+// throws nothing.
+#include "vela_core/log/KLogger.hpp"
+#include "vela_core/vela.hpp"
+
+#include <quill/Logger.h>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+/// Ends the program where a promise is broken; the fuzzer keeps the input.
+void require(bool promise) {
+    if (!promise) std::abort();
+}
+
+/// A file in memory that has a path.
+std::string pathOf(const std::uint8_t* bytes, std::size_t size, int descriptor) {
+    require(ftruncate(descriptor, 0) == 0 &&
+            pwrite(descriptor, bytes, size, 0) == static_cast<ssize_t>(size));
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    static const int file = memfd_create("picture", 0);
+    vela::Mat mat(3, 2, vela::MAT_TYPE::MAT_8U_C1);
+    mat.name = "kept";
+    mat.setTo<unsigned char>(7);
+    const vela::ERROR_CODE result = mat.read(pathOf(bytes, size, file).c_str());
+    require(mat.isInit && mat.memoryOwner && mat.ptrCPU != nullptr && mat.ptrGPU == nullptr);
+    require(mat.stepBytesCPU == mat.width * mat.pixelBytes && mat.name == vela::String("kept"));
+    if (result == vela::ERROR_CODE::SUCCESS) {
+        require(mat.width * mat.height > 0);
+        volatile unsigned char last = mat.ptrCPU[mat.stepBytesCPU * mat.height - 1];
+        static_cast<void>(last);
+    } else {
+        require(result == vela::ERROR_CODE::FAILURE && mat.width == 3 && mat.height == 2 &&
+                mat.ptrCPU[5] == 7);
+    }
+    return 0;
+}
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    // Large pictures are refused: what a decoder does with gigabytes is not the question here.
+    setenv("OPENCV_IO_MAX_IMAGE_PIXELS", "16777216", 1);
+    vela::KLogger::get_instance().loggers.at(vela::LOGGER_NAME::CORE)->set_log_level(quill::LogLevel::None);
+    return 0;
+}
