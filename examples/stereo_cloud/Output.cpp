@@ -7,6 +7,7 @@
 #include <stdlib.h>
 
 #include <initializer_list>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -62,9 +63,9 @@ void Output::replace(const fs::path& name, const fs::path& earlier) const {
 
 void Output::publish() {
     const std::lock_guard<std::mutex> lock(mutex);
-    std::vector<fs::path> names;
+    std::set<fs::path> names;  // in this order
     for (const auto& entry : fs::directory_iterator(staging_)) {
-        names.push_back(entry.path().filename());
+        names.insert(entry.path().filename());
     }
     const fs::path earlier = staging_ / ".earlier";
     std::vector<fs::path> published;

@@ -156,14 +156,14 @@ TEST_F(StereoCloudTest, LeavesNothingHalfWrittenBehind) {
 
 TEST_F(StereoCloudTest, KeepsEarlierResultsWhenItFails) {
     const std::vector<std::string> earlier = {"cloud.pcd", "cloud.vtk", "cloud.xyz", "depth.pfm", "left.png"};
-    std::filesystem::create_directories(folder_ / "out/cloud.ply/in the way");
+    std::filesystem::create_directories(folder_ / "out/preview.png/in the way");
     for (const std::string& name : earlier)
         std::ofstream(folder_ / ("out/" + name)) << "earlier";
     EXPECT_EQ(run("--right @right.png --out @out"),
-              inFolder("1 stereo_cloud: cannot write '@out/cloud.ply'\n"));
+              inFolder("1 stereo_cloud: cannot write '@out/preview.png'\n"));
     for (const std::string& name : earlier)
         EXPECT_EQ(contentOf(folder_ / ("out/" + name)), "earlier");
-    std::filesystem::remove_all(folder_ / "out/cloud.ply");
+    std::filesystem::remove_all(folder_ / "out/preview.png");
     EXPECT_EQ(run("--right @right.png --out @out"), "0 ");
     for (const std::string& name : earlier)
         EXPECT_NE(contentOf(folder_ / ("out/" + name)), "earlier");
