@@ -1,0 +1,366 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "vela_io/pictures.hpp"
+#include "support/ScratchFolder.hpp"
+#include "vela_core/geometry/mat_conversion.hpp"
+#include "vela_io/pictures/scale.hpp"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <map>
+#include <opencv2/imgcodecs.hpp>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace vela::io {
+namespace {
+
+using test::ScratchFolder;
+constexpr float NAN_F = std::numeric_limits<float>::quiet_NaN();
+
+struct ColoredPoint {
+    float x, y, z;
+    cv::Vec3b color;  ///< red, green, blue
+};
+
+Mat cloudOf(const std::vector<ColoredPoint>& points) {
+    Mat cloud(points.size(), 1, MAT_TYPE::MAT_32F_C4);
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const float xyz[] = {points[i].x, points[i].y, points[i].z};
+        const unsigned char color[] = {points[i].color[0], points[i].color[1], points[i].color[2], 255};
+        std::memcpy(cloud.ptrCPU + 16 * i, xyz, sizeof xyz);
+        std::memcpy(cloud.ptrCPU + 16 * i + 12, color, sizeof color);
+    }
+    return cloud;
+}
+
+/// Blobs in the axes of a picture (x right, y down, z forward): four corners, and magenta in front of them.
+const std::map<std::string, ColoredPoint> BLOBS = {{"red", {-1, -1, 4, {255, 0, 0}}},
+                                                   {"green", {1, -1, 4, {0, 255, 0}}},
+                                                   {"blue", {1, 1, 4, {0, 0, 255}}},
+                                                   {"yellow", {-1, 1, 4, {255, 255, 0}}},
+                                                   {"magenta", {0, 0, 2, {255, 0, 255}}}};
+
+Mat blobs(COORDINATE_SYSTEM axes) {
+    std::mt19937 random(3);  // NOLINT(cert-msc51-cpp): the same every time
+    std::vector<ColoredPoint> points;
+    for (const auto& [name, centre] : BLOBS) {
+        for (int i = 0; i < 2000; ++i) {
+            const auto spread = [&] { return static_cast<float>(random() % 1000) / 5000 - 0.1F; };
+            points.push_back({centre.x + spread(), centre.y + spread(), centre.z + spread(), centre.color});
+        }
+    }
+    Mat cloud = cloudOf(points);
+    convertCoordinateSystem(cloud, COORDINATE_SYSTEM::IMAGE, axes, MEM::CPU);
+    return cloud;
+}
+
+/// Where the pixels of a colour are on average, and how many there are.
+struct Spot {
+    int x = 0, y = 0, count = 0;
+    bool operator==(const Spot& o) const { return x == o.x && y == o.y && count == o.count; }
+};
+std::map<std::string, Spot> spotsIn(const cv::Mat& picture, int from, int to) {
+    std::map<std::string, Spot> spots;
+    for (const auto& [name, blob] : BLOBS) {
+        Spot spot;
+        for (int y = 0; y < picture.rows; ++y) {
+            for (int x = from; x < to; ++x) {
+                const cv::Vec3b bgr = picture.at<cv::Vec3b>(y, x);
+                if (cv::Vec3b(bgr[2], bgr[1], bgr[0]) != blob.color) continue;
+                spot.x += x;
+                spot.y += y;
+                ++spot.count;
+            }
+        }
+        if (spot.count > 0) spots[name] = {spot.x / spot.count, spot.y / spot.count, spot.count};
+    }
+    return spots;
+}
+
+TEST(Ticks, AreRoundNumbersThatAllDiffer) {
+    const struct {
+        double low, high;
+        int count;
+        std::string text;
+    } rows[] = {{0, 1, 5, "0.0 0.2 0.4 0.6 0.8 1.0"},
+                {-3, 7, 5, "-2 0 2 4 6"},
+                {612, 1988, 5, "1000 1500"},
+                {0.0123, 0.0151, 4, "0.013 0.014 0.015"},
+                {-1, 1, 1, "0"},
+                {1e12, 3e12, 2, "1.000e+12 2.000e+12 3.000e+12"}};
+    for (const auto& row : rows) {
+        const detail::Ticks ticks({row.low, row.high}, row.count);
+        std::string text;
+        for (const double value : ticks.values)
+            text += (text.empty() ? "" : " ") + ticks.text(value);
+        EXPECT_EQ(text, row.text) << row.low << " to " << row.high;
+    }
+}
+
+TEST(DepthPreview, ShowsEachPixelInTheColourOfItsDepth) {
+    const ScratchFolder folder;
+    Mat depth(400, 300, MAT_TYPE::MAT_32F_C1);
+    for (std::size_t y = 0; y < 300; ++y) {
+        for (std::size_t x = 0; x < 400; ++x)
+            depth.setValue(x, y, 1000.F + static_cast<float>(x));
+    }
+    const float invalid[] = {NAN_F, std::numeric_limits<float>::infinity(), 0, -1};
+    for (std::size_t i = 0; i < 4; ++i) {
+        for (std::size_t y = 0; y < 20; ++y) {
+            for (std::size_t x = 0; x < 20; ++x)
+                depth.setValue(x + 20 * i, y, invalid[i]);
+        }
+    }
+    PreviewOptions options;
+    options.unit = UNIT::MILLIMETER;
+    options.width = 640;
+    options.height = 400;
+    const Result result = preview(depth, folder / "depth.png", options);
+    ASSERT_TRUE(result.ok()) << result.text.c_str();
+    EXPECT_EQ(result.points, 120000U);
+    EXPECT_EQ(result.dropped, 1600U);
+    EXPECT_EQ(result.written, 118400U);
+    EXPECT_EQ(result.bytes, std::filesystem::file_size(folder / "depth.png"));
+
+    // 12 pixels of margin; warm and light is near, cold and dark is far, and brightness falls all the way.
+    const cv::Mat picture = cv::imread(folder / "depth.png");
+    const auto brightness = [&](int x, int y) {
+        const cv::Vec3b bgr = picture.at<cv::Vec3b>(y + 12, x + 12);
+        return bgr[0] + bgr[1] + bgr[2];
+    };
+    for (int x = 12; x + 40 < 400; x += 40)
+        EXPECT_GT(brightness(x, 150), brightness(x + 40, 150)) << x;
+    EXPECT_GT(picture.at<cv::Vec3b>(162, 20)[2], picture.at<cv::Vec3b>(162, 20)[0]) << "near is red";
+    EXPECT_LT(picture.at<cv::Vec3b>(162, 405)[2], picture.at<cv::Vec3b>(162, 405)[0]) << "far is blue";
+    for (int i = 0; i < 4; ++i) {
+        std::set<int> hatched;
+        for (int x = 0; x < 20; ++x)
+            hatched.insert(brightness(20 * i + x, 10));
+        EXPECT_EQ(hatched.size(), 2U) << "two greys at " << i;
+    }
+    // The bar: as the depths, the near end at the bottom.
+    const int bar = picture.cols - 12 - 130;
+    EXPECT_GT(brightness(bar, 290), brightness(bar, 150));
+    EXPECT_GT(brightness(bar, 150), brightness(bar, 30));
+}
+
+TEST(DepthPreview, EnlargesAndThinsByWholeFactors) {
+    const ScratchFolder folder;
+    Mat small(4, 2, MAT_TYPE::MAT_US16_C1);
+    small.setTo<unsigned short>(500);
+    small.setValue<unsigned short>(3, 1, 0);
+    PreviewOptions options;
+    options.width = 600;
+    options.height = 400;
+    EXPECT_EQ(preview(small, folder / "small.png", options).dropped, 1U);
+    const cv::Mat picture = cv::imread(folder / "small.png");
+    EXPECT_LE(picture.cols, 600);
+    EXPECT_LE(picture.rows, 400);
+    EXPECT_EQ(picture.at<cv::Vec3b>(12, 12), picture.at<cv::Vec3b>(12 + 100, 12 + 100))
+        << "one pixel, enlarged";
+
+    Mat large(5000, 3000, MAT_TYPE::MAT_32F_C1);
+    large.setTo(1.F);
+    ASSERT_TRUE(preview(large, folder / "large.png", options).ok());
+    const cv::Mat thinned = cv::imread(folder / "large.png");
+    EXPECT_LE(thinned.cols, 600);
+    EXPECT_LE(thinned.rows, 400);
+}
+
+TEST(CloudPreview, PutsBlobsAtTheSamePixelsInEveryAxisConvention) {
+    const ScratchFolder folder;
+    PreviewOptions options;
+    options.views = {CLOUD_VIEW::FRONT, CLOUD_VIEW::TOP};
+    std::map<std::string, Spot> front;
+    std::map<std::string, Spot> top;
+    for (int axes = 0; axes <= 5; ++axes) {
+        options.axes = static_cast<COORDINATE_SYSTEM>(axes);
+        const Result result = preview(blobs(options.axes), folder / "cloud.png", options);
+        ASSERT_TRUE(result.ok()) << result.text.c_str();
+        const cv::Mat picture = cv::imread(folder / "cloud.png");
+        ASSERT_EQ(picture.size(), cv::Size(1280, 720));
+        const auto frontNow = spotsIn(picture, 0, 640);
+        const auto topNow = spotsIn(picture, 640, 1280);
+        if (axes == 0) {
+            front = frontNow;
+            top = topNow;
+        }
+        for (const auto& [name, blob] : BLOBS) {
+            EXPECT_NEAR(frontNow.at(name).x, front.at(name).x, 1) << name << axes;
+            EXPECT_NEAR(frontNow.at(name).y, front.at(name).y, 1) << name << axes;
+        }
+        EXPECT_NEAR(topNow.at("magenta").y, top.at("magenta").y, 1) << axes;
+    }
+    EXPECT_LT(front["red"].x, front["magenta"].x);
+    EXPECT_LT(front["red"].y, front["magenta"].y);
+    EXPECT_GT(front["blue"].x, front["magenta"].x);
+    EXPECT_GT(front["blue"].y, front["magenta"].y);
+    EXPECT_LT(front["yellow"].x, front["green"].x);
+    EXPECT_GT(front["yellow"].y, front["green"].y);
+    EXPECT_GT(top["magenta"].y, top["red"].y) << "nearer is lower, seen from above";
+    EXPECT_GT(top["red"].count, 3 * (top.count("yellow") ? top["yellow"].count : 0))
+        << "red lies above yellow";
+}
+
+TEST(CloudPreview, ShowsSidesAndCountsWhatIsNotSeen) {
+    const ScratchFolder folder;
+    const auto spots = [&](CLOUD_VIEW view) {
+        PreviewOptions options;
+        options.views = {view};
+        const Result result = preview(blobs(COORDINATE_SYSTEM::IMAGE), folder / "a.png", options);
+        EXPECT_TRUE(result.ok()) << result.text.c_str();
+        return spotsIn(cv::imread(folder / "a.png"), 0, 1280);
+    };
+    auto back = spots(CLOUD_VIEW::BACK);
+    EXPECT_GT(back["red"].x, back["green"].x);
+    auto left = spots(CLOUD_VIEW::LEFT);
+    EXPECT_GT(left["magenta"].x, left["red"].x) << "the camera side is on the right, seen from the left";
+    EXPECT_GT(left["red"].count, 3 * left["green"].count) << "red hides green";
+    auto right = spots(CLOUD_VIEW::RIGHT);
+    EXPECT_LT(right["magenta"].x, right["green"].x);
+
+    Mat cloud = cloudOf(std::vector<ColoredPoint>(1000, {0, 0, 1, {9, 9, 9}}));
+    cloud.setValue(0, 0, Vector4<float>(NAN_F, 0, 1, 0));
+    cloud.setValue(1, 0, Vector4<float>(3e38F, 0, 1, 0));
+    const Result result = preview(cloud, folder / "a.png");
+    EXPECT_EQ(result.points, 1000U);
+    EXPECT_EQ(result.dropped, 1U);
+    EXPECT_EQ(result.written, 998U) << "one is far outside";
+}
+
+TEST(Pictures, AreRefusedWithAReasonAndLeaveNoFile) {
+    const ScratchFolder folder;
+    const struct {
+        const char* text;
+        MAT_TYPE type;
+        std::function<void(PreviewOptions&)> change;
+    } rows[] = {
+        {"only depth maps and clouds can be drawn", MAT_TYPE::MAT_8U_C3, [](auto&) {}},
+        {"the size of a picture runs from 320 x 200 to 16384 x 16384", MAT_TYPE::MAT_32F_C3,
+         [](auto& o) { o.width = 319; }},
+        {"the size of a picture runs from 320 x 200 to 16384 x 16384", MAT_TYPE::MAT_32F_C1,
+         [](auto& o) { o.height = 16385; }},
+        {"one to four views can be drawn", MAT_TYPE::MAT_32F_C3, [](auto& o) { o.views.clear(); }},
+        {"no such view", MAT_TYPE::MAT_32F_C3, [](auto& o) { o.views = {static_cast<CLOUD_VIEW>(5)}; }},
+        {"the picture is too narrow for so many views", MAT_TYPE::MAT_32F_C3,
+         [](auto& o) { o.width = 320, o.views.resize(4); }},
+        {"no such axis convention", MAT_TYPE::MAT_32F_C3,
+         [](auto& o) { o.axes = static_cast<COORDINATE_SYSTEM>(6); }},
+        {"the nearest value must be below the farthest", MAT_TYPE::MAT_32F_C1,
+         [](auto& o) { o.nearest = o.farthest = 2.F; }}};
+    const std::string path = folder / "x.png";
+    for (const auto& row : rows) {
+        PreviewOptions options;
+        row.change(options);
+        Mat mat(4, 4, row.type);
+        const Result result = preview(mat, path, options);
+        EXPECT_FALSE(result.ok()) << row.text;
+        EXPECT_EQ(std::string(result.text.c_str()), path + ": " + row.text);
+    }
+    EXPECT_FALSE(preview(Mat(), path).ok());
+    EXPECT_FALSE(writeHtml(Mat(4, 4, MAT_TYPE::MAT_32F_C1), path).ok());
+    EXPECT_FALSE(writeHtml(Mat(), path).ok());
+    HtmlOptions html;
+    html.color = static_cast<COLOR_BY>(3);
+    EXPECT_FALSE(writeHtml(blobs(COORDINATE_SYSTEM::IMAGE), path, html).ok());
+    EXPECT_EQ(writeHtml(blobs(COORDINATE_SYSTEM::IMAGE), folder / "none/x.html").systemError, ENOENT);
+    EXPECT_EQ(folder.listing(), "");
+}
+
+/// What stands between two texts of a page.
+std::string between(const std::string& page, const std::string& before, const std::string& after) {
+    const std::size_t start = page.find(before) + before.size();
+    return page.substr(start, page.find(after, start) - start);
+}
+
+/// The points of a page, as its script unpacks them.
+std::vector<cv::Vec<int, 6>> pointsOf(const std::string& page) {
+    const std::string text = between(page, R"(<script id="points" type="text/plain">)", "</script>");
+    std::string packed;
+    std::uint32_t word = 0;
+    int bits = 0;
+    for (const char c : text) {
+        const std::size_t digit =
+            std::string("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/").find(c);
+        if (digit == std::string::npos) continue;
+        word = word << 6U | static_cast<std::uint32_t>(digit);
+        if ((bits += 6) < 8) continue;
+        bits -= 8;
+        packed += static_cast<char>(word >> static_cast<unsigned>(bits) & 255U);
+    }
+    std::vector<unsigned char> bytes(std::size_t{9} << 20U);
+    uLongf size = bytes.size();
+    EXPECT_EQ(uncompress(bytes.data(), &size, reinterpret_cast<const Bytef*>(packed.data()), packed.size()),
+              Z_OK);
+    const std::size_t count = std::stoul(between(page, R"("drawn":)", ","));
+    EXPECT_EQ(size, 9 * count);
+    std::vector<cv::Vec<int, 6>> points(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t k = 0; k < 6; ++k) {
+            const int before = i == 0 ? 0 : points[i - 1][static_cast<int>(k)];
+            const int step = k < 3 ? bytes[2 * k * count + i] + 256 * bytes[(2 * k + 1) * count + i]
+                                   : bytes[(3 + k) * count + i];
+            points[i][static_cast<int>(k)] = (before + step) % (k < 3 ? 65536 : 256);
+        }
+    }
+    return points;
+}
+
+TEST(WriteHtml, HoldsEachPointToASixteenthBit) {
+    const ScratchFolder folder;
+    Mat cloud = cloudOf(
+        {{-2, 5, 1, {1, 2, 3}}, {NAN_F, 0, 0, {9, 9, 9}}, {2, 5, 1.5F, {250, 0, 7}}, {1, 5, 3, {4, 5, 6}}});
+    HtmlOptions options;
+    options.unit = UNIT::METER;
+    options.title = "a </script> & \"b\"\\";
+    const Result result = writeHtml(cloud, folder / "c.html", options);
+    ASSERT_TRUE(result.ok()) << result.text.c_str();
+    EXPECT_EQ(result.points, 4U);
+    EXPECT_EQ(result.written, 3U);
+    EXPECT_EQ(result.dropped, 1U);
+    const std::string page = test::contentOf(folder / "c.html");
+    EXPECT_EQ(result.bytes, page.size());
+    const std::vector<cv::Vec<int, 6>> expected = {
+        {0, 0, 0, 1, 2, 3}, {65535, 0, 16384, 250, 0, 7}, {49151, 0, 65535, 4, 5, 6}};
+    EXPECT_EQ(pointsOf(page), expected);
+    EXPECT_NE(page.find(R"("low":[-2,5,1],"high":[2,5,3])"), std::string::npos);
+    EXPECT_NE(page.find("default-src 'none'"), std::string::npos);
+    EXPECT_EQ(between(page, "<title>", "</title>"), "a &lt;/script> &amp; \"b\"\\");
+    EXPECT_EQ(between(page, R"({"text":)", ",\"unit\""),
+              R"("a \u003c/script> \u0026 \u0022b\u0022\u005c\u000a3 points, 1 invalid")");
+    EXPECT_EQ(page.find("%META%"), std::string::npos);
+    EXPECT_EQ(page.find("http"), page.find("http-equiv")) << "nothing is fetched";
+}
+
+TEST(WriteHtml, ChoosesAmongTooManyPointsAndStaysWithinTenMegabytes) {
+    const ScratchFolder folder;
+    Mat noise(1000, 900, MAT_TYPE::MAT_32F_C4);  // nothing compresses worse
+    std::mt19937 random(5);                      // NOLINT(cert-msc51-cpp): the same every time
+    for (std::size_t i = 0; i < 900000; ++i) {
+        const float point[] = {static_cast<float>(random()), static_cast<float>(random()),
+                               static_cast<float>(random())};
+        const auto color = static_cast<std::uint32_t>(random());
+        std::memcpy(noise.ptrCPU + 16 * i, point, sizeof point);
+        std::memcpy(noise.ptrCPU + 16 * i + 12, &color, sizeof color);
+    }
+    HtmlOptions options;
+    options.maxPoints = 800000;
+    const Result result = writeHtml(noise, folder / "n.html", options);
+    EXPECT_EQ(result.written, 800000U);
+    EXPECT_LE(result.bytes, 10'000'000U);
+    const auto points = pointsOf(test::contentOf(folder / "n.html"));
+    double sum = 0;
+    for (const auto& point : points)
+        sum += point[0];
+    EXPECT_NEAR(sum / 800000, 32767, 200) << "no part of the cloud is preferred";
+
+    EXPECT_EQ(writeHtml(cloudOf({{NAN_F, 0, 0, {0, 0, 0}}}), folder / "e.html").written, 0U);
+}
+
+}  // namespace
+}  // namespace vela::io

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "vela_io/io.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+// Pictures of clouds and depth maps, made without a window, OpenGL or OpenCV.
+
+namespace vela::io {
+
+/// What the colours of points mean.
+enum class COLOR_BY : std::int32_t {
+    RGB = 0,     ///< the packed colour of `MAT_32F_C4` clouds
+    DEPTH = 1,   ///< distance along the forward axis
+    HEIGHT = 2,  ///< distance along the up axis
+};
+
+/// The side that a cloud is seen from, in parallel projection; forward is where the camera looked.
+enum class CLOUD_VIEW : std::int32_t {
+    FRONT = 0,  ///< as the camera saw it
+    TOP = 1,    ///< from above, forward is up in the picture
+    LEFT = 2,
+    RIGHT = 3,
+    BACK = 4,
+};
+
+/// How `preview` draws.
+struct PreviewOptions {
+    /// Of the picture of a cloud, in pixels; of depth maps the most: they are shown pixel by pixel, enlarged
+    /// by a whole factor where they are small, every nth pixel where they are too large. At least 320 x 200.
+    std::size_t width = 1280;
+    std::size_t height = 720;
+    std::optional<UNIT> unit;                                           ///< of the Mat, for the labels
+    COORDINATE_SYSTEM axes = COORDINATE_SYSTEM::IMAGE;                  ///< of the cloud
+    std::vector<CLOUD_VIEW> views{CLOUD_VIEW::FRONT, CLOUD_VIEW::TOP};  ///< one to four, side by side
+    /// By the packed colour where the Mat has four channels, else by depth, if not given.
+    std::optional<COLOR_BY> color;
+    /// Values at the ends of the colour bar; the 2nd and 98th percentile, if not given.
+    std::optional<float> nearest;
+    std::optional<float> farthest;
+    Progress progress;
+};
+
+/// Draws a depth map (`MAT_32F_C1` or `MAT_US16_C1`) or a cloud (`MAT_32F_C3` or `C4`) as a PNG file.
+///
+/// A depth map is shown in colours beside a bar with ticks; pixels without a depth (0, negative, not finite)
+/// are hatched. A cloud is drawn once per view at the largest scale that shows 99 % of it along each axis,
+/// with axes in the cloud's own coordinates and nearer points before farther ones. `Result::points` counts
+/// all pixels or points, `written` those that are seen, `dropped` those without a depth or not finite.
+VELA_IO_API Result preview(const Mat& mat, const String& path, const PreviewOptions& options = {});
+
+/// How `writeHtml` writes.
+struct HtmlOptions {
+    std::optional<UNIT> unit;                           ///< of the cloud, for the labels
+    COORDINATE_SYSTEM axes = COORDINATE_SYSTEM::IMAGE;  ///< of the cloud
+    std::optional<COLOR_BY> color;                      ///< shown first; as in `PreviewOptions`, if not given
+    std::size_t maxPoints = 2'000'000;                  ///< of more, as many are chosen at random
+    String title = "Point cloud";
+    Progress progress;
+};
+
+/// Writes a cloud (`MAT_32F_C3` or `C4`) as one HTML page that shows it: orbit, pan, zoom, point size, colour
+/// by RGB, depth or height, axes, a scale bar, and the coordinates of a clicked point, by mouse, touch and
+/// keyboard.
+///
+/// The page needs WebGL 2, fetches nothing and works from a local file. Coordinates are rounded to 1/65535 of
+/// the extent of their axis; points that are not finite are left out. `#yaw=30&pitch=10&zoom=2&size=3` behind
+/// its address opens it on a view (degrees, factor, pixels); `color=depth` and `pick=0.5,0.5`, a place as
+/// shares of the window, may follow. The counts are those of `preview`.
+VELA_IO_API Result writeHtml(const Mat& cloud, const String& path, const HtmlOptions& options = {});
+
+}  // namespace vela::io
