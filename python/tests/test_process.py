@@ -3,6 +3,7 @@
 
 import subprocess
 import sys
+from pathlib import Path
 
 import pytest
 
@@ -36,6 +37,16 @@ def test_forks_end(run_program, order, end):
 def test_other_threads_run_meanwhile(run_program):
     ticks, seconds = map(float, run_program("gil.py").split())
     assert ticks > 20 * seconds, "a thread that ticks 200 times a second where it may"
+
+
+def test_tour(tmp_path):
+    program = Path(__file__).parents[2] / "examples" / "python" / "tour.py"
+    done = subprocess.run([sys.executable, str(program), str(tmp_path)], capture_output=True, text=True, timeout=60)
+    assert done.stdout.splitlines() == [
+        "75600 of 76800 points written, 1200 without a depth",
+        "read back in MILLIMETER: the same points",
+        "tour.ply", "tour_depth.png", "tour_top.png",
+    ], done.stderr  # fmt: skip
 
 
 @pytest.mark.parametrize("method", ["spawn", "fork"])

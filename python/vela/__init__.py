@@ -64,5 +64,6 @@ from ._core import (
     to_verbose as to_verbose,
     version as __version__,
 )
+from . import io as io
 from ._errors import Error as Error
 from ._records import Objects as Objects

@@ -1,0 +1,176 @@
+# SPDX-License-Identifier: Apache-2.0
+"""vela.io: that every option arrives where it belongs, and how failures look."""
+
+import errno
+import os
+import threading
+from pathlib import Path
+
+import numpy as np
+import pytest
+import vela
+from vela import COORDINATE_SYSTEM as AXES
+from vela import MAT_TYPE, UNIT, Mat, io
+
+POINTS = np.arange(24, dtype=np.float32).reshape(2, 4, 3) + 0.5
+COLORS = (np.arange(32) * 7).astype(np.uint8).reshape(2, 4, 4)
+
+
+@pytest.fixture
+def cloud():
+    points = POINTS.copy()
+    points[1, 2] = np.nan
+    return Mat.from_points(points, COLORS)
+
+
+def lines(path):
+    return path.read_text().splitlines()
+
+
+class TestClouds:
+    @pytest.mark.parametrize("encoding", [io.ENCODING.ASCII, io.ENCODING.BINARY])
+    @pytest.mark.parametrize("format", io.CLOUD_FILE)
+    def test_round_trip(self, tmp_path, cloud, format, encoding):
+        if (format, encoding) == (io.CLOUD_FILE.XYZ, io.ENCODING.BINARY):
+            pytest.skip("XYZ is text")
+        path = tmp_path / "cloud"
+        result = io.write_cloud(cloud, path, format=format, encoding=encoding)
+        assert (result.points, result.written, result.dropped, result.bytes) == (8, 7, 1, path.stat().st_size)
+        read, info = io.read_cloud(path)
+        assert (info.format, info.encoding, info.points, info.invalid) == (format, encoding, 7, 0)
+        keep = cloud.valid
+        assert np.array_equal(read.xyz[0], POINTS[keep]) and info.normals is None
+        if info.has_color:
+            assert np.array_equal(read.rgba[0, :, :3], COLORS[keep][:, :3])
+        header = io.inspect_cloud(os.fsencode(path).decode())
+        assert (header.format, header.encoding) == (format, encoding)
+
+    def test_options_of_writing(self, tmp_path, cloud):
+        path = tmp_path / "cloud.ply"
+        text = dict(encoding=io.ENCODING.ASCII)
+        io.write_cloud(cloud, path, color=False, **text)
+        assert "red" not in path.read_text()
+        io.write_cloud(cloud, path, alpha=True, **text)
+        assert "alpha" in path.read_text()
+        assert io.read_cloud(path)[0].rgba[0, 1].tolist() == COLORS[0, 1].tolist()
+        assert io.write_cloud(cloud, path, keep_grid=True).written == 8
+        grid, info = io.read_cloud(path)
+        assert grid.shape == (2, 4, 4) and info.invalid == 1 and np.isnan(grid.xyz[1, 2]).all()
+        normals = Mat.from_points(-POINTS)
+        io.write_cloud(cloud, path, normals=normals, unit=UNIT.METER, axes=AXES.IMAGE, sync=True)
+        read, info = io.read_cloud(path, normals=True)
+        assert np.array_equal(info.normals.xyz[0], -POINTS[cloud.valid]) and info.has_normals
+        assert (info.unit, info.axes) == (UNIT.METER, AXES.IMAGE)
+        plain = tmp_path / "cloud.xyz"
+        io.write_cloud(cloud, plain, separator=";", color=False)
+        assert any(line.count(";") == 2 for line in lines(plain)) and io.read_cloud(plain)[1].separator == ";"
+
+    def test_units_and_axes(self, tmp_path, cloud):
+        path = tmp_path / "cloud.pcd"
+        forward_left_up = np.stack([POINTS[..., 2], -POINTS[..., 0], -POINTS[..., 1]], -1)[cloud.valid]
+        before = bytes(cloud)
+        io.write_cloud(
+            cloud, path, unit=UNIT.METER, target_unit=UNIT.CENTIMETER, axes=AXES.IMAGE,
+            target_axes=AXES.RIGHT_HANDED_Z_UP_AND_X_FORWARD,
+        )  # fmt: skip
+        assert bytes(cloud) == before
+        read, info = io.read_cloud(path)
+        assert np.allclose(read.xyz[0], forward_left_up * 100) and info.unit is UNIT.CENTIMETER
+        back, info = io.read_cloud(path, target_unit=UNIT.METER, target_axes=AXES.IMAGE)
+        assert np.allclose(back.xyz[0], POINTS[cloud.valid]) and info.axes is AXES.IMAGE
+        io.write_cloud(cloud, path)
+        told, _ = io.read_cloud(path, unit=UNIT.METER, target_unit=UNIT.MILLIMETER)
+        assert np.allclose(told.xyz[0], POINTS[cloud.valid] * 1000)
+        with pytest.raises(vela.Error, match="unit"):
+            io.read_cloud(path, target_unit=UNIT.METER)
+
+    def test_options_of_reading(self, tmp_path, cloud):
+        path = tmp_path / "cloud.ply"
+        io.write_cloud(cloud, path)
+        assert io.read_cloud(path, color=False)[0].type is MAT_TYPE.MAT_32F_C3
+        bare = io.read_cloud(path, color=False, four_channels=True)[0]
+        assert bare.type is MAT_TYPE.MAT_32F_C4 and (bare.numpy()[..., 3] == 0).all()
+        with pytest.raises(vela.Error):
+            io.read_cloud(path, max_points=6)
+        with pytest.raises(vela.Error):
+            io.read_cloud(path, format=io.CLOUD_FILE.PCD)
+
+    def test_a_part_of_an_array(self, tmp_path):
+        big = np.zeros((6, 9, 4), np.float32)
+        big[1:3, 2:6, :3] = POINTS
+        path = tmp_path / "part.ply"
+        io.write_cloud(Mat.from_array(big[1:3, 2:6], copy=False), path, keep_grid=True)
+        assert np.array_equal(io.read_cloud(path)[0].xyz, POINTS)
+
+
+@pytest.mark.parametrize("dtype", [np.float32, np.uint8])
+def test_arrays(tmp_path, dtype):
+    values = np.arange(24).reshape(2, 3, 4).astype(dtype)
+    path = tmp_path / "Ünicode.npy"
+    assert io.write_npy(Mat.from_array(values), path).bytes == path.stat().st_size
+    assert np.array_equal(np.load(path), values)
+    np.save(path, values[::-1])
+    assert np.array_equal(io.read_npy(path).numpy(), values[::-1])
+    np.save(path, values.astype(np.float64))
+    with pytest.raises(vela.Error, match="Ünicode.npy"):
+        io.read_npy(path)
+
+
+class TestFailures:
+    @pytest.mark.parametrize(
+        "read", [io.read_cloud, io.read_npy, io.inspect_cloud]
+    )
+    def test_system(self, tmp_path, read):
+        path = tmp_path / "missing.ply"
+        with pytest.raises(FileNotFoundError) as caught:
+            read(path)
+        assert caught.value.errno == errno.ENOENT and Path(caught.value.filename) == path
+
+    def test_full_disk_and_missing_folder(self, tmp_path, cloud):
+        with pytest.raises(OSError) as caught:
+            io.write_cloud(cloud, "/dev/full", format=io.CLOUD_FILE.PLY)
+        assert caught.value.errno == errno.ENOSPC
+        with pytest.raises(FileNotFoundError):
+            io.write_npy(cloud, tmp_path / "no" / "folder.npy")
+
+    def test_arguments(self, tmp_path, cloud):
+        for bad in (3, None):
+            with pytest.raises(TypeError):
+                io.write_cloud(cloud, bad)
+        with pytest.raises(TypeError):
+            io.write_cloud(cloud, tmp_path / "a.ply", "positional")
+        with pytest.raises(vela.Error) as caught:
+            io.write_cloud(cloud, tmp_path / "cloud.unknown")
+        assert caught.value.code is vela.ERROR_CODE.INVALID_FUNCTION_PARAMETERS
+        with pytest.raises(vela.Error):
+            io.write_depth(cloud, tmp_path / "depth.png")
+        assert not list(tmp_path.iterdir())
+
+    def test_progress(self, tmp_path):
+        big = Mat.from_points(np.ones((700_000, 3), np.float32))
+        path = tmp_path / "big.ply"
+        seen = []
+        io.write_cloud(big, path, progress=lambda done, total: seen.append((done, total)))
+        assert seen and all(done <= total for done, total in seen if total) and path.exists()
+        path.unlink()
+        with pytest.raises(ZeroDivisionError):
+            io.write_cloud(big, path, progress=lambda done, total: 1 / 0)
+        with pytest.raises(OSError) as caught:
+            io.write_cloud(big, path, progress=lambda done, total: False)
+        assert caught.value.errno == errno.ECANCELED and not list(tmp_path.iterdir())
+
+    def test_freeing_while_writing(self, tmp_path):
+        big = Mat.from_points(np.ones((3_000_000, 3), np.float32))
+        thread = threading.Thread(target=io.write_cloud, args=(big, tmp_path / "big.ply"))
+        thread.start()
+        big.free()
+        thread.join()
+        assert io.inspect_cloud(tmp_path / "big.ply").points == 3_000_000
+
+
+def test_results_describe_themselves(tmp_path, cloud):
+    result = io.write_cloud(cloud, tmp_path / "a.xyz", color=False)
+    assert repr(result).startswith("Result(points=8, written=7, dropped=1, clipped=0, bytes=")
+    match result:
+        case io.Result(points=8, written=written):
+            assert written == 7
