@@ -116,9 +116,9 @@ def convert_on(client, job, ranges):
 
 
 def digest(folder):
-    """SHA-256 over names and bytes of all files."""
+    """SHA-256 over names and bytes of all files; what a killed worker left unfinished bears a hidden name."""
     total = hashlib.sha256()
-    for path in sorted(pathlib.Path(folder).iterdir()):
+    for path in sorted(pathlib.Path(folder).glob("[!.]*")):
         total.update(path.name.encode())
         total.update(path.read_bytes())
     return total.hexdigest()
@@ -151,7 +151,6 @@ def main(arguments):
         from distributed import Client, LocalCluster
         if options.scheduler:
             with Client(options.scheduler) as client:
-                client.upload_file(__file__)
                 done = convert_on(client, job, ranges)
         else:
             with LocalCluster(n_workers=options.workers, threads_per_worker=1, dashboard_address=None) as cluster, \
