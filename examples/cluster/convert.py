@@ -20,6 +20,7 @@ from dataclasses import dataclass
 import numpy as np
 
 import vela
+import vela.io
 from vela import COORDINATE_SYSTEM, UNIT
 
 FLOAT32 = 7  # sensor_msgs/PointField

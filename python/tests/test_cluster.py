@@ -11,6 +11,7 @@ import numpy as np
 import pytest
 import recording
 import vela
+import vela.io
 
 pytest.importorskip("mcap_ros2")
 pytest.importorskip("distributed")
