@@ -187,7 +187,9 @@ struct DepthOptions {
     std::optional<ENCODING> encoding;  ///< `ASCII` or `BINARY` for PGM; `BINARY` if not given
     std::optional<UNIT> unit;          ///< of the Mat; stated in PNG and PGM files
     std::optional<UNIT> targetUnit;    ///< convert to this unit on the way; needs `unit`
-    double scale = 1;                  ///< samples per unit of depth; above 0; stated in PNG and PGM files
+    /// Samples per unit of depth, above 0; stated in PNG and PGM files. If it is not given, a sample is a
+    /// millimetre where the unit is known (1000 per metre), else one unit.
+    std::optional<double> scale;
     /// Stands in the file for pixels without a depth: NaN, infinities and, in PNG and PGM, 0. PNG and PGM
     /// state it and use 0 if it is not given; PFM and NumPy files then keep the floats as they are.
     std::optional<double> invalid;

@@ -122,6 +122,12 @@ bool InputFile::fill(std::size_t wanted) {
     return filled_ >= wanted;
 }
 
+std::string_view InputFile::start() {
+    constexpr std::size_t ENOUGH = 4096;
+    fill(ENOUGH);
+    return {begin(), std::min(ENOUGH, static_cast<std::size_t>(end() - begin()))};
+}
+
 void InputFile::read(void* out, std::size_t count) {
     if (count > left()) failFormat("the file ends too early");
     char* to = static_cast<char*>(out);

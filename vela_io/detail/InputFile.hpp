@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace vela::io::detail {
 
@@ -37,6 +38,9 @@ public:
     /// Brings more of the file into the block, behind what is not taken yet, until `wanted` bytes (at most
     /// BLOCK) are there. Returns whether they are; false means that the file ends before.
     bool fill(std::size_t wanted);
+
+    /// The first bytes of the file, as many as tell its format. Nothing may have been taken.
+    std::string_view start();
 
     /// Takes `count` bytes; a file that ends before is an error.
     void read(void* out, std::size_t count);

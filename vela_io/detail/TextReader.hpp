@@ -20,9 +20,6 @@ public:
     /// The next line without its end, valid until the next call; false at the end of the file.
     bool line(std::string_view& line);
 
-    /// The number of the line read last, from 1.
-    std::size_t lineNumber() const { return lineNumber_; }
-
     // Tokens, apart from each other by blanks and line ends of any kind. The place is kept in the reader
     // until `finish`.
 
@@ -64,8 +61,14 @@ public:
     std::string_view nextWord();
 
     /// Begins reading tokens where the lines have ended, and back.
-    void start() { place_ = file_.begin(); }
-    void finish() { file_.take(place_); }
+    void start() {
+        place_ = file_.begin();
+        ++lineNumber_;
+    }
+    void finish() {
+        file_.take(place_);
+        --lineNumber_;
+    }
 
     [[noreturn]] void fail(const std::string& text) const { failFormat(text, lineNumber_); }
 
@@ -85,7 +88,7 @@ private:
 
     InputFile& file_;
     const char* place_ = nullptr;
-    std::size_t lineNumber_ = 0;
+    std::size_t lineNumber_ = 0;  ///< of the line read last, or that of the token, from 1
     bool returnEndsLine_ = false;
 };
 

@@ -3,6 +3,7 @@
 
 #include "vela_io/detail/number_text.hpp"
 #include "vela_io/detail/points.hpp"
+#include "vela_io/formats/depth_formats.hpp"
 
 #include <algorithm>
 #include <charconv>
@@ -58,6 +59,11 @@ std::optional<double> numberOf(std::string_view word) {
 
 }  // namespace
 
+std::string shortest(double value) {
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, value).ptr};
+}
+
 bool equalIgnoringCase(std::string_view a, std::string_view b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [](char x, char y) { return lower(x) == lower(y); });
@@ -110,6 +116,12 @@ void Statements::describe(CloudHeader& header) const {
     header.height = gridHeight;
 }
 
+void Statements::describe(DepthHeader& header) const {
+    header.unit = unit;
+    header.scale = scale;
+    header.invalid = invalid;
+}
+
 const char* wordOf(UNIT unit) {
     return UNITS[static_cast<std::size_t>(unit)].word;
 }
@@ -123,6 +135,14 @@ std::vector<std::string> statementsOf(const CloudHeader& header) {
     if (header.height > 1) {
         statements.push_back("grid " + std::to_string(header.width) + " " + std::to_string(header.height));
     }
+    return statements;
+}
+
+std::vector<std::string> statementsOf(const DepthHeader& header) {
+    std::vector<std::string> statements;
+    if (header.unit) statements.push_back(std::string("unit ") + wordOf(*header.unit));
+    if (header.scale) statements.push_back("scale " + shortest(*header.scale));
+    if (header.invalid) statements.push_back("invalid " + shortest(*header.invalid));
     return statements;
 }
 

@@ -11,6 +11,7 @@
 namespace vela::io::detail {
 
 struct CloudHeader;
+struct DepthHeader;
 
 /// What our files say of themselves in comments, in words such as "unit millimeter".
 struct Statements {
@@ -23,6 +24,8 @@ struct Statements {
 
     /// Takes in a comment; what states nothing is passed over. Several statements may stand in one line.
     void take(std::string_view comment);
+    /// Puts unit, scale and invalid value into a header.
+    void describe(DepthHeader& header) const;
     /// Puts unit, axes and, if it has as many points, the grid into a header.
     void describe(CloudHeader& header) const;
 };
@@ -33,8 +36,14 @@ const char* wordOf(UNIT unit);
 /// The statements about a cloud; the grid if it has more than one row.
 std::vector<std::string> statementsOf(const CloudHeader& header);
 
+/// The statements about a depth map.
+std::vector<std::string> statementsOf(const DepthHeader& header);
+
 /// The next word of a text and the rest behind it; empty at the end.
 std::string_view takeWord(std::string_view& text);
+
+/// The shortest text that reads back to the same number.
+std::string shortest(double value);
 
 /// A whole number, all of `word`.
 std::optional<std::size_t> parseWhole(std::string_view word);

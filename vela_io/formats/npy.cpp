@@ -2,6 +2,7 @@
 #include "vela_io/formats/npy.hpp"
 
 #include "vela_io/detail/mats.hpp"
+#include "vela_io/formats/depth_formats.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -175,6 +176,41 @@ void writeNpyHeader(OutputFile& file, const NpyHeader& header) {
     const char version[] = {1, 0, static_cast<char>(text.size() & 0xff), static_cast<char>(text.size() >> 8)};
     file.append(version, sizeof version);
     file.append(text);
+}
+
+void readNpyDepth(InputFile& file, DepthSink& sink) {
+    const NpyHeader npy = readNpyHeader(file);
+    const bool real = npy.kind == 'f';
+    if (npy.channels != 1 || npy.kind == 'i') failFormat("an array of several channels is no depth map");
+    DepthHeader header;
+    header.width = npy.width;
+    header.height = npy.height;
+    header.sampleBits = static_cast<int>(8 * npy.itemBytes);
+    header.encoding = npy.swapped ? ENCODING::BINARY_BIG_ENDIAN : ENCODING::BINARY;
+    if (!sink.begin(header)) return;
+    auto* const bytes = reinterpret_cast<unsigned char*>(sink.samples());
+    readNpyElements(file, npy, bytes);
+    if (npy.itemBytes == 1) {
+        for (std::size_t i = sink.pixels(); i-- > 0;) {
+            const std::uint16_t sample = bytes[i];
+            std::memcpy(bytes + i * sizeof sample, &sample, sizeof sample);
+        }
+    }
+    if (real) {
+        sink.takeFloats();
+    } else {
+        sink.takeSamples();
+    }
+}
+
+void writeNpyDepth(OutputFile& file, const DepthHeader& header, DepthSource& source) {
+    file.expect(header.width * header.height * sizeof(float));
+    writeNpyHeader(file, {'f', sizeof(float), false, false, header.height, header.width, 1});
+    std::vector<float> row(header.width);
+    for (std::size_t y = 0; y < header.height; ++y) {
+        source.floats(y, row.data());
+        file.append(row.data(), row.size() * sizeof(float));
+    }
 }
 
 }  // namespace detail

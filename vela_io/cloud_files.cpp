@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "vela_io/detail/file_kinds.hpp"
 #include "vela_io/detail/statements.hpp"
 #include "vela_io/formats/cloud_formats.hpp"
 
@@ -33,30 +34,15 @@ constexpr Format FORMATS[] = {
     {CLOUD_FILE::VTK, readVtk, writeVtk, TEXT_AND_BINARY, false},
 };
 
-struct Extension {
-    std::string_view text;
-    CLOUD_FILE format;
-};
-
-constexpr Extension EXTENSIONS[] = {{".ply", CLOUD_FILE::PLY}, {".pcd", CLOUD_FILE::PCD},
-                                    {".vtk", CLOUD_FILE::VTK}, {".xyz", CLOUD_FILE::XYZ},
-                                    {".txt", CLOUD_FILE::XYZ}, {".csv", CLOUD_FILE::XYZ},
-                                    {".asc", CLOUD_FILE::XYZ}, {".pts", CLOUD_FILE::XYZ}};
+constexpr Extension<CLOUD_FILE> EXTENSIONS[] = {{".ply", CLOUD_FILE::PLY}, {".pcd", CLOUD_FILE::PCD},
+                                                {".vtk", CLOUD_FILE::VTK}, {".xyz", CLOUD_FILE::XYZ},
+                                                {".txt", CLOUD_FILE::XYZ}, {".csv", CLOUD_FILE::XYZ},
+                                                {".asc", CLOUD_FILE::XYZ}, {".pts", CLOUD_FILE::XYZ}};
 
 const Format& formatOf(CLOUD_FILE format) {
     const auto index = static_cast<std::uint32_t>(format);
     if (index >= std::size(FORMATS)) refuse("an unknown cloud format");
     return FORMATS[index];
-}
-
-std::optional<CLOUD_FILE> formatByExtension(const String& path) {
-    const std::string text = toStdString(path);
-    const std::size_t dot = text.rfind('.');
-    if (dot == std::string::npos) return {};
-    for (const Extension& known : EXTENSIONS) {
-        if (equalIgnoringCase(std::string_view(text).substr(dot), known.text)) return known.format;
-    }
-    return {};
 }
 
 ENCODING encodingOf(const Format& format, const std::optional<ENCODING>& wanted) {
@@ -70,7 +56,8 @@ ENCODING encodingOf(const Format& format, const std::optional<ENCODING>& wanted)
 }
 
 void writeCloudFile(const Mat& cloud, const String& path, const CloudOptions& options, Result& result) {
-    const std::optional<CLOUD_FILE> known = options.format ? options.format : formatByExtension(path);
+    const std::optional<CLOUD_FILE> known =
+        options.format ? options.format : formatByExtension(EXTENSIONS, path);
     if (!known) refuse("the extension names no cloud format: .ply, .pcd, .vtk, .xyz, .txt, .csv, .asc, .pts");
     const Format& format = formatOf(*known);
     if (options.separator != ' ' && options.separator != ',' && options.separator != ';') {
@@ -98,11 +85,8 @@ void writeCloudFile(const Mat& cloud, const String& path, const CloudOptions& op
     result.dropped = source.dropped();
 }
 
-/// By the first bytes; points in bare text begin with a number or a comment.
-CLOUD_FILE recognise(InputFile& file, const String& path) {
-    constexpr std::size_t ENOUGH = 4096;
-    file.fill(ENOUGH);
-    const std::string_view start(file.begin(), std::min<std::size_t>(ENOUGH, file.size()));
+/// By the first bytes; nothing for text that may be points or anything else.
+std::optional<CLOUD_FILE> formatByContent(std::string_view start) {
     std::string_view rest = start;
     const std::string_view word = takeWord(rest);
     if (word == "ply") return CLOUD_FILE::PLY;
@@ -111,8 +95,14 @@ CLOUD_FILE recognise(InputFile& file, const String& path) {
         start.find("\nFIELDS") != std::string_view::npos) {
         return CLOUD_FILE::PCD;
     }
+    return {};
+}
+
+CLOUD_FILE recognise(InputFile& file, const String& path) {
+    const std::string_view start = file.start();
+    if (const auto known = formatByContent(start)) return *known;
     if (start.find('\0') != std::string_view::npos) failFormat("not a cloud file of a known format");
-    const auto byExtension = formatByExtension(path);
+    const auto byExtension = formatByExtension(EXTENSIONS, path);
     if (byExtension && *byExtension != CLOUD_FILE::XYZ) failFormat("not a file of its extension's format");
     return CLOUD_FILE::XYZ;
 }
@@ -137,6 +127,12 @@ void readCloudFile(const String& path, const CloudReadOptions& options, CloudInf
 }
 
 }  // namespace
+
+bool isCloud(std::string_view start, const String& path) {
+    const bool text = start.find('\0') == std::string_view::npos;
+    return formatByContent(start) || (text && formatByExtension(EXTENSIONS, path) == CLOUD_FILE::XYZ);
+}
+
 }  // namespace detail
 
 Result writeCloud(const Mat& cloud, const String& path, const CloudOptions& options) {
