@@ -160,17 +160,23 @@ private:
         const std::size_t second = nextSize();
         if (word != "VERTICES" && first > 0)
             notes_.push_back(std::to_string(first) + " " + word + " ignored");
-        // Newer files have two arrays of their own types.
-        const char* const before = text_.place();
-        if (!text_.next()) return true;
-        if (*text_.place() != 'O') {
-            text_.moveTo(before);
-            return skipNumbers(SCALAR::INT32, second);
+        // Newer files have two arrays of their own types. What follows the line may be numbers in binary.
+        if (binary_) endLine();
+        if (binary_ ? !startsWith("OFFSETS") : !text_.next() || *text_.place() != 'O') {
+            return skipNumbers(SCALAR::INT32, second, true);
         }
         nextName();
         skipNumbers(nextType(), first);
         nextName();
         return skipNumbers(nextType(), second);
+    }
+
+    bool startsWith(std::string_view word) {
+        text_.finish();
+        file_.fill(word.size());
+        const std::string_view rest(file_.begin(), static_cast<std::size_t>(file_.end() - file_.begin()));
+        text_.start();
+        return rest.substr(0, word.size()) == word;
     }
 
     bool takeFields() {
@@ -222,9 +228,9 @@ private:
 
     bool skipNumbers(SCALAR type, std::size_t count, bool lineEnded = false) {
         text_.finish();
-        const std::size_t smallest = binary_ ? bytesOf(type) : 2;
-        if (count > (file_.left() + 1) / smallest) text_.fail("the file is too short for its numbers");
+        const std::size_t most = (file_.left() + 1) / (binary_ ? bytesOf(type) : 2);
         text_.start();
+        if (count > most) text_.fail("the file is too short for its numbers");
         if (binary_) {
             if (!lineEnded) endLine();
             text_.finish();
