@@ -106,8 +106,7 @@ struct Result {
 /// Returning false ends the work: the call fails, the target file or the Mat stays as it was.
 using Progress = std::function<bool(std::size_t done, std::size_t total)>;
 
-// --- Point clouds
-// ---------------------------------------------------------------------------------------------
+// Point clouds
 
 /// How `writeCloud` writes.
 struct CloudOptions {
@@ -177,8 +176,7 @@ VELA_IO_API Result readCloud(const String& path, Mat& cloud, const CloudReadOpti
 /// Reads the header alone; of XYZ files all lines, to count them.
 VELA_IO_API Result inspectCloud(const String& path, CloudInfo& info);
 
-// --- Depth maps
-// -----------------------------------------------------------------------------------------------
+// Depth maps
 
 /// How `writeDepth` writes. A sample of PNG and PGM files is the depth in the target unit times `scale`,
 /// rounded to the nearest; PFM and NumPy files hold the depth itself.
@@ -241,8 +239,7 @@ VELA_IO_API Result readDepth(const String& path, Mat& depth, const DepthReadOpti
 /// Reads the header alone.
 VELA_IO_API Result inspectDepth(const String& path, DepthInfo& info);
 
-// --- Arrays
-// ---------------------------------------------------------------------------------------------------
+// Arrays
 
 /// How `writeNpy` writes.
 struct NpyOptions {

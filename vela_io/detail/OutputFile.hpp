@@ -18,7 +18,7 @@ namespace vela::io::detail {
 class OutputFile {
 public:
     /// The most that one `reserve` may ask for.
-    static constexpr std::size_t LARGEST_RESERVE = 16384;
+    static constexpr std::size_t LARGEST_RESERVE = 32768;
 
     struct Settings {
         bool sync = false;

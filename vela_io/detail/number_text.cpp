@@ -11,8 +11,7 @@ namespace {
 
 __extension__ using Wide = unsigned __int128;
 
-// --- Writing
-// --------------------------------------------------------------------------------------------------
+// Writing
 
 constexpr int SMALLEST_POWER = -31;
 constexpr int LARGEST_POWER = 45;
@@ -185,8 +184,7 @@ char* writeDecimal(char* out, Decimal decimal) {
     return out;
 }
 
-// --- Reading
-// --------------------------------------------------------------------------------------------------
+// Reading
 
 /// `std::from_chars`, which takes no "+" and tells too large from too small only by silence.
 template <class Float>

@@ -199,8 +199,7 @@ void readCompressed(InputFile& file, const CloudHeader& header, const RecordLayo
     }
 }
 
-// --- Writing
-// --------------------------------------------------------------------------------------------------
+// Writing
 
 constexpr const char* ENCODING_WORDS[] = {"ascii", "binary", "", "binary_compressed"};
 

@@ -242,8 +242,7 @@ void checkCount(const Element& element, ENCODING encoding, std::size_t bytesLeft
     }
 }
 
-// --- Writing
-// --------------------------------------------------------------------------------------------------
+// Writing
 
 std::string headerText(const CloudHeader& header) {
     std::string text = "ply\nformat ";
@@ -273,6 +272,7 @@ char* storeFloats(char* out, const float (&values)[3]) {
 
 template <bool swapped>
 char* writeBinary(char* out, const PointBlock& block, const CloudHeader& header) {
+    static_assert(PointBlock::CAPACITY * (sizeof(Point) + sizeof(Normal)) <= OutputFile::LARGEST_RESERVE);
     const std::size_t colorBytes = header.color ? (header.alpha ? 4 : 3) : 0;
     for (std::size_t i = 0; i < block.count; ++i) {
         const Point& point = block.points[i];
