@@ -129,32 +129,38 @@ int countDigits(std::uint32_t value) {
     return count;
 }
 
-/// The `count` digits of a number, ending before `end`.
-void writeDigits(char* end, std::uint32_t value, int count) {
-    for (; count >= 2; count -= 2) {
-        end -= 2;
-        std::memcpy(end, &PAIRS.digits[value % 100 * 2], 2);
-        value /= 100;
+/// The digits of a number, copied sixteen characters at once: what lies behind them is written over later.
+struct Digits {
+    static constexpr int ROOM = 10;  // of any 32-bit number
+    std::array<char, ROOM + 16> text;
+    int count;
+
+    explicit Digits(std::uint32_t value) : text(), count(countDigits(value)) {
+        for (std::size_t i = ROOM; i > 0; i -= 2) {
+            std::memcpy(&text[i - 2], &PAIRS.digits[value % 100 * 2], 2);
+            value /= 100;
+        }
     }
-    if (count > 0) *--end = static_cast<char>('0' + value % 10);
-}
+    void copyFrom(int digit, char* out) const { std::memcpy(out, text.data() + (ROOM - count + digit), 16); }
+};
 
 char* writeExponent(char* out, int exponent) {
     *out++ = 'e';
-    if (exponent < 0) *out++ = '-';
-    const auto magnitude = static_cast<std::uint32_t>(exponent < 0 ? -exponent : exponent);
-    const int count = magnitude < 10 ? 1 : 2;
-    writeDigits(out + count, magnitude, count);
-    return out + count;
+    *out = '-';
+    out += exponent < 0 ? 1 : 0;
+    const int magnitude = exponent < 0 ? -exponent : exponent;
+    if (magnitude >= 10) *out++ = static_cast<char>('0' + magnitude / 10);
+    *out++ = static_cast<char>('0' + magnitude % 10);
+    return out;
 }
 
-/// A point after the first `whole` of the `count` digits, 0 < whole <= count.
-char* writeWithPoint(char* out, std::uint32_t digits, int count, int whole) {
-    writeDigits(out + 1 + count, digits, count);
-    std::memmove(out, out + 1, static_cast<std::size_t>(whole));
-    if (whole == count) return out + count;
+/// A point after the first `whole` of the digits, 0 < whole <= count.
+char* writeWithPoint(char* out, const Digits& digits, int whole) {
+    digits.copyFrom(0, out);
+    if (whole == digits.count) return out + whole;
     out[whole] = '.';
-    return out + count + 1;
+    digits.copyFrom(whole, out + whole + 1);
+    return out + digits.count + 1;
 }
 
 char* writeDecimal(char* out, Decimal decimal) {
@@ -162,26 +168,24 @@ char* writeDecimal(char* out, Decimal decimal) {
         decimal.digits /= 10;
         ++decimal.exponent;
     }
-    const int count = countDigits(decimal.digits);
+    const Digits digits(decimal.digits);
+    const int count = digits.count;
     const int whole = count + decimal.exponent;  // digits before the point
+    if (whole > 0 && whole <= count) return writeWithPoint(out, digits, whole);
     const int scientific = whole - 1;
     const int exponentLength = (scientific < 0 ? 2 : 1) + (scientific < 10 && scientific > -10 ? 1 : 2);
     const int scientificLength = count + (count > 1 ? 1 : 0) + exponentLength;
-    const int fixedLength = whole <= 0 ? 2 - whole + count : whole >= count ? whole : count + 1;
-    if (fixedLength > scientificLength) {
-        return writeExponent(writeWithPoint(out, decimal.digits, count, 1), scientific);
-    }
-    if (whole > 0 && whole <= count) return writeWithPoint(out, decimal.digits, count, whole);
+    const int fixedLength = whole > 0 ? whole : 2 - whole + count;
+    if (fixedLength > scientificLength) return writeExponent(writeWithPoint(out, digits, 1), scientific);
+    // Where an exponent would not be shorter only few zeros are missing.
     if (whole > 0) {
-        writeDigits(out + count, decimal.digits, count);
-        std::memset(out + count, '0', static_cast<std::size_t>(whole - count));
+        digits.copyFrom(0, out);
+        std::memcpy(out + count, "00000000", 8);
         return out + whole;
     }
-    std::memcpy(out, "0.", 2);
-    std::memset(out + 2, '0', static_cast<std::size_t>(-whole));
-    out += 2 - whole + count;
-    writeDigits(out, decimal.digits, count);
-    return out;
+    std::memcpy(out, "0.000000", 8);
+    digits.copyFrom(0, out + 2 - whole);
+    return out + 2 - whole + count;
 }
 
 // Reading

@@ -7,8 +7,8 @@
 
 namespace vela::io::detail {
 
-/// Room for any number that the functions below write.
-constexpr std::size_t LONGEST_NUMBER = 24;
+/// Room for any number that the functions below write, and for what they may leave behind it.
+constexpr std::size_t LONGEST_NUMBER = 48;
 
 /// The shortest text that reads back to the same float: as many digits as it takes, with or without an
 /// exponent, whichever is shorter; "nan", "inf" and "-inf". Schubfach, by R. Giulietti ("The Schubfach way to

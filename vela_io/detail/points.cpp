@@ -46,6 +46,20 @@ void copyPixels(Out* out, const unsigned char* pixels, std::size_t count, std::s
     }
 }
 
+/// Puts the valid ones of `count` pixels into the block, and closes up the normals that lie there.
+template <std::size_t pixelBytes>
+void takeValid(PointBlock& block, const unsigned char* pixels, std::size_t count, bool normals) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        Point point;
+        std::memcpy(static_cast<void*>(&point), pixels + i * pixelBytes, pixelBytes);
+        block.points[kept] = point;
+        if (normals) block.normals[kept] = block.normals[i];
+        kept += isFinite(point) ? 1 : 0;
+    }
+    block.count = kept;
+}
+
 void requireCloud(const Mat& cloud) {
     requireHostSide(cloud, "the cloud");
     if (cloud.dataType != MAT_TYPE::MAT_32F_C3 && cloud.dataType != MAT_TYPE::MAT_32F_C4) {
@@ -144,22 +158,20 @@ bool PointSource::next(PointBlock& block) {
         const std::size_t y = place_ / cloud_.width;
         const std::size_t x = place_ % cloud_.width;
         const std::size_t count = std::min(PointBlock::CAPACITY, cloud_.width - x);
-        copyPixels(block.points.data(), rowOf(cloud_, y) + x * pixelBytes, count, pixelBytes);
+        const unsigned char* const pixels = rowOf(cloud_, y) + x * pixelBytes;
+        place_ += count;
         if (normals_ != nullptr) {
             const std::size_t normalBytes = getPixelBytes(normals_->dataType);
             copyPixels(block.normals.data(), rowOf(*normals_, y) + x * normalBytes, count, normalBytes);
         }
-        place_ += count;
-        block.count = count;
-        if (keepAll_ || count_ == total) continue;
-        std::size_t kept = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            const bool valid = isFinite(block.points[i]);
-            block.points[kept] = block.points[i];
-            if (normals_ != nullptr) block.normals[kept] = block.normals[i];
-            kept += valid ? 1 : 0;
+        if (keepAll_ || count_ == total) {
+            copyPixels(block.points.data(), pixels, count, pixelBytes);
+            block.count = count;
+        } else if (pixelBytes == sizeof(Point)) {
+            takeValid<sizeof(Point)>(block, pixels, count, normals_ != nullptr);
+        } else {
+            takeValid<3 * sizeof(float)>(block, pixels, count, normals_ != nullptr);
         }
-        block.count = kept;
     }
     conversion_.apply(block, normals_ != nullptr);
     return block.count > 0;

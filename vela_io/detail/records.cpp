@@ -222,7 +222,44 @@ void RecordLayout::readBinary(InputFile& file, std::size_t count, bool bigEndian
     }
 }
 
+/// Where in a record three fields of one type follow each other; nothing if they do not.
+std::optional<std::size_t> RecordLayout::placeOfThree(ROLE first, SCALAR type) const {
+    for (std::size_t i = 0; i + 2 < fields_.size(); ++i) {
+        if (fields_[i].role != first) continue;
+        for (std::size_t k = 0; k < 3; ++k) {
+            const Field& field = fields_[i + k];
+            const bool fits = static_cast<int>(field.role) == static_cast<int>(first) + static_cast<int>(k);
+            if (!fits || field.type != type || field.count != 1) return {};
+        }
+        return fields_[i].offset;
+    }
+    return {};
+}
+
+/// Floats with bytes or a packed colour, as nearly all files have them, record by record. False for others.
+bool RecordLayout::decodeUsual(const char* records, PointBlock& out) const {
+    const auto xyz = placeOfThree(ROLE::X, SCALAR::FLOAT32);
+    const auto rgb = placeOfThree(ROLE::RED, SCALAR::UINT8);
+    const auto packed = std::find_if(fields_.begin(), fields_.end(), [](const Field& field) {
+        return field.role == ROLE::PACKED_RGB && bytesOf(field.type) == 4 && field.count == 1;
+    });
+    const bool isPacked = packed != fields_.end();
+    const auto roles = std::count_if(fields_.begin(), fields_.end(),
+                                     [](const Field& field) { return field.role != ROLE::SKIPPED; });
+    if (!xyz || (rgb && isPacked) || roles != 3 + (rgb ? 3 : 0) + (isPacked ? 1 : 0)) return false;
+    const char* const coordinates = records + *xyz;
+    const char* const colors = records + (rgb ? *rgb : isPacked ? packed->offset : 0);
+    for (std::size_t i = 0; i < out.count; ++i) {
+        Point& point = out.points[i];
+        std::memcpy(static_cast<void*>(&point), coordinates + i * recordBytes_, 12);
+        if (rgb) std::memcpy(point.color.data(), colors + i * recordBytes_, 3);
+        if (isPacked) setPacked(point, load<std::uint32_t, false>(colors + i * recordBytes_), false);
+    }
+    return true;
+}
+
 void RecordLayout::decode(const char* records, bool bigEndian, PointBlock& out) const {
+    if (!bigEndian && decodeUsual(records, out)) return;
     for (const Field& field : fields_) {
         decodeField(records + field.offset, recordBytes_, field, bigEndian, out);
     }

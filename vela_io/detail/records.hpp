@@ -64,6 +64,9 @@ public:
     void decode(const char* records, bool bigEndian, PointBlock& out) const;
 
 private:
+    std::optional<std::size_t> placeOfThree(ROLE first, SCALAR type) const;
+    bool decodeUsual(const char* records, PointBlock& out) const;
+
     std::vector<Field> fields_;
     std::size_t recordBytes_ = 0;
     std::size_t values_ = 0;

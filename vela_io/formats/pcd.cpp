@@ -259,6 +259,8 @@ char* writeText(char* out, const Point& point, const Normal& normal, const Cloud
     return out;
 }
 
+static_assert(PointBlock::CAPACITY * (sizeof(Point) + sizeof(Normal)) <= OutputFile::LARGEST_RESERVE);
+
 char* writeBinary(char* out, const Point& point, const Normal& normal, const CloudHeader& header) {
     std::memcpy(out, &point, 12);
     out += 12;
@@ -324,12 +326,19 @@ void readPcd(InputFile& file, PointSink& sink) {
 void writePcd(OutputFile& file, const CloudHeader& header, PointSource& source) {
     file.append(headerText(header));
     if (header.encoding == ENCODING::BINARY_COMPRESSED) return writeCompressed(file, header, source);
-    const auto writeRecord = header.encoding == ENCODING::ASCII ? writeText : writeBinary;
     PointBlock block;
     while (source.next(block)) {
-        for (std::size_t i = 0; i < block.count; ++i) {
-            file.commit(writeRecord(file.reserve(), block.points[i], block.normals[i], header));
+        if (header.encoding == ENCODING::ASCII) {
+            for (std::size_t i = 0; i < block.count; ++i) {
+                file.commit(writeText(file.reserve(), block.points[i], block.normals[i], header));
+            }
+            continue;
         }
+        char* out = file.reserve();
+        for (std::size_t i = 0; i < block.count; ++i) {
+            out = writeBinary(out, block.points[i], block.normals[i], header);
+        }
+        file.commit(out);
     }
 }
 

@@ -276,9 +276,9 @@ char* writeBinary(char* out, const PointBlock& block, const CloudHeader& header)
     const std::size_t colorBytes = header.color ? (header.alpha ? 4 : 3) : 0;
     for (std::size_t i = 0; i < block.count; ++i) {
         const Point& point = block.points[i];
-        out = storeFloats<swapped>(out, {point.x, point.y, point.z});
-        std::memcpy(out, point.color.data(), 4);  // one store; what is too much is written over
-        out += colorBytes;
+        std::memcpy(out, &point, sizeof point);  // one store; what is too much is written over
+        if (swapped) storeFloats<swapped>(out, {point.x, point.y, point.z});
+        out += 12 + colorBytes;
         if (!header.normals) continue;
         const Normal& normal = block.normals[i];
         out = storeFloats<swapped>(out, {normal.x, normal.y, normal.z});
