@@ -316,6 +316,20 @@ TEST_F(SafeFilesTest, PipesAndStandardStreamsAreWrittenAndRead) {
     EXPECT_EQ(contentOf(folder / "out"), contentOf(folder / "a.ply"));
 }
 
+TEST_F(SafeFilesTest, AFileThatOnlyADescriptorLeadsToIsWrittenInPlace) {
+    const ScratchFolder folder;
+    const int file = open((folder / "gone").c_str(), O_RDWR | O_CREAT, 0600);
+    unlink((folder / "gone").c_str());
+    const std::string path = "/proc/self/fd/" + std::to_string(file);
+    CloudOptions options;
+    options.format = CLOUD_FILE::PLY;
+    ASSERT_TRUE(writeCloud(cloud_, path, options).ok());
+    ASSERT_TRUE(writeCloud(cloud_, folder / "a.ply", options).ok());
+    EXPECT_EQ(contentOf(path), contentOf(folder / "a.ply"));
+    EXPECT_EQ(folder.listing(), "a.ply");
+    close(file);
+}
+
 constexpr int REFUSED = 77;
 constexpr const char* ON_SMALL_DISK = "VELA_TEST_ON_SMALL_DISK";
 

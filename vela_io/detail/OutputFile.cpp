@@ -80,12 +80,27 @@ OutputFile::OutputFile(const String& path, Settings settings)
     }
     target_ = followLinks(name);
     if (target_.back() == '/') failSystem(EISDIR);
-    openBeside();
+    if (!openInPlace(name)) openBeside();
 }
 
 OutputFile::~OutputFile() {
     if (descriptor_ >= 0) ::close(descriptor_);
     if (!temporary_.empty()) unlink(temporary_.c_str());
+}
+
+/// What is no regular file is written where it is; so is one that the links of /proc lead to and no path
+/// does.
+bool OutputFile::openInPlace(const std::string& name) {
+    struct stat given {};
+    if (stat(name.c_str(), &given) != 0) return false;
+    if (S_ISDIR(given.st_mode)) failSystem(EISDIR);
+    struct stat followed {};
+    const bool reached = stat(target_.c_str(), &followed) == 0 && followed.st_dev == given.st_dev &&
+                         followed.st_ino == given.st_ino;
+    if (S_ISREG(given.st_mode) && reached) return false;
+    descriptor_ = uninterrupted([&] { return open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC); });
+    if (descriptor_ < 0) failSystem(errno);
+    return true;
 }
 
 /// A replaced file keeps its mode and, where we may set it, its owner. A file that we may not write is not
@@ -94,12 +109,6 @@ void OutputFile::openBeside() {
     struct stat old {};
     const bool exists = stat(target_.c_str(), &old) == 0;
     if (!exists && errno != ENOENT) failSystem(errno);
-    if (exists && S_ISDIR(old.st_mode)) failSystem(EISDIR);
-    if (exists && !S_ISREG(old.st_mode)) {
-        descriptor_ = uninterrupted([&] { return open(target_.c_str(), O_WRONLY | O_CLOEXEC); });
-        if (descriptor_ < 0) failSystem(errno);
-        return;
-    }
     if (exists && faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) failSystem(errno);
     const mode_t mode = exists ? old.st_mode & READ_WRITE_ALL : READ_WRITE_ALL;
     do {

@@ -50,6 +50,7 @@ public:
 private:
     static constexpr std::size_t BLOCK = std::size_t{256} << 10;
 
+    bool openInPlace(const std::string& name);
     void openBeside();
     void flush();
     void write(const char* bytes, std::size_t count);
