@@ -66,7 +66,7 @@ template <class Managed>
 nb::object capsuleOf(std::unique_ptr<Export<Managed>> made) {
     PyObject* const capsule = PyCapsule_New(&made->managed, NAME<Managed>, &Export<Managed>::discard);
     if (capsule == nullptr) throw nb::python_error();
-    made.release();
+    static_cast<void>(made.release());  // the capsule owns it
     return nb::steal(capsule);
 }
 

@@ -9,6 +9,7 @@
 #include <vela_io/io.hpp>
 
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -100,9 +101,8 @@ io::Result writeCloud(const PyMat& cloud, nb::handle path, std::optional<io::CLO
                       std::optional<COORDINATE_SYSTEM> targetAxes, char separator, bool sync,
                       nb::handle progress) {
     const String file = pathOf(path);
-    const PyMat held = cloud;
-    const Mat pixels = referenceTo(held.mat());
-    const std::optional<PyMat> heldNormals = normals;
+    const std::shared_ptr<Storage> held = cloud.storage;
+    const Mat pixels = referenceTo(held->mat);
     const Mat normalPixels = normals ? referenceTo(normals->mat()) : Mat();
     PyProgress reporter(progress);
     io::CloudOptions options;
@@ -164,8 +164,8 @@ io::Result writeDepth(const PyMat& depth, nb::handle path, std::optional<io::DEP
                       bool allowClipping, io::ROW_ORDER rows, int compression, bool sync,
                       nb::handle progress) {
     const String file = pathOf(path);
-    const PyMat held = depth;
-    const Mat pixels = referenceTo(held.mat());
+    const std::shared_ptr<Storage> held = depth.storage;
+    const Mat pixels = referenceTo(held->mat);
     PyProgress reporter(progress);
     io::DepthOptions options;
     options.format = format;
@@ -214,8 +214,8 @@ PyDepthInfo inspectDepth(nb::handle path) {
 
 io::Result writeNpy(const PyMat& mat, nb::handle path, bool sync, nb::handle progress) {
     const String file = pathOf(path);
-    const PyMat held = mat;
-    const Mat pixels = referenceTo(held.mat());
+    const std::shared_ptr<Storage> held = mat.storage;
+    const Mat pixels = referenceTo(held->mat);
     PyProgress reporter(progress);
     const io::NpyOptions options{sync, reporter.function()};
     return run(file, "write_npy", reporter, [&] { return io::writeNpy(pixels, file, options); });
