@@ -1,16 +1,16 @@
 #include "vela_core/geometry/Matrix4f.hpp"
 #include "vela_core/log/CudaSafeCall.hpp"
 #include "vela_core/log/KLogger.hpp"
+#include "vela_core/log/LogHook.hpp"
 #include "vela_core/log/detail/statements.hpp"
-#include "vela_core/utils/Mat.hpp"
 
 #include "support/ScratchFolder.hpp"
 #include "support/capture.hpp"
-#include "support/device.hpp"
 
-#include <cstdlib>
-#include <iterator>
-#include <thread>
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <stdexcept>
 
 namespace vela::test {
 namespace {
@@ -29,13 +29,42 @@ TEST(Log, StatementsHaveFixedSourcesAndTexts) {
 
 TEST(Log, ArgumentsAreTakenByValue) {
     LogCapture log;
-    std::string name = "caf\xC3\xA9\x01";
+    std::string name = "caf\xC3\xA9\x01\x7F\r\n\t";
     logError(LogStatement::READ_EXCEPTION, name.c_str());
     name.assign(name.size(), '?');
     logError(LogStatement::READ_EXCEPTION, nullptr);
     EXPECT_EQ(log.take(),
-              "vela_core/utils/Mat.cpp:917 ERROR [Mat]  in read : caf\xC3\xA9\\x01\n"
+              "vela_core/utils/Mat.cpp:917 ERROR [Mat]  in read : caf\xC3\xA9\\x01\\x7F\r\n\t\n"
               "vela_core/utils/Mat.cpp:917 ERROR [Mat]  in read : \n");
+}
+
+/// A sink that takes no message before it is told to.
+class BlockedSink : public quill::Sink {
+public:
+    std::promise<void> release;
+    std::atomic<bool> written{false};
+
+    void write_log(quill::MacroMetadata const*, uint64_t, std::string_view, std::string_view,
+                   std::string const&, std::string_view, quill::LogLevel, std::string_view, std::string_view,
+                   std::vector<std::pair<std::string, std::string>> const*, std::string_view,
+                   std::string_view) override {
+        release.get_future().wait_for(std::chrono::seconds(10));
+        written = true;
+    }
+    void flush_sink() override {}
+};
+
+TEST(Log, TheCallerDoesNotWaitForTheBackEnd) {
+    const LogCapture restoresTheLogger;
+    const auto made = quill::Frontend::create_or_get_sink<BlockedSink>("blocked");
+    auto* const sink = static_cast<BlockedSink*>(made.get());
+    quill::Logger* const blocked = quill::Frontend::create_or_get_logger("blocked", made);
+    KLogger::get_instance().loggers[LOGGER_NAME::CORE] = blocked;
+    misuse();
+    EXPECT_FALSE(sink->written);
+    sink->release.set_value();
+    blocked->flush_log();
+    EXPECT_TRUE(sink->written);
 }
 
 TEST(Log, LevelsAboveErrorAndMissingLoggersSilence) {
@@ -61,74 +90,34 @@ TEST(CudaSafeCall, PrintsFailuresOnly) {
               "in void f() : Err [2]: out of memory.\n");
 }
 
-std::ptrdiff_t threads() {
-    using std::filesystem::directory_iterator;
-    return std::distance(directory_iterator("/proc/self/task"), directory_iterator());
+std::string hooked;
+
+void keep(const char* text) {
+    hooked.append(text).append("\n");
 }
 
-// Programs that run from their start to their exit.
-
-void useDevice() {
-    void* memory = nullptr;
-    std::size_t pitch = 0;
-    const char byte = 0;
-    EXPECT_EQ(cudaMallocPitch(&memory, &pitch, 1, 1), cudaSuccess);
-    EXPECT_EQ(cudaMemcpy2D(memory, pitch, &byte, 1, 1, 1, cudaMemcpyHostToDevice), cudaSuccess);
-    EXPECT_EQ(cudaFree(memory), cudaSuccess);
+void refuse(const char* /*text*/) {
+    throw std::runtime_error("refused");
 }
 
-void startsAThreadWithItsFirstMessage() {
-    useDevice();  // a driver starts threads of its own
-    const std::ptrdiff_t before = threads();
-    { const Mat mat = filled(4, 4, MAT_TYPE::MAT_8U_C1, MEM_BOTH); }
-    if (threads() != before) std::exit(1);
+TEST(LogHook, GetsWhatTheLoggerWouldPrint) {
+    LogCapture log;
+    EXPECT_EQ(setLogHook(refuse), nullptr);
     misuse();
-    if (threads() == before) std::exit(2);
-}
-
-void leavesManyMessagesQueued() {
-    for (int i = 0; i < 1000; ++i) {
-        logError(LogStatement::READ_EXCEPTION, std::to_string(i).c_str());
-    }
-}
-
-void logsFirstAtExit() {
-    std::atexit(misuse);
-}
-
-void logsFromManyThreads() {
-    std::thread others[4];
-    for (std::thread& other : others) {
-        other = std::thread(misuse);
-    }
-    for (std::thread& other : others) {
-        other.join();
-    }
-}
-
-#ifdef VELA_GPU_SOFTWARE
-void freesAMatAfterTheRegistry() {
-    static Mat outliving(4, 4, MAT_TYPE::MAT_8U_C1, MEM::GPU);
-    misuse();  // the registry is younger and dies first
-    software_device::failCall("cudaFree", 1, cudaErrorCudartUnloading);
-}
-#endif
-
-class LogProgramTest : public DeviceTest {};
-
-TEST_F(LogProgramTest, WritesWhatItLogged) {
-    const std::pair<void (*)(), const char*> programs[] = {
-        {startsAThreadWithItsFirstMessage, "setSubVector3f Invalid Parameters"},
-        {leavesManyMessagesQueued, "in read : 0\n(.|\n)*in read : 999\n"},
-        {logsFirstAtExit, "setSubVector3f Invalid Parameters"},
-        {logsFromManyThreads, "(setSubVector3f(.|\n)*){4}"},
-#ifdef VELA_GPU_SOFTWARE
-        {freesAMatAfterTheRegistry, "^[^\n]*setSubVector3f Invalid Parameters\\.\n$"},
-#endif
-    };
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    for (const auto& [program, pattern] : programs) {
-        EXPECT_EXIT((program(), std::exit(0)), testing::ExitedWithCode(0), pattern);
+    for (std::size_t i = 0; i <= static_cast<std::size_t>(LogStatement::SET_SUB_VECTOR4F); ++i) {
+        for (const char* const detail : {"caf\xC3\xA9 {} \x01\n\t\x7F", ""}) {
+            const auto id = static_cast<LogStatement>(i);
+            LogCapture::logger()->set_log_level(quill::LogLevel::Critical);  // silences loggers only
+            setLogHook(keep);
+            hooked.clear();
+            logError(id, detail);
+            EXPECT_EQ(setLogHook(nullptr), keep);
+            EXPECT_EQ(log.take(), "");
+            LogCapture::logger()->set_log_level(quill::LogLevel::Info);
+            logError(id, detail);
+            const std::string logged = log.take();
+            EXPECT_EQ(hooked, logged.substr(logged.find(" ERROR ") + 7));
+        }
     }
 }
 

@@ -1,24 +1,93 @@
 #include "vela_core/log/KLogger.hpp"
 
+#include "vela_core/log/detail/StatementGate.hpp"
+#include "vela_core/log/detail/printable.hpp"
 #include "vela_core/types/detail/enum_table.hpp"
+#include "vela_core/types/detail/start_order.hpp"
 
+#include <pthread.h>
 #include <quill/Backend.h>
 #include <quill/Frontend.h>
 #include <quill/sinks/ConsoleSink.h>
 
 #include <atomic>
+#include <exception>
+#include <mutex>
 
 namespace vela {
 namespace {
 
 constexpr EnumName<LOGGER_NAME> LOGGER_NAMES[] = {{LOGGER_NAME::CORE, "CORE"}};
 
-std::atomic<bool> destroyed{false};
+std::atomic<KLogger*> ready{nullptr};  // null also when the back end could not be started again
+std::mutex making;                     // held by a thread that forks, too: no child gets a registry half made
+bool backendIsOurs = false;            // guarded by `making`
 
-/// Mat names and file names may be UTF-8; control characters are still shown as numbers.
-bool isPrintable(char c) {
-    return static_cast<unsigned char>(c) >= ' ' && c != '\x7f';
+/// Starts the back end unless it runs. Called with `making` held.
+void startBackend() {
+    if (quill::Backend::is_running()) return;
+    quill::BackendOptions options;
+    options.check_printable_char = isPrintable;
+    options.check_backend_singleton_instance = false;
+    quill::Backend::start(options);
+    backendIsOurs = true;
 }
+
+/// Stops the back end, which first writes what is queued. Called with `making` held.
+void stopBackend() noexcept {
+    try {
+        if (backendIsOurs && quill::Backend::is_running()) quill::Backend::stop();
+    } catch (const std::exception&) {
+        // The back end's own thread forks or exits, out of a sink: it cannot wait for itself.
+    }
+}
+
+/// Called with `making` held.
+void restartBackend() noexcept {
+    try {
+        if (backendIsOurs && !StatementGate::isClosedForGood()) startBackend();
+    } catch (const std::exception&) {
+        ready = nullptr;  // no thread to be had: the next use of the registry tries again
+    }
+}
+
+void beforeFork() noexcept {
+    StatementGate::pause();
+    making.lock();
+    stopBackend();
+}
+
+void afterForkInParent() noexcept {
+    restartBackend();
+    making.unlock();
+    StatementGate::resume();
+}
+
+void afterForkInChild() noexcept {
+    restartBackend();
+    making.unlock();
+    StatementGate::resumeInChild();
+}
+
+/// Nothing is logged after this, and no back end of ours runs.
+void endLogging() noexcept {
+    StatementGate::closeForGood();
+    const std::lock_guard lock(making);
+    stopBackend();
+}
+
+/// Lives before and after everything that logs. A thread may make the registry while the process ends:
+/// quill's own objects are then older than `Lifetime`, so that they are there until it is destroyed.
+struct Lifetime {
+    Lifetime() noexcept {
+        static_cast<void>(quill::Backend::is_running());  // makes them; nothing is started
+        pthread_atfork(beforeFork, afterForkInParent, afterForkInChild);
+    }
+    ~Lifetime() { endLogging(); }
+    Lifetime(const Lifetime&) = delete;
+    Lifetime& operator=(const Lifetime&) = delete;
+};
+[[gnu::init_priority(START_LOG)]] const Lifetime LIFETIME;
 
 }  // namespace
 
@@ -27,19 +96,21 @@ String toString(const LOGGER_NAME& value) {
 }
 
 KLogger& KLogger::get_instance() {
+    if (KLogger* const made = ready.load(std::memory_order_acquire)) return *made;
+    const std::lock_guard lock(making);
     static KLogger instance;
+    if (backendIsOurs) startBackend();
+    ready.store(&instance, std::memory_order_release);
     return instance;
 }
 
 bool KLogger::isDestroyed() noexcept {
-    return destroyed.load(std::memory_order_relaxed);
+    return StatementGate::isClosedForGood();
 }
 
 KLogger::KLogger() {
-    quill::BackendOptions backend;
-    backend.check_printable_char = isPrintable;
-    quill::Backend::start(backend);
-
+    if (StatementGate::isClosedForGood()) return;
+    startBackend();
     quill::ConsoleSinkConfig console;
     console.set_stream("stderr");
     auto sink = quill::Frontend::create_or_get_sink<quill::ConsoleSink>("vela.stderr", console);
@@ -47,7 +118,7 @@ KLogger::KLogger() {
 }
 
 KLogger::~KLogger() {
-    destroyed.store(true, std::memory_order_relaxed);
+    endLogging();
 }
 
 }  // namespace vela

@@ -1,13 +1,15 @@
 #include "vela_core/types/ErrorCode.hpp"
 
 #include "vela_core/types/detail/enum_cast.hpp"
-#include "vela_core/types/detail/unknown_texts.hpp"
+#include "vela_core/types/detail/enum_table.hpp"
 #include "vela_gpu/runtime.hpp"
 
 #include <iterator>
 
 namespace vela {
 namespace {
+
+constexpr const char* UNKNOWN_MESSAGE = "Unknown error";
 
 struct ErrorTexts {
     const char* name;

@@ -5,18 +5,15 @@
 
 namespace vela {
 
-// Not in the header: programs that hide their symbols would get a noData of their own.
-char String::noData{};
-
 char* String::copyOf(const char* text) {
-    if (text == nullptr) return &noData;
+    if (text == nullptr) return noData();
     if (*text == '\0') return nullptr;
     const std::size_t size = std::strlen(text) + 1;
     return static_cast<char*>(std::memcpy(new char[size], text, size));
 }
 
 void String::release(char* data) noexcept {
-    if (data != &noData) delete[] data;
+    if (data != noData()) delete[] data;
 }
 
 bool operator==(const String& a, const String& b) noexcept {

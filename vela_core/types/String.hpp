@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <utility>
@@ -36,19 +37,23 @@ public:
     void set(const char* text) { *this = String(text); }
 
     /// The characters; null for a String without character data. Valid until the String changes.
-    const char* c_str() const noexcept { return data_ == nullptr ? "" : data_ == &noData ? nullptr : data_; }
+    const char* c_str() const noexcept { return data_ == nullptr ? "" : data_ == noData() ? nullptr : data_; }
     const char* get() const noexcept { return c_str(); }
 
     /// Whether there is no character to read, with or without character data.
-    bool empty() const noexcept { return data_ == nullptr || data_ == &noData; }
+    bool empty() const noexcept { return data_ == nullptr || data_ == noData(); }
 
     friend bool operator==(const String& a, const String& b) noexcept;
     friend bool operator!=(const String& a, const String& b) noexcept { return !(a == b); }
 
 private:
     // Null stands for the empty text: matrices carry a label that is nearly always empty, and a zero word is
-    // the cheapest to make, copy and test. The address of `noData` stands for the missing character data.
-    static char noData;
+    // the cheapest to make, copy and test. An address that no text has stands for the missing character data;
+    // it is a constant, the same in every copy of the library that a process holds.
+    static char* noData() noexcept {
+        return reinterpret_cast<char*>(
+            std::uintptr_t{1});  // NOLINT(performance-no-int-to-ptr): never followed
+    }
     static char* copyOf(const char* text);
     static void release(char* data) noexcept;
 

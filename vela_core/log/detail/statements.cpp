@@ -1,8 +1,16 @@
 #include "vela_core/log/detail/statements.hpp"
 
 #include "vela_core/log/KLogger.hpp"
+#include "vela_core/log/LogHook.hpp"
+#include "vela_core/log/detail/StatementGate.hpp"
+#include "vela_core/log/detail/printable.hpp"
 
+#include <quill/bundled/fmt/format.h>
 #include <quill/core/MacroMetadata.h>
+#include <quill/core/ThreadContextManager.h>
+
+#include <atomic>
+#include <string>
 
 namespace vela {
 namespace {
@@ -54,25 +62,80 @@ constexpr Statement STATEMENTS[] = {
     statement("vela_core/utils/Mat.cpp:1714", "setSubVector4f", INVALID, MAT, "setSubVector4f"),
 };
 
+std::atomic<LogHook> logHook{nullptr};
+
+/// A message as quill's back end makes it.
+template <class... Arguments>
+std::string textOf(const Statement& statement, const Arguments&... arguments) {
+    const auto format = fmtquill::runtime(statement.metadata.message_format());
+    std::string text;
+    for (const char c : fmtquill::format(format, arguments...)) {
+        if (isPrintable(c)) {
+            text += c;
+        } else {
+            text += fmtquill::format("\\x{:02X}", static_cast<unsigned char>(c));
+        }
+    }
+    return text;
+}
+
 /// The logger that takes error-level statements; null if there is none.
 quill::Logger* findErrorLogger() {
-    if (KLogger::isDestroyed()) return nullptr;
     const auto& loggers = KLogger::get_instance().loggers;
     const auto found = loggers.find(LOGGER_NAME::CORE);
     if (found == loggers.end() || found->second == nullptr) return nullptr;
     return found->second->get_log_level() > quill::LogLevel::Error ? nullptr : found->second;
 }
 
+/// Whether quill still has this thread's context, which is made here if the thread never logged. Its address
+/// can still be asked for when it is gone, so it is looked up among those that are there.
+bool contextIsAlive() {
+    const auto* const ours = quill::detail::get_local_thread_context<quill::FrontendOptions>();
+    bool alive = false;
+    quill::detail::ThreadContextManager::instance().for_each_thread_context(
+        [&](const quill::detail::ThreadContext* context) {
+            alive = alive || (context == ours && context->is_valid());
+        });
+    return alive;
+}
+
+/// Whether this thread may log: quill's context of a thread ends with the thread's `thread_local` objects,
+/// but some of these, and static objects of the main thread, live longer.
+bool threadMayLog() {
+    static thread_local bool over = false;  // without a destructor, so that it can be read to the end
+    if (over) return false;
+    struct Span {
+        bool begun = contextIsAlive();  // younger than the context, so that it ends first
+        Span() = default;
+        ~Span() { over = true; }
+        Span(const Span&) = delete;
+        Span& operator=(const Span&) = delete;
+    };
+    static thread_local const Span span;
+    return span.begun;
+}
+
+template <class... Arguments>
+void hand(const Statement& statement, Arguments... arguments) {
+    if (const LogHook hook = logHook.load(std::memory_order_acquire)) {
+        hook(textOf(statement, arguments...).c_str());
+        return;
+    }
+    const StatementGate::Pass pass;
+    if (!pass.granted()) return;
+    quill::Logger* const logger = findErrorLogger();
+    if (logger == nullptr || !threadMayLog()) return;
+    logger->log_statement<false>(&statement.metadata, arguments...);
+}
+
 template <class... Details>
 void log(LogStatement id, Details... details) noexcept {
     try {
-        quill::Logger* const logger = findErrorLogger();
-        if (logger == nullptr) return;
         const Statement& entry = STATEMENTS[static_cast<std::size_t>(id)];
         if (entry.subject == nullptr) {
-            logger->log_statement<false>(&entry.metadata, entry.tag, details...);
+            hand(entry, entry.tag, details...);
         } else {
-            logger->log_statement<false>(&entry.metadata, entry.tag, entry.subject, details...);
+            hand(entry, entry.tag, entry.subject, details...);
         }
     } catch (...) {
         // A message that cannot be queued is lost: logging never fails its caller.
@@ -80,6 +143,10 @@ void log(LogStatement id, Details... details) noexcept {
 }
 
 }  // namespace
+
+LogHook setLogHook(LogHook hook) noexcept {
+    return logHook.exchange(hook, std::memory_order_acq_rel);
+}
 
 void logError(LogStatement statement) noexcept {
     log(statement);

@@ -22,8 +22,9 @@ enum class LogStatement : std::size_t {
     SET_SUB_VECTOR4F,
 };
 
-/// Hands the statement with its arguments to the core logger, unless that logger's level is above error.
-/// Nothing is formatted here, nothing is thrown, and nothing happens once the registry is destroyed.
+/// Gives the statement's text to the `LogHook`, or, without one, hands the statement with its arguments to
+/// the core logger, unless that logger's level is above error or the message is late (see `KLogger`). Without
+/// a hook nothing is formatted here. Nothing is thrown.
 void logError(LogStatement statement) noexcept;
 void logError(LogStatement statement, const char* detail) noexcept;
 

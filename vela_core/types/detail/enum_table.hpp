@@ -2,7 +2,6 @@
 
 #include "vela_core/types/String.hpp"
 #include "vela_core/types/detail/enum_cast.hpp"
-#include "vela_core/types/detail/unknown_texts.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -16,6 +15,9 @@ struct EnumName {
     const char* name;
 };
 
+/// The answer to a value without a name. A constant, so that it can be read at any time, static
+/// initialisation and exit included.
+inline constexpr const char* UNKNOWN_NAME = "Unknown";
 /// The answer of the few enumerations that do not say "Unknown".
 inline constexpr const char* NO_NAME = "";
 

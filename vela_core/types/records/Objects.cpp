@@ -1,6 +1,6 @@
 #include "vela_core/types/records/Objects.hpp"
 
-#include "vela_core/types/process_values.hpp"
+#include "vela_core/types/records/uuid.hpp"
 
 #include <algorithm>
 

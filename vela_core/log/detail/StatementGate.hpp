@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace vela {
+
+/// Where statements pass on their way to quill. It is closed while the process forks, since a child must not
+/// inherit a queue or a lock of quill's that another thread was using, and for good when the registry dies.
+class StatementGate {
+public:
+    /// Lets one statement pass while it lives. Waits while the process forks.
+    class Pass {
+    public:
+        Pass() noexcept;
+        ~Pass();
+        Pass(const Pass&) = delete;
+        Pass& operator=(const Pass&) = delete;
+
+        /// False once the gate is closed for good, and for the thread that forks: the statement is dropped.
+        bool granted() const noexcept { return granted_; }
+
+    private:
+        bool granted_;
+    };
+
+    /// Closes the gate and waits until nobody is inside. One thread at a time: `pause` waits for the `resume`
+    /// of another thread.
+    static void pause() noexcept;
+    static void resume() noexcept;
+    /// In a forked child, by the thread that paused.
+    static void resumeInChild() noexcept;
+
+    static void closeForGood() noexcept;
+    static bool isClosedForGood() noexcept;
+};
+
+}  // namespace vela
