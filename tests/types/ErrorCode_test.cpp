@@ -17,7 +17,10 @@ TEST(ErrorCode, TextsOfAllValues) {
         EXPECT_EQ(errorCode2str(code), toString(code));
     }
     EXPECT_EQ(texts.str(), contentOf(VELA_TEST_FOLDER "/types/error_codes.txt"));
-    EXPECT_EQ(toString(fromValue<ERROR_CODE>(0x7FFFFFFF)), "Unknown");
+    for (const std::int32_t value : {0x7FFFFFFF, INT32_MIN, INT32_MIN + 1, INT32_MIN + 33}) {
+        EXPECT_EQ(toString(fromValue<ERROR_CODE>(value)), "Unknown") << value;
+        EXPECT_EQ(toVerbose(fromValue<ERROR_CODE>(value)), "Unknown error") << value;
+    }
 }
 
 class ErrorCodeTest : public DeviceTest {};

@@ -16,6 +16,9 @@
 #include "vela_core/utils/depth_export.hpp"
 #include "vela_core/utils/point_cloud_export.hpp"
 
+#include <unistd.h>
+
+#include <cstdlib>
 #include <stdexcept>
 
 namespace vela::test {
@@ -51,6 +54,11 @@ TEST(EnumNames, AreTheOnesThatUsersKnow) {
               contentOf(VELA_TEST_FOLDER "/types/enum_names.txt"));
 }
 
+TEST(EnumNames, CombinedSidesHaveNone) {
+    EXPECT_EQ(toString(MEM_BOTH), "Unknown");
+    EXPECT_EQ(toString(MEM_MANAGED), "Unknown");
+}
+
 TEST(EnumNames, UnitsAreReadFromWordsOfTheirOwn) {
     for (std::int32_t value = -1; value <= 5; ++value) {
         EXPECT_EQ(model2str(fromValue<MODEL>(value)), toString(fromValue<MODEL>(value)));
@@ -84,6 +92,16 @@ TEST(ObjectClasses, BothMappingsAgree) {
                   "[KITE SDK][AI][Core] ERR : INVALID SUBLASS\n");
         EXPECT_EQ(toValue(none), 7);
     }
+}
+
+TEST(ObjectClasses, AComplaintIsWrittenAtOnce) {
+    const auto program = [] {
+        dup2(STDERR_FILENO, STDOUT_FILENO);
+        getObjectClass(fromValue<OBJECT_SUBCLASS>(24));
+        std::_Exit(0);  // writes no buffer
+    };
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(program(), testing::ExitedWithCode(0), "ERR : INVALID SUBLASS\n");
 }
 
 }  // namespace

@@ -86,6 +86,9 @@ struct SensorsData {
         FALLING = 2,
     };
 
+    /// Leaves what is "not set by the constructor" without a value, `SensorsData{}` as well.
+    SensorsData() noexcept {}  // NOLINT(modernize-use-equals-default): a constant needs a constructor of ours
+
     BarometerData barometer;
     TemperatureData temperature;
     MagnetometerData magnetometer;

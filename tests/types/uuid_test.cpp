@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "vela_core/types/records/uuid.hpp"
+
+#include "vela_core/types/parameter_files.hpp"
+#include "vela_core/types/records/Objects.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <set>
+
+namespace vela::test {
+namespace {
+
+// As a program's own globals find them.
+const CustomBoxObjectData FIRST_BOXES[2];
+const std::string EXTENSION_AT_THE_START = INIT_PARAM_EXTENSION;
+
+TEST(Uuid, EachDigitIsOneDrawInOrder) {
+    std::mt19937_64 replay = uuid::gen;
+    std::uniform_int_distribution<std::size_t> digit(0, 15);
+    std::uniform_int_distribution<std::size_t> variant(8, 11);
+    for (int repetition = 0; repetition < 100; ++repetition) {
+        std::string wanted = "dddddddd-dddd-4ddd-vddd-dddddddddddd";
+        for (char& place : wanted) {
+            if (place == 'd') place = "0123456789abcdef"[digit(replay)];
+            if (place == 'v') place = "0123456789abcdef"[variant(replay)];
+        }
+        EXPECT_EQ(repetition % 2 == 0 ? generate_unique_id() : String(uuid::generate_uuid_v4()), wanted);
+    }
+}
+
+TEST(Uuid, ExistsBeforeTheProgramsGlobals) {
+    EXPECT_EQ(EXTENSION_AT_THE_START, ".yml");
+    EXPECT_NE(toStdString(FIRST_BOXES[0].unique_id), toStdString(FIRST_BOXES[1].unique_id));
+    EXPECT_NE(std::string("89ab").find(FIRST_BOXES[0].unique_id.c_str()[19]), std::string::npos)
+        << FIRST_BOXES[0].unique_id;
+}
+
+TEST(Uuid, EachRunDrawsItsOwn) {
+    // The same program, started again, finds here what the first one drew.
+    setenv("VELA_TEST_FIRST_BOX", FIRST_BOXES[0].unique_id.c_str(), 0);
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(std::exit(FIRST_BOXES[0].unique_id != getenv("VELA_TEST_FIRST_BOX") ? 0 : 1),
+                testing::ExitedWithCode(0), "");
+    unsetenv("VELA_TEST_FIRST_BOX");
+}
+
+std::string drawnByAChild() {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        const std::string drawn = uuid::generate_uuid_v4();
+        _exit(write(ends[1], drawn.data(), drawn.size()) == 36 ? 0 : 1);
+    }
+    char drawn[36] = {};
+    EXPECT_EQ(read(ends[0], drawn, sizeof drawn), 36);
+    EXPECT_EQ(waitpid(child, nullptr, 0), child);
+    close(ends[0]);
+    close(ends[1]);
+    return {drawn, sizeof drawn};
+}
+
+TEST(Uuid, ForkedChildrenDrawTheirOwn) {
+    const std::mt19937_64 before = uuid::gen;
+    std::set<std::string> drawn = {drawnByAChild(), drawnByAChild()};
+    EXPECT_EQ(uuid::gen, before) << "the parent is not reseeded";
+    drawn.insert(uuid::generate_uuid_v4());
+    EXPECT_EQ(drawn.size(), 3U);
+}
+
+}  // namespace
+}  // namespace vela::test
