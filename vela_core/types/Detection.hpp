@@ -10,16 +10,16 @@ namespace vela {
 
 /// State of the tracking of an object.
 enum class OBJECT_TRACKING_STATE : std::int32_t {
-    OFF = 0,
-    OK = 1,
-    SEARCHING = 2,
-    TERMINATE = 3,
+    OFF = 0,        ///< not tracked
+    OK = 1,         ///< seen in this frame
+    SEARCHING = 2,  ///< not seen in this frame; its place is predicted
+    TERMINATE = 3,  ///< given up; this is the last frame with it
 };
 
 /// Whether a tracked object moves.
 enum class OBJECT_ACTION_STATE : std::int32_t {
-    IDLE = 0,
-    MOVING = 1,
+    IDLE = 0,    ///< stands still
+    MOVING = 1,  ///< moves in the world
 };
 
 /// How overlapping detections are thinned out.

@@ -5,24 +5,26 @@
 
 namespace vela {
 
-/// Intrinsic parameters of one camera of the pair, in pixels.
+/// Intrinsic parameters of one camera of the pair: the pinhole model of OpenCV, u = fx x/z + cx, v = fy y/z +
+/// cy with x right, y down and z forward. The centre of the top left pixel is (0, 0). All start with 0.
 struct CameraParameters {
-    float fx = 0.0F;
-    float fy = 0.0F;
-    float cx = 0.0F;
-    float cy = 0.0F;
-    double distortion[5] = {};  ///< k1, k2, p1, p2, k3
-    Resolution image_size;
+    float fx = 0.0F;            ///< focal length along a row, in pixels
+    float fy = 0.0F;            ///< focal length along a column, in pixels
+    float cx = 0.0F;            ///< column of the principal point, in pixels
+    float cy = 0.0F;            ///< row of the principal point, in pixels
+    double distortion[5] = {};  ///< k1, k2, p1, p2, k3 of Brown and Conrady's model, as OpenCV orders them
+    Resolution image_size;      ///< of the images that the other values are for
 };
 
 /// Calibration of a stereo pair.
 struct CalibrationParameters {
     CameraParameters left;
     CameraParameters right;
-    Transform
-        camera_pair_transform;  ///< the right camera in the left one's frame, in the unit of the calibration
+    /// The right camera in the frame of the left one, in the length unit of the calibration; the identity at
+    /// first.
+    Transform camera_pair_transform;
 
-    /// The distance of the two cameras, never negative.
+    /// The distance of the two cameras, never negative, in the length unit of the calibration.
     float getCameraBaseline() const;
 };
 

@@ -25,7 +25,7 @@ enum class CAMERA_STATE : std::int32_t {
 /// A camera found on this machine.
 struct DeviceProperties {
     CAMERA_STATE state = CAMERA_STATE::NOT_AVAILABLE;
-    int id = -1;  ///< index on this machine
+    int id = -1;  ///< index on this machine, from 0; -1 is none
     String path;  ///< system device, may be empty
     MODEL model = MODEL::KITE;
     std::uint32_t serial = 0;  ///< 0 is unknown

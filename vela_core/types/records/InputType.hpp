@@ -11,7 +11,7 @@ namespace vela {
 
 /// Kind of camera input.
 enum class INPUT_TYPE : std::int32_t {
-    USB = 0,
+    USB = 0,     ///< a camera attached to this machine, by index or by serial number
     QVR = 1,     ///< a recorded file
     STREAM = 2,  ///< a camera on the network
 };
@@ -24,11 +24,11 @@ String toString(const INPUT_TYPE& value);
 /// current kind only.
 struct InputType {
     std::uint32_t kind = 0;  ///< 0 camera by index, 1 camera by serial number, 2 QVR file, 3 network stream
-    std::uint32_t serial_number = 0;
-    std::uint32_t camera_index = 0;
-    String path;
-    String address;
-    std::uint16_t port = 0;
+    std::uint32_t serial_number = 0;  ///< of kind 1
+    std::uint32_t camera_index = 0;   ///< of kind 0: on this machine, from 0
+    String path;                      ///< of kind 2; empty at first
+    String address;                   ///< of kind 3: host name or IP of the sender; empty at first
+    std::uint16_t port = 0;           ///< of kind 3: port of the sender
 
     void setFromCameraID(unsigned int id) {
         kind = 0;

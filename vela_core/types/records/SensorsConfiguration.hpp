@@ -5,22 +5,23 @@
 
 namespace vela {
 
-/// What is known of one sensor; values are in `unit`, noise per square root of a hertz.
+/// What is known of one sensor. Each starts as an accelerometer that is not available, whatever sensor it is
+/// for: whoever describes a sensor sets `type` and `unit` as well.
 struct SensorParameters {
     SENSOR_TYPE type = SENSOR_TYPE::ACCELEROMETER;
-    float resolution = 0.0F;
+    float resolution = 0.0F;     ///< least step between two readings, in `unit`
     float sampling_rate = 0.0F;  ///< Hz
-    Vector2<float> range;        ///< least and largest value
-    float noise_density = 0.0F;
-    float random_walk = 0.0F;
+    Vector2<float> range;        ///< x the least, y the largest reading, in `unit`; 0, 0 at first
+    float noise_density = 0.0F;  ///< of the white noise, in `unit` per square root of a hertz
+    float random_walk = 0.0F;    ///< of the bias, in `unit` per second and square root of a hertz
     SENSORS_UNIT unit = SENSORS_UNIT::M_S2;
-    bool available = false;
+    bool available = false;  ///< whether the camera has the sensor
 };
 
 /// The sensors of a camera.
 struct SensorsConfiguration {
     SensorParameters accelerometer;
-    SensorParameters gyroscope;
+    SensorParameters gyroscope;  ///< starts with the type and unit of an accelerometer, as the next two do
     SensorParameters magnetometer;
     SensorParameters barometer;
 

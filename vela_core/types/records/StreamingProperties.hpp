@@ -9,10 +9,10 @@ namespace vela {
 
 /// A camera that streams over the network.
 struct StreamingProperties {
-    String ip;
-    std::uint16_t port = 0;
-    std::uint32_t serial = 0;
-    int bitrate = 0;
+    String ip;                 ///< of the sender, as text; empty at first
+    std::uint16_t port = 0;    ///< of the sender; 0 is unknown
+    std::uint32_t serial = 0;  ///< of the camera; 0 is unknown
+    int bitrate = 0;           ///< kilobits per second
 };
 
 /// Four lines, each with its line end: "IP : ", "Port : ", "SN : " and "Bitrate : ".
