@@ -5,6 +5,7 @@
 
 #include <pthread.h>
 
+#include <cstdint>
 #include <exception>
 
 namespace vela {
@@ -31,16 +32,29 @@ struct ForkHandler {
 [[gnu::init_priority(START_IDENTIFIERS)]] const ForkHandler FORK_HANDLER;
 
 struct IdentifierText {
-    // x is a digit, y the variant digit; the version digit and the dashes stand for themselves.
-    char characters[37] = "xxxxxxxx-xxxx-4xxx-yxxx-xxxxxxxxxxxx";
+    char characters[37];
 };
 
-[[gnu::always_inline]] inline IdentifierText draw() {
-    static constexpr char DIGITS[] = "0123456789abcdef";
-    IdentifierText text;
+constexpr int RANDOM_DIGITS = 31;
+constexpr int VARIANT = 15;  // which of them comes from `dis2`
+
+inline IdentifierText draw() {
+    std::uint8_t digits[RANDOM_DIGITS];
+    auto digit = uuid::dis;
+    auto variant = uuid::dis2;
+    const auto drawInto = [&](int first, int end) {
+        for (int i = first; i < end; ++i) {
+            digits[i] = static_cast<std::uint8_t>(digit(uuid::gen));
+        }
+    };
+    drawInto(0, VARIANT);
+    digits[VARIANT] = static_cast<std::uint8_t>(variant(uuid::gen));
+    drawInto(VARIANT + 1, RANDOM_DIGITS);
+
+    IdentifierText text = {"xxxxxxxx-xxxx-4xxx-xxxx-xxxxxxxxxxxx"};
+    const std::uint8_t* next = digits;
     for (char& place : text.characters) {
-        if (place == 'x') place = DIGITS[uuid::dis(uuid::gen)];
-        if (place == 'y') place = DIGITS[uuid::dis2(uuid::gen)];
+        if (place == 'x') place = "0123456789abcdef"[*next++];
     }
     return text;
 }
