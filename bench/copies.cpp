@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stores and copies of whole images in host memory: fill, copy, clone.
 #include "support/Session.hpp"
 #include "support/scene.hpp"

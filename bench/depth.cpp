@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Depth maps and pictures as files.
 #include "support/Session.hpp"
 #include "support/files.hpp"

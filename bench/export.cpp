@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Point clouds as text files, on one thread.
 #include "support/Session.hpp"
 #include "support/files.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small matrices and quaternions, many of each so that nothing is known when the program is compiled.
 #include "support/Session.hpp"
 #include "support/values.hpp"

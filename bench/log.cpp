@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Log statements, as long as they hold up the thread that logs. What the backend does afterwards does not
 // count.
 #include "support/Session.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Loops over whole images in host memory: conversion of units and of axes, in place.
 #include "support/Session.hpp"
 #include "support/scene.hpp"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Chooses what the library runs on: the CUDA runtime, or the software stand-in for it.
 set(VELA_GPU auto CACHE STRING "cuda, software, or auto: cuda where a toolkit and a driver are present")
 set_property(CACHE VELA_GPU PROPERTY STRINGS auto cuda software)
@@ -47,8 +48,7 @@ function(vela_add_gpu_sources target)
         target_sources(${target} PRIVATE vela_gpu/kernels/launchers.cu)
         target_compile_definitions(${target} PUBLIC VELA_GPU_CUDA=1)
         target_link_libraries(${target} PUBLIC CUDA::cudart_static)
-        # Kernels give the same bits as host loops: no fused multiply-add.
-        target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CUDA>:-fmad=false>)
+        set_property(SOURCE vela_gpu/kernels/launchers.cu APPEND PROPERTY COMPILE_OPTIONS -fmad=false)
     else()
         target_sources(${target} PRIVATE
             vela_gpu/software/detail/DeviceMemory.cpp

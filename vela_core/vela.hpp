@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 // The whole public API of the KITE SDK's core types. It brings in the CUDA runtime's types through

@@ -1,10 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/Resolution.hpp"
 #include "vela_core/types/Vector.hpp"
 #include "vela_gpu/runtime.hpp"
 
-namespace vela {
+namespace VELA_API vela {
 
 // Launches over device or managed memory. Row steps are counted in elements of the pointer's type. Each
 // launch covers `width` times `height` pixels and nothing else, and returns without waiting; a launch that

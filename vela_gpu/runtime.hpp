@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 // The one place that chooses what the layer runs on. The build sets one of the two macros, for users too.

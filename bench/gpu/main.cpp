@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Times every kernel beside a device-to-device copy that moves as many bytes. See docs/gpu.md.
 #include "cases.hpp"
 #include "device.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Builds a few records as a program would that talks to cameras, and prints them.
 #include <vela_core/vela.hpp>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What owns what: allocate, wrap, refer, clone, move, copy across sides, write and read.
 #include <vela_core/vela.hpp>
 

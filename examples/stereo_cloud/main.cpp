@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From a rectified stereo pair to a point cloud in four file formats: the capture side makes the cloud, and
 // an application asks for it in metres and in a right-handed frame and saves it.
 #include "Options.hpp"

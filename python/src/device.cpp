@@ -4,6 +4,7 @@
 
 #include <nanobind/stl/string.h>
 
+#include <algorithm>
 #include <string>
 
 namespace vela::python {

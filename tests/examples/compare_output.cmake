@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Runs an example in a folder of its own and compares all that it prints with a file.
 file(MAKE_DIRECTORY ${FOLDER})
 execute_process(COMMAND ${PROGRAM} WORKING_DIRECTORY ${FOLDER} OUTPUT_VARIABLE printed RESULT_VARIABLE status)

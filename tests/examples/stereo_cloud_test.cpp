@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs the example as a user does, on a pair made here.
 #include "support/ScratchFolder.hpp"
 #include "support/device.hpp"

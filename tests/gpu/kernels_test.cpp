@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The kernels over memory that users wrap: any row step, any offset that suits the element, sizes around
 // words and tiles. All of the buffer is compared, so a write beside the pixels shows.
 #include "vela_gpu/kernels.hpp"

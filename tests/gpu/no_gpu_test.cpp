@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the CUDA flavour does on a machine without a GPU: error lines, FAILURE, no crash.
 #include "support/capture.hpp"
 #include "support/device.hpp"

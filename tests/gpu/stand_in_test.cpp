@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The software device must be at least as strict as hardware: what a GPU would show must show here.
 #include "support/device.hpp"
 #include "vela_gpu/kernels.hpp"

@@ -2,6 +2,7 @@
 #include "tools/commands/tool.hpp"
 #include "support/ScratchFolder.hpp"
 #include "tools/commands/Progress.hpp"
+#include "vela_core/version.hpp"
 #include "vela_io/io.hpp"
 
 #include <gtest/gtest.h>
@@ -269,7 +270,7 @@ TEST_F(ToolTest, SaysEachMistakeInOneLineAndWritesNothing) {
 }
 
 TEST_F(ToolTest, CompletionOffersTheOptionsOfEachCommand) {
-    EXPECT_EQ(run({"--version"}).out, "velatool 1.0.0\n");
+    EXPECT_EQ(run({"--version"}).out, "velatool " VELA_VERSION "\n");
     for (const std::string command : {"info", "convert", "view", "diff", "depth2cloud"}) {
         EXPECT_EQ(shell("source '" VELA_COMPLETION "' && COMP_WORDS=(velatool " + command +
                         " --) COMP_CWORD=2 && _velatool && printf \"%s\\n\" \"${COMPREPLY[@]}\" >offered"),

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "support/ScratchFolder.hpp"
 #include "support/capture.hpp"
 #include "vela_core/geometry/frames.hpp"

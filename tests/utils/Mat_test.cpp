@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Life, ownership and copies of Mats are compared with a model in mat_fault_test and mat_random_test; here is
 // what that model does not know.
 #include "vela_core/utils/Mat.hpp"

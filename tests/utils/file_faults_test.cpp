@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every operation that makes or reads a file, met by every fault that befalls files. What must come of it
 // stands in file_faults.txt: the result, what lies at the path afterwards, and what is printed and logged.
 #include "support/ScratchFolder.hpp"

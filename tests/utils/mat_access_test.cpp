@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "support/capture.hpp"
 #include "support/device.hpp"
 #include "vela_core/types/Vector.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every operation in every start state, with each of its calls of the runtime made to fail: the result, the
 // printed and logged text, the fields, the contents that are left and what is leaked must be as the model
 // says.

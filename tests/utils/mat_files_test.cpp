@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Faults of files are in file_faults_test.
 #include "vela_core/utils/detail/mat_files.hpp"
 

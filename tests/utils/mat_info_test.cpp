@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "support/device.hpp"
 #include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/utils/image_conversion.hpp"

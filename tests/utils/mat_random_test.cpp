@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random operations on a handful of Mats beside their models. VELA_RANDOM_SEED and VELA_RANDOM_LENGTH choose
 // a run.
 #include "support/capture.hpp"

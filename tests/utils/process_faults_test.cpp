@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Mats in programs that fork and that work on several threads.
 #include "support/device.hpp"
 #include "vela_core/geometry/mat_conversion.hpp"

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/SquareMatrix.hpp"
 
-namespace vela {
+namespace VELA_API vela {
 
 /// 3 x 3 matrix of floats; the identity by default.
 class Matrix3f : public SquareMatrix<Matrix3f, 3> {

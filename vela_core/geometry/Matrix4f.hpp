@@ -1,11 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/Matrix3f.hpp"
 #include "vela_core/geometry/SquareMatrix.hpp"
 #include "vela_core/types/ErrorCode.hpp"
 #include "vela_core/types/Vector.hpp"
 
-namespace vela {
+namespace VELA_API vela {
 
 /// 4 x 4 matrix of floats; the identity by default. A rigid transform holds its rotation in the upper-left 3
 /// x 3 block, its translation in column 3 of rows 0 to 2, and (0, 0, 0, 1) in row 3.

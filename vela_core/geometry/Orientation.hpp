@@ -1,12 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/Rotation.hpp"
 #include "vela_core/geometry/Translation.hpp"
 #include "vela_core/types/Vector.hpp"
 
 #include <iosfwd>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// A rotation as a quaternion, vector part first: x, y, z, w. No rotation by default.
 class Orientation {

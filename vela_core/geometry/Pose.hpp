@@ -1,10 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/Transform.hpp"
 
 #include <iosfwd>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// A rigid motion stamped with time and confidence.
 class Pose {

@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/Matrix3f.hpp"
 #include "vela_core/types/Vector.hpp"
 
-namespace vela {
+namespace VELA_API vela {
 
 class Orientation;
 class Translation;

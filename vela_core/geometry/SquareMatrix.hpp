@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/String.hpp"
 
-#include <algorithm>
 #include <cstring>
 #include <iosfwd>
 #include <utility>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// What `Matrix3f` and `Matrix4f` have in common: N x N floats, row-major, and a label for the text dump.
 /// Copies and assignments take the numbers only: a copy has an empty label, a target keeps its own. Results
@@ -38,7 +39,11 @@ public:
             m[(N + 1) * i] = 1.0F;
         }
     }
-    void setZeros() { std::fill_n(m, N * N, 0.0F); }
+    void setZeros() {
+        for (float& element : m) {
+            element = 0.0F;
+        }
+    }
     static Derived identity() { return Derived(); }
     static Derived zeros() {
         Derived result;
@@ -102,7 +107,12 @@ public:
     }
 
     /// Exact comparison of the numbers; a NaN is equal to nothing.
-    friend bool operator==(const Derived& a, const Derived& b) { return std::equal(a.m, a.m + N * N, b.m); }
+    friend bool operator==(const Derived& a, const Derived& b) {
+        for (int i = 0; i < N * N; ++i) {
+            if (!(a.m[i] == b.m[i])) return false;
+        }
+        return true;
+    }
     friend bool operator!=(const Derived& a, const Derived& b) { return !(a == b); }
 
     /// The label, or without one the object's address, on a line; then a line for each row, as by "%f" with a
@@ -113,13 +123,17 @@ private:
     template <class Operation>
     Derived elementwise(Operation operation) const {
         float result[N * N];
-        std::transform(m, m + N * N, result, operation);
+        for (int i = 0; i < N * N; ++i) {
+            result[i] = operation(m[i]);
+        }
         return Derived(result);
     }
     template <class Operation>
     Derived elementwise(const Derived& b, Operation operation) const {
         float result[N * N];
-        std::transform(m, m + N * N, b.m, result, operation);
+        for (int i = 0; i < N * N; ++i) {
+            result[i] = operation(m[i], b.m[i]);
+        }
         return Derived(result);
     }
 };

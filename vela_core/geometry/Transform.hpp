@@ -1,11 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/Matrix4f.hpp"
 #include "vela_core/geometry/Orientation.hpp"
 #include "vela_core/geometry/Rotation.hpp"
 #include "vela_core/geometry/Translation.hpp"
 
-namespace vela {
+namespace VELA_API vela {
 
 /// A rigid motion: rotation in the upper-left 3 x 3 block, translation in column 3; the identity by default.
 /// Setting one part leaves the other and row 3 as they are.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "vela_core/geometry/Translation.hpp"
 
 #include "vela_core/geometry/Orientation.hpp"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/Matrix3f.hpp"
 #include "vela_core/geometry/Matrix4f.hpp"
 #include "vela_core/geometry/Transform.hpp"
@@ -10,7 +11,7 @@
 
 #include <cstdint>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Axis convention of positions and orientations.
 enum class COORDINATE_SYSTEM : std::int32_t {

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/Rotation.hpp"
 #include "vela_core/geometry/Transform.hpp"
 #include "vela_core/geometry/frames.hpp"
 #include "vela_core/types/ErrorCode.hpp"
 #include "vela_core/types/Vector.hpp"
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Turns the rotation of a transform in convention `system` about the vertical so that it faces the `IMAGE`
 /// frame's Z axis: pitch and roll stay. The heading is the horizontal part of the forward axis, or of the up

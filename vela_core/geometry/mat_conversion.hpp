@@ -1,11 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/frames.hpp"
 #include "vela_core/geometry/units.hpp"
 #include "vela_core/types/ErrorCode.hpp"
 #include "vela_core/utils/Mat.hpp"
 
-namespace vela {
+namespace VELA_API vela {
 
 // Both work in place on the side `mem`: `CPU` in the host buffer, done on return; `GPU` by kernels on the
 // null stream, without waiting; `MEM_BOTH` on the GPU, then brought to the host by `updateCPUfromGPU`, done

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Apart from the rest of Rotation and Transform, so that programs that use no rotation vectors do not need
 // OpenCV.
 #include "vela_core/geometry/Rotation.hpp"

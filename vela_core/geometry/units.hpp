@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/Transform.hpp"
 #include "vela_core/types/ErrorCode.hpp"
 #include "vela_core/types/String.hpp"
@@ -8,7 +9,7 @@
 
 #include <cstdint>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Length unit of positions and depths.
 enum class UNIT : std::int32_t {

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_gpu/runtime.hpp"
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Prints "in TEXT : Err [NUMBER]: WHAT.\n" on standard output when `status` is not `cudaSuccess`; `text` is
 /// the signature of the function that failed. `text2` and `line` are accepted and not printed.

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/String.hpp"
 
 #include <quill/Logger.h>
@@ -7,7 +9,7 @@
 #include <cstdint>
 #include <unordered_map>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Identity of one of the kit's loggers.
 enum class LOGGER_NAME : std::int32_t {

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-namespace vela {
+#include "vela_core/export.hpp"
+
+namespace VELA_API vela {
 
 /// Takes the library's messages in place of the logger registry. `text` is the whole message as the
 /// registry's logger would print it after its time stamp and source, tag included and without a line end

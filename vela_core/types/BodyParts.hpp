@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/String.hpp"
 #include "vela_core/types/enum_stream.hpp"
 
 #include <cstdint>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Layout of a skeleton.
 enum class BODY_FORMAT : std::int32_t {

@@ -1,11 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/String.hpp"
 #include "vela_core/types/enum_stream.hpp"
 
 #include <cstdint>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Status of every operation that can fail. Only `SUCCESS` means success; value 5 is reserved.
 enum class ERROR_CODE : std::int32_t {

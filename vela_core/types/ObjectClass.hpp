@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/String.hpp"
 #include "vela_core/types/enum_stream.hpp"
 
 #include <cstdint>
 #include <vector>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Coarse class of a detected object.
 enum class OBJECT_CLASS : std::int32_t {

@@ -12,7 +12,7 @@ namespace vela {
 /// `MAT_32F_C4`. Types without a `MAT_TYPE` have `exists == false` and no `type`.
 template <class N>
 struct PixelTraits {
-    static constexpr bool exists = false;
+    static constexpr bool exists = false;  ///< whether a `MAT_TYPE` has these pixels
 };
 
 namespace detail {

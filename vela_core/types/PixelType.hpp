@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/String.hpp"
 #include "vela_core/types/enum_stream.hpp"
 
 #include <cstddef>
 #include <cstdint>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Element type and channel count of a pixel.
 enum class MAT_TYPE : std::int32_t {

@@ -1,11 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
+
+#include "vela_core/export.hpp"
 
 #include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <utility>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Owning, zero-terminated text at the API boundary, one pointer wide so that records and matrices stay
 /// small. A text ends at its first zero byte. A String made from a null pointer has no character data: it is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 /// Marks a function that kernels call too: nvcc compiles it for both sides, other compilers see nothing.

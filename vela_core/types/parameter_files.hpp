@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
+
 #include <string>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// File extension of parameter files, ".yml". Built before a program's own globals and destroyed after them.
 extern const std::string INIT_PARAM_EXTENSION;

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/ErrorCode.hpp"
 #include "vela_core/types/Memory.hpp"
 #include "vela_core/types/PixelTraits.hpp"
@@ -12,7 +14,7 @@
 #include <cstddef>
 #include <type_traits>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Two-dimensional image of one element type and one to four channels, in host memory, in GPU memory, in both
 /// (two buffers that explicit copies keep in step), or in one CUDA managed buffer.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "vela_core/utils/depth_export.hpp"
 
 #include "vela_core/types/detail/enum_table.hpp"

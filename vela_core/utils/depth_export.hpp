@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/String.hpp"
 #include "vela_core/utils/Mat.hpp"
 
@@ -12,7 +14,7 @@ enum DEPTH_FORMAT : std::int32_t {
     PGM = 2,  ///< ".pgm", 16 bits in decimal digits (plain form), depth times factor
 };
 
-namespace vela {
+namespace VELA_API vela {
 
 String toString(const DEPTH_FORMAT& value);
 
@@ -27,4 +29,4 @@ String toString(const DEPTH_FORMAT& value);
 /// (of a PFM file: opened) or memory is short, and for an unknown format, which is also said on standard
 /// output. A PFM file that could not be written whole is the beginning of what it should be. OpenCV's
 /// exceptions, for an empty map say, reach the caller.
-bool saveDepthAs(vela::Mat& depth, DEPTH_FORMAT format, vela::String name, float factor);
+VELA_API bool saveDepthAs(vela::Mat& depth, DEPTH_FORMAT format, vela::String name, float factor);

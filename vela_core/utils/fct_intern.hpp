@@ -1,12 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/PixelType.hpp"
 
 #include <opencv2/core.hpp>
 
 #include <string>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// The pixel type that a picture is read as: bytes of 1 to 4 channels, floats of 1 to 4 channels, 16 unsigned
 /// bits of one channel, signed bytes of 4 channels; `MAT_8U_C1` for every other.

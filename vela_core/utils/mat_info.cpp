@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "vela_core/types/detail/enum_table.hpp"
 #include "vela_core/types/detail/pixel_types.hpp"
 #include "vela_core/types/detail/text_format.hpp"

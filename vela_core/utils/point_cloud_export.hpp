@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/String.hpp"
 #include "vela_core/utils/Mat.hpp"
 
@@ -13,7 +15,7 @@ enum POINT_CLOUD_FORMAT : std::int32_t {
     VTK = 3,  ///< ".vtk", VTK legacy ASCII polydata
 };
 
-namespace vela {
+namespace VELA_API vela {
 
 String toString(const POINT_CLOUD_FORMAT& value);
 
@@ -35,7 +37,7 @@ String toString(const POINT_CLOUD_FORMAT& value);
 ///
 /// False when the output cannot be opened or memory is short. Failed writes, on a full disk say, do not show:
 /// the file is then the beginning of what it should be.
-bool savePointCloudAs(vela::Mat& cloud, POINT_CLOUD_FORMAT format, vela::String name, bool color);
+VELA_API bool savePointCloudAs(vela::Mat& cloud, POINT_CLOUD_FORMAT format, vela::String name, bool color);
 
 /// Always false: the exporters write for little-endian hosts.
-bool is_big_endian();
+VELA_API bool is_big_endian();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "vela_gpu/kernels/detail/pixel_tiles.hpp"
 
 #include <cuda_runtime_api.h>

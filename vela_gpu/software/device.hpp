@@ -1,11 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_gpu/software/runtime.hpp"
 
 #include <cstddef>
 
 /// Control of the software device, for tests.
-namespace vela::software_device {
+namespace vela {
+namespace VELA_API software_device {
 
 /// Lets the nth (1 = next) coming call of the runtime function `name`, say "cudaMallocPitch", fail with
 /// `status` and have no effect; the calls before and after it work. Kernel launches go by "cudaLaunchKernel".
@@ -25,4 +28,5 @@ struct Arguments {
 };
 Arguments latestArguments();
 
-}  // namespace vela::software_device
+}  // namespace software_device
+}  // namespace vela

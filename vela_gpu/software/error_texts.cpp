@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "vela_gpu/software/runtime.hpp"
 
 #include <algorithm>
 #include <iterator>
 
+namespace vela::software_runtime {
 namespace {
 
 struct ErrorText {
@@ -59,3 +61,5 @@ const char* cudaGetErrorString(cudaError_t error) {
                                     [=](const ErrorText& entry) { return entry.error == error; });
     return found == std::end(ERROR_TEXTS) ? "unrecognized error code" : found->text;
 }
+
+}  // namespace vela::software_runtime

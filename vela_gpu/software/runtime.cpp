@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "vela_gpu/software/runtime.hpp"
 
 #include "vela_gpu/software/detail/StandIn.hpp"
@@ -6,6 +7,7 @@
 #include <cstring>
 #include <limits>
 
+namespace vela::software_runtime {
 namespace {
 
 using vela::software_device::DeviceMemory;
@@ -221,3 +223,5 @@ cudaError_t cudaGetLastError() {
 cudaError_t cudaPeekAtLastError() {
     return StandIn::lastError();
 }
+
+}  // namespace vela::software_runtime

@@ -1,10 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
+
+#include "vela_core/export.hpp"
 
 #include <cstddef>
 
-// The part of the CUDA runtime's interface that the layer uses, carried out on this machine's memory: the
-// same names, values and results. The functions have C++ linkage, so that a program may also load libraries
-// that bring the real runtime.
+namespace vela {
+
+/// The part of the CUDA runtime's interface that the library uses, carried out on this machine's memory: the
+/// same names, values and results. It has a namespace of its own, so that a program may also load the real
+/// runtime.
+namespace VELA_API software_runtime {
 
 enum cudaError {
     cudaSuccess = 0,
@@ -84,3 +90,14 @@ cudaError_t cudaGetDeviceCount(int* count);
 cudaError_t cudaGetLastError();
 cudaError_t cudaPeekAtLastError();
 const char* cudaGetErrorString(cudaError_t error);
+
+}  // namespace software_runtime
+
+using namespace software_runtime;
+
+}  // namespace vela
+
+// The names of the runtime are global, unless CUDA's own header has taken them.
+#if !defined(__CUDA_RUNTIME_API_H__) && !defined(__DRIVER_TYPES_H__)
+using namespace vela::software_runtime;
+#endif

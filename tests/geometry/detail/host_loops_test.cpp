@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "vela_core/geometry/detail/host_loops.hpp"
 
 #include "vela_core/geometry/detail/avx2_rows.hpp"

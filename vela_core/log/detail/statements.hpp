@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
+
+#include "vela_core/export.hpp"
 
 #include <cstddef>
 
@@ -25,7 +28,7 @@ enum class LogStatement : std::size_t {
 /// Gives the statement's text to the `LogHook`, or, without one, hands the statement with its arguments to
 /// the core logger, unless that logger's level is above error or the message is late (see `KLogger`). Without
 /// a hook nothing is formatted here. Nothing is thrown.
-void logError(LogStatement statement) noexcept;
-void logError(LogStatement statement, const char* detail) noexcept;
+VELA_API void logError(LogStatement statement) noexcept;
+VELA_API void logError(LogStatement statement, const char* detail) noexcept;
 
 }  // namespace vela

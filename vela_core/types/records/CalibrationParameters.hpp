@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/Transform.hpp"
 #include "vela_core/types/Resolution.hpp"
 
-namespace vela {
+namespace VELA_API vela {
 
 /// Intrinsic parameters of one camera of the pair: the pinhole model of OpenCV, u = fx x/z + cx, v = fy y/z +
 /// cy with x right, y down and z forward. The centre of the top left pixel is (0, 0). All start with 0.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "vela_core/types/records/Objects.hpp"
 
 #include "vela_core/types/records/uuid.hpp"

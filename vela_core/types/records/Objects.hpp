@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/Detection.hpp"
 #include "vela_core/types/ObjectClass.hpp"
 #include "vela_core/types/String.hpp"
@@ -9,7 +11,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// A detection that the user supplies; each one made gets a fresh identifier.
 struct CustomBoxObjectData {

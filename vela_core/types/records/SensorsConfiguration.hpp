@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/Sensors.hpp"
 #include "vela_core/types/Vector.hpp"
 
-namespace vela {
+namespace VELA_API vela {
 
 /// What is known of one sensor. Each starts as an accelerometer that is not available, whatever sensor it is
 /// for: whoever describes a sensor sets `type` and `unit` as well.

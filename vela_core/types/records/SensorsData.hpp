@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/Matrix3f.hpp"
 #include "vela_core/geometry/Transform.hpp"
 #include "vela_core/types/ErrorCode.hpp"
@@ -11,7 +12,7 @@
 #include <cstdint>
 #include <map>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// One sample of all motion and environment sensors. Time stamps are nanoseconds. Members "not set by the
 /// constructor" hold no value until the producer of the sample gives them one.

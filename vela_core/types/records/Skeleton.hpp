@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/BodyParts.hpp"
 
 #include <utility>
 #include <vector>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// The bones of a `POSE_18` skeleton, 19 pairs of keypoints, in the order that drawing code relies on.
 /// Built before a program's own globals and destroyed after them.

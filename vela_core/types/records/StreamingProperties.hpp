@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/String.hpp"
 
 #include <cstdint>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// A camera that streams over the network.
 struct StreamingProperties {

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/types/String.hpp"
 
 #include <random>
 #include <string>
 
-namespace vela {
+namespace VELA_API vela {
 
 /// The source of unique identifiers. The engine is seeded once, from `rd`, and once more in each forked
 /// child; it exists before a program's own globals. It has no lock: calls from several threads, those of

@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
+
+#include "vela_core/export.hpp"
 
 #include <cstddef>
 #include <memory>
@@ -9,7 +12,7 @@ namespace vela {
 
 /// A file that is written in large blocks. Errors are not reported; after the first one nothing more is
 /// written, so that what is there is the beginning of what should be.
-class BlockFile {
+class VELA_API BlockFile {
 public:
     /// The most that one `reserve` may ask for.
     static constexpr std::size_t LARGEST_RESERVE = 4096;

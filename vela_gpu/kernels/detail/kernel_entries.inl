@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Implements kernels.hpp on one function: `launchTiles(walker, stream)` calls the walker for all of its
 // tiles, by every lane. Each backend's launcher source defines it and then includes this file.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include "vela_gpu/software/detail/DeviceMemory.hpp"
@@ -12,10 +13,14 @@
 #include <utility>
 #include <vector>
 
+namespace vela::software_runtime {
+
 /// Work that was given to a stream and not carried out yet.
 struct CUstream_st {
     std::vector<std::function<cudaError_t()>> pending;
 };
+
+}  // namespace vela::software_runtime
 
 namespace vela::software_device {
 

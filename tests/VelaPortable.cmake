@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Makes a program that runs where nothing of ours is installed: it needs the C library and nothing else.
 function(vela_make_portable target)
     target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/arc4random.cpp)

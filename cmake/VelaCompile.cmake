@@ -1,0 +1,32 @@
+# SPDX-License-Identifier: Apache-2.0
+# How our own targets are compiled; none of it reaches users of the library.
+option(VELA_WARNINGS_AS_ERRORS "Treat warnings in our own sources as errors" OFF)
+
+# An optimised build unless the user asks for another.
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Debug, Release, RelWithDebInfo or MinSizeRel" FORCE)
+endif()
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+function(vela_add_warnings target)
+    target_compile_options(${target} PRIVATE
+        $<$<COMPILE_LANGUAGE:CXX>:-Wall;-Wextra;-Wpedantic;-Wshadow;-Wconversion>
+        $<$<COMPILE_LANGUAGE:CUDA>:-Xcompiler=-Wall,-Wextra,-Wshadow>)
+    if(VELA_WARNINGS_AS_ERRORS)
+        target_compile_options(${target} PRIVATE
+            $<$<COMPILE_LANGUAGE:CXX>:-Werror>
+            $<$<COMPILE_LANGUAGE:CUDA>:-Xcompiler=-Werror;-Werror=all-warnings>)
+    endif()
+endfunction()
+
+# Disables FMA contraction in the sources, or in the whole target when none are given, so that they compute the same
+# bits on every CPU and GPU.
+function(vela_keep_bits target)
+    if(ARGN)
+        set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS -ffp-contract=off)
+    else()
+        target_compile_options(${target} PRIVATE
+            $<$<COMPILE_LANGUAGE:CXX>:-ffp-contract=off>
+            $<$<COMPILE_LANGUAGE:CUDA>:-fmad=false>)
+    endif()
+endfunction()

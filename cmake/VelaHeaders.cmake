@@ -1,0 +1,67 @@
+# SPDX-License-Identifier: Apache-2.0
+# The headers that users include; every other one lies in a detail folder.
+set(VELA_PUBLIC_HEADERS
+    vela_core/export.hpp
+    vela_core/geometry/Matrix3f.hpp
+    vela_core/geometry/Matrix4f.hpp
+    vela_core/geometry/Orientation.hpp
+    vela_core/geometry/Pose.hpp
+    vela_core/geometry/Rotation.hpp
+    vela_core/geometry/SquareMatrix.hpp
+    vela_core/geometry/Transform.hpp
+    vela_core/geometry/Translation.hpp
+    vela_core/geometry/frames.hpp
+    vela_core/geometry/heading.hpp
+    vela_core/geometry/mat_conversion.hpp
+    vela_core/geometry/units.hpp
+    vela_core/log/CudaSafeCall.hpp
+    vela_core/log/KLogger.hpp
+    vela_core/log/LogHook.hpp
+    vela_core/types/BodyParts.hpp
+    vela_core/types/Detection.hpp
+    vela_core/types/ErrorCode.hpp
+    vela_core/types/Memory.hpp
+    vela_core/types/ObjectClass.hpp
+    vela_core/types/PixelTraits.hpp
+    vela_core/types/PixelType.hpp
+    vela_core/types/Resolution.hpp
+    vela_core/types/Sensors.hpp
+    vela_core/types/String.hpp
+    vela_core/types/Vector.hpp
+    vela_core/types/enum_stream.hpp
+    vela_core/types/host_device.hpp
+    vela_core/types/parameter_files.hpp
+    vela_core/types/records/CalibrationParameters.hpp
+    vela_core/types/records/DeviceProperties.hpp
+    vela_core/types/records/InputType.hpp
+    vela_core/types/records/Objects.hpp
+    vela_core/types/records/SensorsConfiguration.hpp
+    vela_core/types/records/SensorsData.hpp
+    vela_core/types/records/Skeleton.hpp
+    vela_core/types/records/StreamingProperties.hpp
+    vela_core/types/records/uuid.hpp
+    vela_core/utils/Mat.hpp
+    vela_core/utils/depth_export.hpp
+    vela_core/utils/fct_intern.hpp
+    vela_core/utils/image_conversion.hpp
+    vela_core/utils/point_cloud_export.hpp
+    vela_core/vela.hpp
+    vela_gpu/kernels.hpp
+    vela_gpu/runtime.hpp
+)
+set(VELA_SOFTWARE_HEADERS
+    vela_gpu/software/device.hpp
+    vela_gpu/software/runtime.hpp
+)
+set(VELA_INTEROP_HEADERS
+    vela_interop/dlpack.hpp
+    vela_interop/eigen.hpp
+    vela_interop/opencv.hpp
+    vela_interop/pcl.hpp
+    vela_interop/ros.hpp
+    vela_interop/view.hpp
+)
+set(VELA_ALL_PUBLIC_HEADERS ${VELA_PUBLIC_HEADERS} ${VELA_SOFTWARE_HEADERS})
+if(VELA_GPU_FLAVOUR STREQUAL "software")
+    list(APPEND VELA_PUBLIC_HEADERS ${VELA_SOFTWARE_HEADERS})
+endif()

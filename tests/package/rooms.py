@@ -1,0 +1,69 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Fails where an #include runs up: rooms.py SOURCE_TREE HEADER...
+
+The HEADERs are the public ones: they and nothing else lie outside the detail folders.
+"""
+import pathlib
+import re
+import sys
+
+# From the ground up; a room may include itself and the rooms before it.
+ROOMS = [
+    ("export", r"vela_core/(export|version)\.hpp"),
+    ("runtime", r"vela_gpu/(runtime\.hpp|software/)"),
+    ("types", r"vela_core/types/(?!records/)"),
+    ("log", r"vela_core/log/"),
+    ("kernels", r"vela_gpu/kernels(\.hpp|/)"),
+    ("utils", r"vela_core/utils/"),
+    ("geometry", r"vela_core/geometry/"),
+    ("records", r"vela_core/types/records/"),
+    ("vela.hpp", r"vela_core/vela\.hpp"),
+    ("io", r"vela_io/"),
+    ("interop", r"vela_interop/"),
+]
+GENERATED = {"vela_core/version.hpp"}
+PRIVATE = r"/detail/|^vela_io/(formats|pictures)/"
+INCLUDE = re.compile(r'^\s*#\s*include\s*[<"](vela_[^>"]+)[>"]', re.M)
+
+
+def floor(path):
+    for number, (_, pattern) in enumerate(ROOMS):
+        if re.match(pattern, path):
+            return number
+    return None
+
+
+def main(tree, public):
+    faults = []
+    included = 0
+    paths = sorted(
+        path.relative_to(tree).as_posix()
+        for library in ("vela_core", "vela_gpu", "vela_io", "vela_interop")
+        for path in (tree / library).rglob("*")
+        if path.suffix in {".hpp", ".cpp", ".cu", ".inl"}
+    )
+    for path in paths:
+        here = floor(path)
+        if here is None:
+            faults.append(f"{path}: in no room")
+            continue
+        for other in INCLUDE.findall((tree / path).read_text()):
+            included += 1
+            there = floor(other)
+            if there is None or (other not in GENERATED and not (tree / other).is_file()):
+                faults.append(f"{path}: includes {other}, which is in no room")
+            elif there > here:
+                faults.append(f"{path} ({ROOMS[here][0]}): includes {other} ({ROOMS[there][0]}), which is above it")
+            elif path in public and re.search(PRIVATE, other):
+                faults.append(f"{path}: public, but includes {other}")
+    outside = {path for path in paths if path.endswith(".hpp") and not re.search(PRIVATE, path)} | GENERATED
+    faults += [f"{path}: neither listed as public nor in a detail folder" for path in sorted(outside - public)]
+    faults += [f"{path}: listed as public, but not there or in a detail folder" for path in sorted(public - outside)]
+    print("\n".join(faults))
+    if included < 100:
+        sys.exit(f"only {included} includes found")
+    sys.exit(1 if faults else 0)
+
+
+main(pathlib.Path(sys.argv[1]), set(sys.argv[2:]))
