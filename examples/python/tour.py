@@ -74,7 +74,8 @@ def main():
     same = np.allclose(again.xyz[0], cloud.xyz[cloud.valid] * 1000)
     print(f"read back in {info.unit.name}: {'the same' if same else 'different'} points")
 
-    save_png(folder / "tour_depth.png", np.nan_to_num(depth * 80).clip(0, 255).astype(np.uint8))
+    io.write_depth(Mat.from_array(depth), folder / "tour_depth.png", unit=UNIT.METER, scale=1000)
+    save_png(folder / "tour_shades.png", np.nan_to_num(depth * 80).clip(0, 255).astype(np.uint8))
     save_png(folder / "tour_top.png", top_view(cloud))
     for path in sorted(folder.glob("tour*")):
         print(path.name)

@@ -44,6 +44,7 @@ class TestClouds:
             assert np.array_equal(read.rgba[0, :, :3], COLORS[keep][:, :3])
         header = io.inspect_cloud(os.fsencode(path).decode())
         assert (header.format, header.encoding) == (format, encoding)
+        assert io.kind_of(path) is io.FILE_KIND.CLOUD or format == io.CLOUD_FILE.XYZ
 
     def test_options_of_writing(self, tmp_path, cloud):
         path = tmp_path / "cloud.ply"
@@ -103,12 +104,48 @@ class TestClouds:
         assert np.array_equal(io.read_cloud(path)[0].xyz, POINTS)
 
 
+class TestDepth:
+    depth = np.array([[0.5, 1.25, np.nan], [2, 3, 60]], np.float32)
+
+    @pytest.mark.parametrize("extension", ["png", "pgm", "pfm", "npy"])
+    def test_round_trip(self, tmp_path, extension):
+        path = tmp_path / f"depth.{extension}"
+        samples = {"unit": UNIT.METER, "scale": 1000} if extension in ("png", "pgm") else {}
+        io.write_depth(Mat.from_array(self.depth), path, **samples)
+        read, info = io.read_depth(path)
+        assert np.array_equal(read.numpy(), self.depth, equal_nan=True)
+        assert info.format.name == extension.upper() and (info.width, info.height, info.with_depth) == (3, 2, 5)
+        assert io.inspect_depth(path).sample_bits == (16 if extension in ("png", "pgm") else 32)
+
+    def test_options(self, tmp_path):
+        m, path = Mat.from_array(self.depth), tmp_path / "depth.pgm"
+        io.write_depth(m, path, encoding=io.ENCODING.ASCII, unit=UNIT.METER, target_unit=UNIT.MILLIMETER)
+        assert path.read_bytes().startswith(b"P2") and b" 1250" in path.read_bytes()
+        read, info = io.read_depth(path, target_unit=UNIT.CENTIMETER)
+        assert np.allclose(read.numpy(), self.depth * 100, equal_nan=True) and info.unit is UNIT.CENTIMETER
+        with pytest.raises(vela.Error):
+            io.write_depth(m, path, scale=2000)
+        assert io.write_depth(m, path, scale=2000, allow_clipping=True).clipped == 1
+        io.write_depth(m, path, format=io.DEPTH_FILE.PNG, invalid=65535, scale=4, compression=9)
+        read, info = io.read_depth(path)
+        assert (info.format, info.invalid, info.scale) == (io.DEPTH_FILE.PNG, 65535, 4)
+        assert np.array_equal(read.numpy(), self.depth, equal_nan=True)
+        rows = tmp_path / "depth.pfm"
+        io.write_depth(m, rows, rows=io.ROW_ORDER.TOP_FIRST)
+        assert np.array_equal(np.frombuffer(rows.read_bytes()[-24:], "<f4"), self.depth.ravel(), equal_nan=True)
+        upside_down, _ = io.read_depth(rows)
+        assert np.array_equal(upside_down.numpy(), self.depth[::-1], equal_nan=True)
+        assert np.array_equal(io.read_depth(rows, rows=io.ROW_ORDER.TOP_FIRST)[0].numpy(), self.depth, equal_nan=True)
+        with pytest.raises(vela.Error):
+            io.read_depth(rows, max_pixels=5)
+
+
 @pytest.mark.parametrize("dtype", [np.float32, np.uint8])
 def test_arrays(tmp_path, dtype):
     values = np.arange(24).reshape(2, 3, 4).astype(dtype)
     path = tmp_path / "Ünicode.npy"
     assert io.write_npy(Mat.from_array(values), path).bytes == path.stat().st_size
-    assert np.array_equal(np.load(path), values)
+    assert np.array_equal(np.load(path), values) and io.kind_of(path) is io.FILE_KIND.ARRAY
     np.save(path, values[::-1])
     assert np.array_equal(io.read_npy(path).numpy(), values[::-1])
     np.save(path, values.astype(np.float64))
@@ -118,7 +155,7 @@ def test_arrays(tmp_path, dtype):
 
 class TestFailures:
     @pytest.mark.parametrize(
-        "read", [io.read_cloud, io.read_npy, io.inspect_cloud]
+        "read", [io.read_cloud, io.read_depth, io.read_npy, io.inspect_cloud, io.inspect_depth]
     )
     def test_system(self, tmp_path, read):
         path = tmp_path / "missing.ply"

@@ -6,6 +6,7 @@ import sys
 from pathlib import Path
 
 import pytest
+import vela
 
 
 def in_a_process(code):
@@ -45,8 +46,10 @@ def test_tour(tmp_path):
     assert done.stdout.splitlines() == [
         "75600 of 76800 points written, 1200 without a depth",
         "read back in MILLIMETER: the same points",
-        "tour.ply", "tour_depth.png", "tour_top.png",
+        "tour.ply", "tour_depth.png", "tour_shades.png", "tour_top.png",
     ], done.stderr  # fmt: skip
+    depth, info = vela.io.read_depth(tmp_path / "tour_depth.png")
+    assert info.with_depth == 75600 and depth.numpy()[0, 0] == 3 and depth.numpy()[120, 160] == pytest.approx(1.55)
 
 
 @pytest.mark.parametrize("method", ["spawn", "fork"])

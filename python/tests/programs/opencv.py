@@ -23,4 +23,7 @@ part = vela.Mat.from_array(padded[2:6, 1:7], copy=False)
 cv2.blur(picture, (3, 3), dst=part.numpy())
 assert np.array_equal(padded[2:6, 1:7], cv2.blur(picture, (3, 3))) and not padded[0].any()
 
+depth = np.float32([[0.5, 1.25], [3, 65]])
+vela.io.write_depth(vela.Mat.from_array(depth), folder / "d.png", scale=1000)
+assert np.array_equal(cv2.imread(str(folder / "d.png"), cv2.IMREAD_UNCHANGED), (depth * 1000).astype(np.uint16))
 print("equal")
