@@ -123,7 +123,8 @@ std::int32_t elementCount(const vela::Mat& cloud) {
     const auto pixels = static_cast<std::int32_t>(cloud.width * cloud.height);
     if (!cloud.memoryOwner) return pixels;
     const std::size_t inside = cloud.stepBytesCPU * cloud.height / sizeof(Point);
-    return static_cast<std::int32_t>(std::min<std::size_t>(inside, std::max(pixels, 0)));
+    return pixels > 0 && static_cast<std::size_t>(pixels) > inside ? static_cast<std::int32_t>(inside)
+                                                                   : pixels;
 }
 
 /// Writes the line of every point with a finite x and returns how many there are.
