@@ -155,7 +155,14 @@ void bindSamples(nb::module_& module) {
         .def_rw("angular_velocity_covariance", &Imu::angular_velocity_covariance)
         .def_rw("linear_acceleration_covariance", &Imu::linear_acceleration_covariance)
         .def_rw("rate", &Imu::rate, "Hz.");
-    data.def(nb::init<>())
+    // Python sees no member without a value, whereas the constructor leaves some.
+    data.def("__init__",
+             [](SensorsData* self) {
+                 new (self) SensorsData;
+                 self->barometer = {};
+                 self->magnetometer = {};
+                 self->imu = {};
+             })
         .def_rw("barometer", &SensorsData::barometer)
         .def_rw("temperature", &SensorsData::temperature)
         .def_rw("magnetometer", &SensorsData::magnetometer)

@@ -225,15 +225,7 @@ void runsOften(int times, Program program) {
     }
 }
 
-void logsFirstOnAThreadWhileItExits() {
-    runsOften(100, [](int i) {
-        std::thread([i] {
-            std::this_thread::sleep_for(std::chrono::microseconds(i * 3));
-            misuse();
-        }).detach();
-    });
-}
-
+/// Some of them for the first time.
 void exitsWhileThreadsLog() {
     runsOften(10, [](int i) {
         for (int thread = 0; thread < 3; ++thread) {
@@ -266,7 +258,6 @@ const struct {
      "^[^\n]*setSubVector3f Invalid Parameters\\.\n[^\n]*in read : child\n[^\n]*in read : parent\n$"},
     {"forksAndLeavesAtOnce", forksAndLeavesAtOnce, ONE},
     {"forksWhileThreadsLog", forksWhileThreadsLog, ""},
-    {"logsFirstOnAThreadWhileItExits", logsFirstOnAThreadWhileItExits, ""},
     {"exitsWhileThreadsLog", exitsWhileThreadsLog, ""},
 #ifdef VELA_GPU_SOFTWARE
     {"freesAMatAfterTheRegistry", freesAMatAfterTheRegistry, ONE},
