@@ -6,7 +6,7 @@
 #include "vela_core/types/Vector.hpp"
 #include "vela_gpu/runtime.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 // Launches over device or managed memory. Row steps are counted in elements of the pointer's type. Each
 // launch covers `width` times `height` pixels and nothing else, and returns without waiting; a launch that

@@ -4,7 +4,7 @@
 #include "vela_core/export.hpp"
 #include "vela_core/geometry/SquareMatrix.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// 3 x 3 matrix of floats; the identity by default.
 class Matrix3f : public SquareMatrix<Matrix3f, 3> {

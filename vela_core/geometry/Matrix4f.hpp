@@ -7,7 +7,7 @@
 #include "vela_core/types/ErrorCode.hpp"
 #include "vela_core/types/Vector.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// 4 x 4 matrix of floats; the identity by default. A rigid transform holds its rotation in the upper-left 3
 /// x 3 block, its translation in column 3 of rows 0 to 2, and (0, 0, 0, 1) in row 3.

@@ -8,7 +8,7 @@
 
 #include <iosfwd>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// A rotation as a quaternion, vector part first: x, y, z, w. No rotation by default.
 class Orientation {

@@ -6,7 +6,7 @@
 
 #include <iosfwd>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// A rigid motion stamped with time and confidence.
 class Pose {

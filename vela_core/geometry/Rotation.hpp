@@ -5,7 +5,7 @@
 #include "vela_core/geometry/Matrix3f.hpp"
 #include "vela_core/types/Vector.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 class Orientation;
 class Translation;

@@ -8,7 +8,7 @@
 #include <iosfwd>
 #include <utility>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// What `Matrix3f` and `Matrix4f` have in common: N x N floats, row-major, and a label for the text dump.
 /// Copies and assignments take the numbers only: a copy has an empty label, a target keeps its own. Results

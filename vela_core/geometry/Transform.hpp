@@ -7,7 +7,7 @@
 #include "vela_core/geometry/Rotation.hpp"
 #include "vela_core/geometry/Translation.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// A rigid motion: rotation in the upper-left 3 x 3 block, translation in column 3; the identity by default.
 /// Setting one part leaves the other and row 3 as they are.

@@ -11,7 +11,7 @@
 
 #include <cstdint>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Axis convention of positions and orientations.
 enum class COORDINATE_SYSTEM : std::int32_t {

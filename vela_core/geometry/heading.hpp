@@ -8,7 +8,7 @@
 #include "vela_core/types/ErrorCode.hpp"
 #include "vela_core/types/Vector.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Turns the rotation of a transform in convention `system` about the vertical so that it faces the `IMAGE`
 /// frame's Z axis: pitch and roll stay. The heading is the horizontal part of the forward axis, or of the up

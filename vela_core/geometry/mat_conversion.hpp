@@ -7,7 +7,7 @@
 #include "vela_core/types/ErrorCode.hpp"
 #include "vela_core/utils/Mat.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 // Both work in place on the side `mem`: `CPU` in the host buffer, done on return; `GPU` by kernels on the
 // null stream, without waiting; `MEM_BOTH` on the GPU, then brought to the host by `updateCPUfromGPU`, done

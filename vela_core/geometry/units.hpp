@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Length unit of positions and depths.
 enum class UNIT : std::int32_t {

@@ -4,7 +4,7 @@
 #include "vela_core/export.hpp"
 #include "vela_gpu/runtime.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Prints "in TEXT : Err [NUMBER]: WHAT.\n" on standard output when `status` is not `cudaSuccess`; `text` is
 /// the signature of the function that failed. `text2` and `line` are accepted and not printed.

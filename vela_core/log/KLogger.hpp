@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <unordered_map>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Identity of one of the kit's loggers.
 enum class LOGGER_NAME : std::int32_t {

@@ -3,7 +3,7 @@
 
 #include "vela_core/export.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Takes the library's messages in place of the logger registry. `text` is the whole message as the
 /// registry's logger would print it after its time stamp and source, tag included and without a line end

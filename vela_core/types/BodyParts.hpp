@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Layout of a skeleton.
 enum class BODY_FORMAT : std::int32_t {

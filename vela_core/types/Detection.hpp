@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// State of the tracking of an object.
 enum class OBJECT_TRACKING_STATE : std::int32_t {

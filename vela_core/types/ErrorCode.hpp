@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Status of every operation that can fail. Only `SUCCESS` means success; value 5 is reserved.
 enum class ERROR_CODE : std::int32_t {

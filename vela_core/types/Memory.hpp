@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Side of memory, used as a bit mask together with `MEM_BOTH` and `MEM_MANAGED`.
 enum class MEM : std::int32_t {

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Coarse class of a detected object.
 enum class OBJECT_CLASS : std::int32_t {

@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Element type and channel count of a pixel.
 enum class MAT_TYPE : std::int32_t {

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Kind of a motion or environment sensor.
 enum class SENSOR_TYPE : std::int32_t {

@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Owning, zero-terminated text at the API boundary, one pointer wide so that records and matrices stay
 /// small. A text ends at its first zero byte. A String made from a null pointer has no character data: it is

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// File extension of parameter files, ".yml". Built before a program's own globals and destroyed after them.
 extern const std::string INIT_PARAM_EXTENSION;

@@ -75,6 +75,7 @@ Mat& Mat::operator=(const Mat& source) {
     return *this;
 }
 
+// NOLINTNEXTLINE(readability-redundant-member-init): "n/a" would take memory
 Mat::Mat(Mat&& source) noexcept : name() {
     *this = std::move(source);
 }

@@ -14,7 +14,7 @@
 #include <cstddef>
 #include <type_traits>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Two-dimensional image of one element type and one to four channels, in host memory, in GPU memory, in both
 /// (two buffers that explicit copies keep in step), or in one CUDA managed buffer.

@@ -14,7 +14,7 @@ enum DEPTH_FORMAT : std::int32_t {
     PGM = 2,  ///< ".pgm", 16 bits in decimal digits (plain form), depth times factor
 };
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 String toString(const DEPTH_FORMAT& value);
 

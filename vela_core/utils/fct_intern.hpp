@@ -8,7 +8,7 @@
 
 #include <string>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// The pixel type that a picture is read as: bytes of 1 to 4 channels, floats of 1 to 4 channels, 16 unsigned
 /// bits of one channel, signed bytes of 4 channels; `MAT_8U_C1` for every other.

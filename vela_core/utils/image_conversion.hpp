@@ -5,7 +5,7 @@
 #include "vela_core/types/ErrorCode.hpp"
 #include "vela_core/utils/Mat.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Turns the device side of a `MAT_8U_C4` image into a `MAT_8S_C4` one by taking 128 from every channel, on
 /// `stream` without waiting. A destination of the source's size and of that type with a device side is kept;

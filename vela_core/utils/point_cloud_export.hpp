@@ -15,7 +15,7 @@ enum POINT_CLOUD_FORMAT : std::int32_t {
     VTK = 3,  ///< ".vtk", VTK legacy ASCII polydata
 };
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 String toString(const POINT_CLOUD_FORMAT& value);
 

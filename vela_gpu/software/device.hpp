@@ -8,7 +8,7 @@
 
 /// Control of the software device, for tests.
 namespace vela {
-namespace VELA_API software_device {
+namespace software_device VELA_API {
 
 /// Lets the nth (1 = next) coming call of the runtime function `name`, say "cudaMallocPitch", fail with
 /// `status` and have no effect; the calls before and after it work. Kernel launches go by "cudaLaunchKernel".

@@ -10,7 +10,7 @@ namespace vela {
 /// The part of the CUDA runtime's interface that the library uses, carried out on this machine's memory: the
 /// same names, values and results. It has a namespace of its own, so that a program may also load the real
 /// runtime.
-namespace VELA_API software_runtime {
+namespace software_runtime VELA_API {
 
 enum cudaError {
     cudaSuccess = 0,

@@ -5,7 +5,7 @@
 #include "vela_core/geometry/Transform.hpp"
 #include "vela_core/types/Resolution.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Intrinsic parameters of one camera of the pair: the pinhole model of OpenCV, u = fx x/z + cx, v = fy y/z +
 /// cy with x right, y down and z forward. The centre of the top left pixel is (0, 0). All start with 0.

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <utility>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// Kind of camera input.
 enum class INPUT_TYPE : std::int32_t {

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// A detection that the user supplies; each one made gets a fresh identifier.
 struct CustomBoxObjectData {

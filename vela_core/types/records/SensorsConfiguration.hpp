@@ -5,7 +5,7 @@
 #include "vela_core/types/Sensors.hpp"
 #include "vela_core/types/Vector.hpp"
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// What is known of one sensor. Each starts as an accelerometer that is not available, whatever sensor it is
 /// for: whoever describes a sensor sets `type` and `unit` as well.

@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <map>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// One sample of all motion and environment sensors. Time stamps are nanoseconds. Members "not set by the
 /// constructor" hold no value until the producer of the sample gives them one.

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// The bones of a `POSE_18` skeleton, 19 pairs of keypoints, in the order that drawing code relies on.
 /// Built before a program's own globals and destroyed after them.

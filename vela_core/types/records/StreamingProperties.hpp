@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// A camera that streams over the network.
 struct StreamingProperties {

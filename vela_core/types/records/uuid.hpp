@@ -7,7 +7,7 @@
 #include <random>
 #include <string>
 
-namespace VELA_API vela {
+namespace vela VELA_API {
 
 /// The source of unique identifiers. The engine is seeded once, from `rd`, and once more in each forked
 /// child; it exists before a program's own globals. It has no lock: calls from several threads, those of
