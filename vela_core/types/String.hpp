@@ -54,8 +54,8 @@ private:
     // the cheapest to make, copy and test. An address that no text has stands for the missing character data;
     // it is a constant, the same in every copy of the library that a process holds.
     static char* noData() noexcept {
-        return reinterpret_cast<char*>(
-            std::uintptr_t{1});  // NOLINT(performance-no-int-to-ptr): never followed
+        return reinterpret_cast<char*>(  // NOLINT(performance-no-int-to-ptr): never followed
+            std::uintptr_t{1});
     }
     static char* copyOf(const char* text);
     static void release(char* data) noexcept;

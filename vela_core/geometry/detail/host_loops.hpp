@@ -17,8 +17,9 @@ void applyOnHost(const PixelView<Vector4<float>>& view, const ApplyMatrix4& op);
 /// The components of all pixels as an image of one float a pixel.
 template <class Pixel>
 PixelView<float> asFloats(const PixelView<Pixel>& view) {
-    return {reinterpret_cast<float*>(view.data), view.width * (sizeof(Pixel) / sizeof(float)), view.height,
-            view.stepBytes};
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): a pixel may be one float
+    constexpr std::size_t CHANNELS = sizeof(Pixel) / sizeof(float);
+    return {reinterpret_cast<float*>(view.data), view.width * CHANNELS, view.height, view.stepBytes};
 }
 
 }  // namespace vela::detail

@@ -4,6 +4,8 @@
 #include "vela_core/types/Vector.hpp"
 #include "vela_core/types/host_device.hpp"
 
+#include <type_traits>
+
 namespace vela {
 
 // What happens to one pixel, written once: host loops, CUDA launchers and software launchers only walk rows.
@@ -58,7 +60,7 @@ struct MatrixInMemory {
 
     VELA_HOST_DEVICE Op fetched() const {
         Op op;
-        for (unsigned i = 0; i < sizeof op.k / sizeof *op.k; ++i) {
+        for (unsigned i = 0; i < std::extent_v<decltype(Op::k)>; ++i) {
             op.k[i] = VELA_LOAD_CONSTANT(matrix + i);
         }
         return op;
