@@ -105,13 +105,17 @@ void DepthSource::samples(std::size_t y, std::uint16_t* out) {
 }
 
 void DepthSource::floats(std::size_t y, float* out) {
-    const float invalid = static_cast<float>(options_.invalid.value_or(0));
+    const bool real = depth_.dataType == MAT_TYPE::MAT_32F_C1;
+    if (real) std::memcpy(out, rowOf(depth_, y), depth_.width * sizeof *out);
     for (std::size_t x = 0; x < depth_.width; ++x) {
-        const float depth = static_cast<float>(depthAt(x, y));
-        const bool finite = std::isfinite(depth);
-        dropped_ += finite ? 0 : 1;
-        out[x] = finite || !options_.invalid ? depth * unitFactor_ : invalid;
-        if (!finite && !options_.invalid) out[x] = depth;  // the very bits of a NaN
+        if (!real) out[x] = static_cast<float>(depthAt(x, y));
+        // A NaN without a stand-in keeps its bits, which arithmetic would not promise.
+        if (std::isfinite(out[x])) {
+            out[x] *= unitFactor_;
+            continue;
+        }
+        ++dropped_;
+        if (options_.invalid) out[x] = static_cast<float>(*options_.invalid);
     }
 }
 
