@@ -77,6 +77,7 @@ template <class Operation>
 auto withoutLock(const PyMat& m, Operation operation) {
     const std::shared_ptr<Storage> held = m.storage;
     Mat pixels = referenceTo(held->mat);
+    forgetMessage();
     const nb::gil_scoped_release released;
     return operation(pixels);
 }

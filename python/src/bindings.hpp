@@ -20,10 +20,13 @@ void bindGeometry(nb::module_& module);
 void bindRecords(nb::module_& module);
 void bindIo(nb::module_& module);
 
-/// Raises `vela.Error` with this code; the text is `operation`, a colon, and the code's sentence.
+/// Raises `vela.Error` with this code; the text is `operation`, a colon, and what the library said on this
+/// thread since `forgetMessage`, or else the code's sentence.
 [[noreturn]] void raise(ERROR_CODE code, const std::string& operation);
 /// The same with a text of our own instead of the code's sentence.
 [[noreturn]] void raise(ERROR_CODE code, const std::string& operation, const std::string& text);
+
+void forgetMessage() noexcept;
 
 inline void check(ERROR_CODE code, const char* operation) {
     if (code != ERROR_CODE::SUCCESS) raise(code, operation);

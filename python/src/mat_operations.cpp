@@ -61,10 +61,8 @@ void update(PyMat& m, MEM side, const char* operation, Update run) {
         check(withoutLock(m, run), operation);
         return;
     }
-    if (!m.mat().memoryOwner) {
-        raise(ERROR_CODE::FAILURE, operation, "a Mat that shares memory cannot get a second side");
-    }
     if (side == MEM::GPU) requireDevice(operation);
+    forgetMessage();
     // The Mat itself changes here, so that the lock is kept: nobody else may look at it meanwhile.
     check(run(m.mat()), operation);
 }

@@ -2,11 +2,30 @@
 #include "bindings.hpp"
 
 #include <nanobind/stl/string.h>
+#include <vela_core/log/LogHook.hpp>
+
+#include <utility>
 
 namespace vela::python {
+namespace {
+
+/// What the library said last on this thread. With a hook it starts no logger thread, which a process that
+/// forks, or has a logger of the same kind, could not bear.
+thread_local std::string lastMessage;
+
+void keepMessage(const char* text) {
+    lastMessage = text;
+}
+
+}  // namespace
+
+void forgetMessage() noexcept {
+    lastMessage.clear();
+}
 
 void raise(ERROR_CODE code, const std::string& operation) {
-    raise(code, operation, toStdString(toVerbose(code)));
+    const std::string said = std::exchange(lastMessage, {});
+    raise(code, operation, said.empty() ? toStdString(toVerbose(code)) : said);
 }
 
 void raise(ERROR_CODE code, const std::string& operation, const std::string& text) {
@@ -35,6 +54,7 @@ bool hasGpu() {
 
 NB_MODULE(_core, module) {
     using namespace vela::python;
+    vela::setLogHook(keepMessage);
     module.attr("version") = VELA_VERSION;
 #if defined(VELA_GPU_CUDA)
     module.attr("backend") = "cuda";
