@@ -28,6 +28,8 @@ namespace {
 using namespace vela;
 using bench::Comparison;
 using bench::Session;
+using detail::logError;
+using detail::LogStatement;
 
 // Few enough that no queue grows or fills.
 constexpr int BATCH = 256;

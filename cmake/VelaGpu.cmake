@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Chooses what the library runs on: the CUDA runtime, or the software stand-in for it.
+# Chooses what the library runs on: the CUDA runtime, or the software device.
 set(VELA_GPU auto CACHE STRING "cuda, software, or auto: cuda where a toolkit and a driver are present")
 set_property(CACHE VELA_GPU PROPERTY STRINGS auto cuda software)
 if(NOT VELA_GPU MATCHES "^(auto|cuda|software)$")
@@ -52,7 +52,7 @@ function(vela_add_gpu_sources target)
     else()
         target_sources(${target} PRIVATE
             vela_gpu/software/detail/DeviceMemory.cpp
-            vela_gpu/software/detail/StandIn.cpp
+            vela_gpu/software/detail/SoftwareDevice.cpp
             vela_gpu/software/error_texts.cpp
             vela_gpu/kernels/launchers.cpp
             vela_gpu/software/runtime.cpp)

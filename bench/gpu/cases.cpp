@@ -12,6 +12,13 @@
 namespace vela::bench {
 namespace {
 
+using detail::ApplyMatrix3;
+using detail::ApplyMatrix4;
+using detail::MatrixInMemory;
+using detail::ScaleAll;
+using detail::ScalePosition;
+using detail::ToSigned;
+
 // A matrix whose effect shows, and after it one that only turns axes, for kernels that are repeated in place.
 constexpr std::size_t MATRIX_FLOATS = 16;
 constexpr float MATRICES[4][MATRIX_FLOATS] = {{1, -2, 3, 0.5F, 0, 5, 8, 9, 1},

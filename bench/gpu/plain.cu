@@ -9,6 +9,14 @@
 namespace vela::bench {
 namespace {
 
+using detail::ApplyMatrix3;
+using detail::ApplyMatrix4;
+using detail::fetched;
+using detail::MatrixInMemory;
+using detail::ScaleAll;
+using detail::ScalePosition;
+using detail::ToSigned;
+
 constexpr unsigned THREADS = 256;
 constexpr unsigned MOST_BLOCKS = 65535;
 

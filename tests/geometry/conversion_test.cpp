@@ -14,6 +14,8 @@
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+
 using Frame = COORDINATE_SYSTEM;
 using EigenMatrix3 = Eigen::Matrix<float, 3, 3, Eigen::RowMajor>;
 

@@ -13,6 +13,9 @@
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+using detail::toValue;
+
 using Frame = COORDINATE_SYSTEM;
 constexpr auto TO = Frame::RIGHT_HANDED_Z_UP_AND_X_FORWARD;
 

@@ -20,6 +20,9 @@
 namespace vela::test {
 namespace {
 
+using detail::logError;
+using detail::LogStatement;
+
 using std::chrono::milliseconds;
 
 void misuse() {

@@ -16,6 +16,9 @@
 namespace vela::test {
 namespace {
 
+using detail::logError;
+using detail::LogStatement;
+
 void misuse() {
     logError(LogStatement::SET_SUB_VECTOR3F);
 }

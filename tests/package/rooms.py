@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Fails where an #include runs up: rooms.py SOURCE_TREE HEADER...
 
-The HEADERs are the public ones: they and nothing else lie outside the detail folders.
+The HEADERs are the public ones: they and nothing else lie outside the detail folders. The names of private headers are
+in a namespace detail, or in those of the software device.
 """
 import pathlib
 import re
@@ -24,6 +25,8 @@ ROOMS = [
 ]
 GENERATED = {"vela_core/version.hpp"}
 PRIVATE = r"/detail/|^vela_io/(formats|pictures)/"
+PRIVATE_NAMESPACE = r"vela::(?:\w+::)*detail\b|vela::software_(device|runtime)$"
+NAMESPACE = re.compile(r"^\s*namespace\s+([\w:]+)", re.M)
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"](vela_[^>"]+)[>"]', re.M)
 
 
@@ -48,7 +51,11 @@ def main(tree, public):
         if here is None:
             faults.append(f"{path}: in no room")
             continue
-        for other in INCLUDE.findall((tree / path).read_text()):
+        text = (tree / path).read_text()
+        if path.endswith(".hpp") and re.search(PRIVATE, path):
+            faults += [f"{path}: private, but in namespace {name}"
+                       for name in NAMESPACE.findall(text) if not re.match(PRIVATE_NAMESPACE, name)]
+        for other in INCLUDE.findall(text):
             included += 1
             there = floor(other)
             if there is None or (other not in GENERATED and not (tree / other).is_file()):

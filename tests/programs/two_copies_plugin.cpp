@@ -7,7 +7,7 @@
 
 /// Logs, and waits until it is written.
 EXPORTED void plugin_log(const char* detail) {
-    vela::logError(vela::LogStatement::READ_EXCEPTION, detail);
+    vela::detail::logError(vela::detail::LogStatement::READ_EXCEPTION, detail);
     vela::KLogger::get_instance().loggers.at(vela::LOGGER_NAME::CORE)->flush_log();
 }
 

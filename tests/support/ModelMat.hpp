@@ -12,6 +12,8 @@
 
 namespace vela::test {
 
+using detail::toValue;
+
 /// The runtime as the model sees it: which call fails, which calls were made, and what is seen of it.
 struct World {
     std::string function;  ///< its `nth` coming call fails with 999

@@ -15,6 +15,8 @@
 
 namespace vela::test {
 
+using detail::toValue;
+
 /// What an operation is called with.
 struct Arguments {
     std::size_t width = 4;

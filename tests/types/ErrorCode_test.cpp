@@ -9,6 +9,8 @@
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+
 TEST(ErrorCode, TextsOfAllValues) {
     std::ostringstream texts;
     for (std::int32_t value = -1; value <= 34; ++value) {

@@ -9,6 +9,8 @@
 namespace vela::test {
 namespace {
 
+using detail::toValue;
+
 std::string bones() {
     std::ostringstream text;
     for (const auto& [first, second] : BODY_BONES) {

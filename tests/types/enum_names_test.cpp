@@ -25,6 +25,9 @@
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+using detail::toValue;
+
 /// Lines "value name" from one below the first value of an enumeration to one above the last.
 template <class Enum>
 std::string namesUpTo(Enum last) {

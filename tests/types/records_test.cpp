@@ -16,6 +16,8 @@
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+
 using Location = SensorsData::TemperatureData::SENSOR_LOCATION;
 
 const String NO_DATA(static_cast<const char*>(nullptr));

@@ -18,6 +18,9 @@
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+using detail::toValue;
+
 class MatTest : public DeviceTest {
 protected:
     std::string nameOf(const unsigned char* buffer) const {

@@ -9,6 +9,8 @@
 namespace vela::test {
 namespace {
 
+using detail::toValue;
+
 TEST(FctIntern, PictureTypesHaveTheirPixelType) {
     std::string types;
     for (const int depth : {CV_8U, CV_8S, CV_16U, CV_16S, CV_32S, CV_32F, CV_64F}) {

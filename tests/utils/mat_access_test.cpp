@@ -15,6 +15,9 @@
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+using detail::toValue;
+
 void overwrite(Bytes& image, std::size_t at, const Bytes& pixels) {
     std::copy(pixels.begin(), pixels.end(), &image[at]);
 }

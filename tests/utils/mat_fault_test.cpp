@@ -13,6 +13,9 @@
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+using detail::toValue;
+
 struct State {
     const char* name;
     MEM mem;

@@ -18,6 +18,9 @@
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+using detail::wrapAsCvMat;
+
 namespace fs = std::filesystem;
 
 constexpr auto US = MAT_TYPE::MAT_US16_C1;

@@ -11,6 +11,8 @@
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+
 class MatInfoTest : public DeviceTest {};
 
 TEST_F(MatInfoTest, NamesItselfOrGivesItsAddress) {

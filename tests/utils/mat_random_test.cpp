@@ -13,6 +13,9 @@
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+using detail::toValue;
+
 unsigned long setting(const char* name, unsigned long usual) {
     const char* const value = std::getenv(name);
     return value == nullptr ? usual : std::strtoul(value, nullptr, 10);

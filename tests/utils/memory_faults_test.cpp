@@ -68,6 +68,9 @@ void operator delete[](void* memory, std::size_t) noexcept {
 namespace vela::test {
 namespace {
 
+using detail::fromValue;
+using detail::toValue;
+
 namespace fs = std::filesystem;
 
 class MemoryFaultsTest : public DeviceTest {

@@ -12,6 +12,10 @@
 namespace vela::test {
 namespace {
 
+using detail::NUMBER_TEXT_SIZE;
+using detail::writeFixed;
+using detail::writeScientific;
+
 /// Expects what printf writes, for both forms of the number.
 void expectAsPrintf(float value) {
     char text[NUMBER_TEXT_SIZE];

@@ -14,6 +14,9 @@
 namespace vela::test {
 namespace {
 
+using detail::logError;
+using detail::LogStatement;
+
 class ProcessFaultsTest : public DeviceTest {};
 
 /// Takes metres through both sides and back; whether they come back as they were.

@@ -8,6 +8,7 @@
 #include <cstring>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 /// Four floats that are added and multiplied at once.

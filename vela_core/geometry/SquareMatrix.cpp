@@ -10,6 +10,7 @@
 #include <string>
 
 namespace vela {
+using namespace detail;
 
 template <class Derived, int N>
 String SquareMatrix<Derived, N>::getInfos() const {

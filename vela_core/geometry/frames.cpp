@@ -9,6 +9,7 @@
 #include <iterator>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 constexpr EnumName<COORDINATE_SYSTEM> COORDINATE_SYSTEM_NAMES[] = {
@@ -59,7 +60,7 @@ Matrix3f getCoordinateTransformConversion3f(COORDINATE_SYSTEM from, COORDINATE_S
 
 ERROR_CODE convertCoordinateSystem(Transform& transform, COORDINATE_SYSTEM from, COORDINATE_SYSTEM to) {
     if (from == to) return ERROR_CODE::SUCCESS;
-    const ERROR_CODE status = detail::checkFrames(from, to);
+    const ERROR_CODE status = checkFrames(from, to);
     if (status != ERROR_CODE::SUCCESS) return status;
     const Matrix4f k = getCoordinateTransformConversion4f(from, to);
     transform = k * transform * Matrix4f::inverse(k);

@@ -12,6 +12,7 @@
 #include <iterator>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 template <class Pixel>
@@ -54,7 +55,7 @@ template <class Pixel>
 ERROR_CODE scaleMat(Mat& mat, float factor, MEM mem) {
     using View = PixelView<Pixel>;
     convertPixels<Pixel>(
-        mat, mem, [=](const View& view) { detail::applyOnHost(detail::asFloats(view), ScaleAll{factor}); },
+        mat, mem, [=](const View& view) { applyOnHost(asFloats(view), ScaleAll{factor}); },
         [=](const View& view) { scaleOnDevice(view, factor); });
     if (mem == MEM_BOTH) mat.updateCPUfromGPU();
     return ERROR_CODE::SUCCESS;
@@ -77,7 +78,7 @@ ERROR_CODE applyMatrix(Mat& mat, const Matrix& matrix, MEM mem) {
     Op op;
     std::copy(std::begin(matrix.m), std::end(matrix.m), op.k);
     DeviceBuffer deviceMatrix;
-    const auto onHost = [&](const PixelView<Pixel>& view) { detail::applyOnHost(view, op); };
+    const auto onHost = [&](const PixelView<Pixel>& view) { applyOnHost(view, op); };
     const auto onDevice = [&](const PixelView<Pixel>& view) {
         // Failures do not change the result; without its matrix in device memory the kernel is not launched.
         std::size_t step = 0;
@@ -94,7 +95,7 @@ ERROR_CODE applyMatrix(Mat& mat, const Matrix& matrix, MEM mem) {
 
 ERROR_CODE convertUnit(Mat& mat, UNIT from, UNIT to, MEM mem) {
     if (from == to) return ERROR_CODE::SUCCESS;
-    const ERROR_CODE status = detail::checkUnits(from, to);
+    const ERROR_CODE status = checkUnits(from, to);
     if (status != ERROR_CODE::SUCCESS) return status;
     const float factor = getUnitScale(from, to);
     switch (mat.dataType) {
@@ -111,7 +112,7 @@ ERROR_CODE convertUnit(Mat& mat, UNIT from, UNIT to, MEM mem) {
 
 ERROR_CODE convertCoordinateSystem(Mat& mat, COORDINATE_SYSTEM from, COORDINATE_SYSTEM to, MEM mem) {
     if (from == to) return ERROR_CODE::SUCCESS;
-    const ERROR_CODE status = detail::checkFrames(from, to);
+    const ERROR_CODE status = checkFrames(from, to);
     if (status != ERROR_CODE::SUCCESS) return status;
     switch (mat.dataType) {
         case MAT_TYPE::MAT_32F_C3:

@@ -11,6 +11,7 @@
 #include <string_view>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 constexpr EnumName<UNIT> UNIT_NAMES[] = {
@@ -67,7 +68,7 @@ float getUnitScale(UNIT from, UNIT to) {
 
 ERROR_CODE convertUnit(Transform& transform, UNIT from, UNIT to) {
     if (from == to) return ERROR_CODE::SUCCESS;
-    const ERROR_CODE status = detail::checkUnits(from, to);
+    const ERROR_CODE status = checkUnits(from, to);
     if (status != ERROR_CODE::SUCCESS) return status;
     const float scale = getUnitScale(from, to);
     for (const int i : {3, 7, 11}) {

@@ -16,6 +16,7 @@
 #include <mutex>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 constexpr EnumName<LOGGER_NAME> LOGGER_NAMES[] = {{LOGGER_NAME::CORE, "CORE"}};

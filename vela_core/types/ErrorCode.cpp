@@ -8,6 +8,7 @@
 #include <iterator>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 constexpr const char* UNKNOWN_MESSAGE = "Unknown error";

@@ -4,6 +4,7 @@
 #include "vela_core/types/detail/enum_table.hpp"
 
 namespace vela {
+using namespace detail;
 namespace {
 
 constexpr EnumName<MEM> MEM_NAMES[] = {

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 constexpr EnumName<OBJECT_CLASS> CLASSES[] = {

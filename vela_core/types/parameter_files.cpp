@@ -4,6 +4,7 @@
 #include "vela_core/types/detail/start_order.hpp"
 
 namespace vela {
+using namespace detail;
 
 [[gnu::init_priority(START_PARAMETER_FILES)]] const std::string INIT_PARAM_EXTENSION = ".yml";
 

@@ -12,6 +12,7 @@
 #include <utility>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 /// Whether two Mats have the same pixels in the same buffers.

@@ -28,8 +28,8 @@ bool save16Bit(const vela::Mat& depth, const std::string& path, float factor,
 }
 
 /// Adds `count` floats, which need not be aligned, with 0 in the place of NaN and infinities.
-void appendFloats(vela::BlockFile& file, const unsigned char* floats, std::size_t count) {
-    constexpr std::size_t PART = vela::BlockFile::LARGEST_RESERVE / sizeof(float);
+void appendFloats(vela::detail::BlockFile& file, const unsigned char* floats, std::size_t count) {
+    constexpr std::size_t PART = vela::detail::BlockFile::LARGEST_RESERVE / sizeof(float);
     for (std::size_t done = 0; done < count; done += PART) {
         const std::size_t part = std::min(PART, count - done);
         char* const out = file.reserve();
@@ -44,10 +44,10 @@ void appendFloats(vela::BlockFile& file, const unsigned char* floats, std::size_
 }
 
 bool savePfm(const vela::Mat& depth, const std::string& path) {
-    vela::BlockFile file;
+    vela::detail::BlockFile file;
     // The negative scale says that the floats are little-endian.
-    const std::string header = vela::formatText("Pf\n%d %d\n-1.000000\n", static_cast<int>(depth.width),
-                                                static_cast<int>(depth.height));
+    const std::string header = vela::detail::formatText(
+        "Pf\n%d %d\n-1.000000\n", static_cast<int>(depth.width), static_cast<int>(depth.height));
     if (!file.open(path)) return false;
     file.append(header);
     const auto count = static_cast<std::int32_t>(depth.width * depth.height);
@@ -57,18 +57,18 @@ bool savePfm(const vela::Mat& depth, const std::string& path) {
     return true;
 }
 
-constexpr vela::EnumName<DEPTH_FORMAT> NAMES[] = {{PNG, "PNG"}, {PFM, "PFM"}, {PGM, "PGM"}};
+constexpr vela::detail::EnumName<DEPTH_FORMAT> NAMES[] = {{PNG, "PNG"}, {PFM, "PFM"}, {PGM, "PGM"}};
 
 }  // namespace
 
 vela::String vela::toString(const DEPTH_FORMAT& value) {
-    return nameIn(NAMES, value);
+    return detail::nameIn(NAMES, value);
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the public signature takes the name by value
 bool saveDepthAs(vela::Mat& depth, DEPTH_FORMAT format, vela::String name, float factor) try {
     const auto path = [&](const char* extension) {
-        return vela::withExtension(vela::toStdString(name), extension);
+        return vela::detail::withExtension(vela::toStdString(name), extension);
     };
     switch (format) {
         case PNG:

@@ -5,6 +5,7 @@
 #include "vela_core/types/detail/enum_cast.hpp"
 
 namespace vela {
+using namespace detail;
 namespace {
 
 /// The text after "key: " in the one line that OpenCV writes for a value.

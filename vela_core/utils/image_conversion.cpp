@@ -9,6 +9,7 @@
 #include <cstdint>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 bool isDeviceImage(const Mat& mat, MAT_TYPE type) {

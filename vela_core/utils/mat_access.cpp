@@ -12,6 +12,7 @@
 #include <cstring>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 /// The name of a pixel type in printed signatures.

@@ -10,6 +10,7 @@
 #include <iterator>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 struct Direction {
@@ -103,7 +104,7 @@ bool liesIn(const unsigned char* address, const unsigned char* buffer, std::size
 
 }  // namespace
 
-bool sharesBuffersOf(const Mat& mat, const Mat& owner) {
+bool detail::sharesBuffersOf(const Mat& mat, const Mat& owner) {
     if (!owner.isInit || !owner.memoryOwner || mat.width * mat.height == 0) return false;
     const auto isOwned = [&](const unsigned char* address) {
         return liesIn(address, owner.ptrCPU, owner.stepBytesCPU * owner.height) ||

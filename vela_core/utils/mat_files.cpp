@@ -19,6 +19,7 @@
 #include <vector>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 constexpr int NOT_FOR_OPENCV = -1;
@@ -101,7 +102,7 @@ ERROR_CODE writeImage(const Mat& image, const std::string& path, const std::stri
 
 }  // namespace
 
-cv::Mat wrapAsCvMat(const Mat& mat) {
+cv::Mat detail::wrapAsCvMat(const Mat& mat) {
     const int type = cvTypeOf(mat.dataType);
     if (type == NOT_FOR_OPENCV) {
         logError(LogStatement::WRAP_UNSUPPORTED_TYPE);

@@ -7,11 +7,12 @@
 #include <string>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 /// The word for one channel's type with a blank behind it; nothing for an unknown pixel type.
 std::string elementOf(MAT_TYPE type) {
-    const detail::PixelType* const known = rowAt(detail::PIXEL_TYPES, type);
+    const PixelType* const known = rowAt(PIXEL_TYPES, type);
     return known == nullptr ? "" : std::string(known->element) + " ";
 }
 

@@ -18,8 +18,8 @@
 
 namespace {
 
-using vela::BlockFile;
-using vela::formatText;
+using vela::detail::BlockFile;
+using vela::detail::formatText;
 
 /// One element of the host buffer.
 struct Point {
@@ -77,13 +77,13 @@ char* packedColor(char* out, const Point& point) {
     float packed = 0.0F;
     std::memcpy(&packed, &bits, sizeof packed);
     *out++ = ' ';
-    return vela::writeScientific(out, packed);
+    return vela::detail::writeScientific(out, packed);
 }
 
 char* separateColor(char* out, const Point& point) {
     for (const std::uint8_t channel : {point.red, point.green, point.blue}) {
         *out++ = ' ';
-        out = vela::writeBelow1000(out, channel);
+        out = vela::detail::writeBelow1000(out, channel);
     }
     return out;
 }
@@ -97,7 +97,7 @@ struct CloudFormat {
     bool listsVertices;
 };
 
-constexpr vela::EnumName<POINT_CLOUD_FORMAT> NAMES[] = {
+constexpr vela::detail::EnumName<POINT_CLOUD_FORMAT> NAMES[] = {
     {XYZ, "XYZ"}, {PCD, "PCD"}, {PLY, "PLY"}, {VTK, "VTK"}};
 
 // Indexed by POINT_CLOUD_FORMAT.
@@ -112,7 +112,7 @@ constexpr CloudFormat FORMATS[] = {
 constexpr CloudFormat UNKNOWN_FORMAT = {"", noHeader, nullptr, false};
 
 const CloudFormat& formatOf(POINT_CLOUD_FORMAT format) {
-    const auto index = static_cast<std::uint32_t>(vela::toValue(format));
+    const auto index = static_cast<std::uint32_t>(vela::detail::toValue(format));
     return index < std::size(FORMATS) ? FORMATS[index] : UNKNOWN_FORMAT;
 }
 
@@ -135,11 +135,11 @@ int writePoints(BlockFile& file, const vela::Mat& cloud, ColorWriter writeColor)
         Point point;
         std::memcpy(&point, cloud.ptrCPU + sizeof point * static_cast<std::size_t>(i), sizeof point);
         if (!(std::fabs(point.x) <= std::numeric_limits<float>::max())) continue;
-        char* out = vela::writeFixed(file.reserve(), point.x);
+        char* out = vela::detail::writeFixed(file.reserve(), point.x);
         *out++ = ' ';
-        out = vela::writeFixed(out, point.y);
+        out = vela::detail::writeFixed(out, point.y);
         *out++ = ' ';
-        out = vela::writeFixed(out, point.z);
+        out = vela::detail::writeFixed(out, point.z);
         out = writeColor(out, point);
         *out++ = '\n';
         file.commit(out);
@@ -154,7 +154,7 @@ void writeVertices(BlockFile& file, int count) {
         char* out = file.reserve();
         *out++ = '1';
         *out++ = ' ';
-        out = vela::writeInteger(out, i);
+        out = vela::detail::writeInteger(out, i);
         *out++ = '\n';
         file.commit(out);
     }
@@ -163,7 +163,7 @@ void writeVertices(BlockFile& file, int count) {
 }  // namespace
 
 vela::String vela::toString(const POINT_CLOUD_FORMAT& value) {
-    return nameIn(NAMES, value);
+    return detail::nameIn(NAMES, value);
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the public signature takes the name by value
@@ -172,7 +172,7 @@ bool savePointCloudAs(vela::Mat& cloud, POINT_CLOUD_FORMAT format, vela::String 
     const bool withColor = color && chosen.writeColor != nullptr;
     // Named after the path as it was given, before its extension is added.
     const std::string bodyPath = vela::toStdString(name) + "_tmp0.txt";
-    const std::string path = vela::withExtension(vela::toStdString(name), chosen.extension);
+    const std::string path = vela::detail::withExtension(vela::toStdString(name), chosen.extension);
     BlockFile body;
     BlockFile file;
 

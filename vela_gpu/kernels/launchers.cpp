@@ -1,40 +1,40 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_gpu/kernels/detail/pixel_tiles.hpp"
-#include "vela_gpu/software/detail/StandIn.hpp"
+#include "vela_gpu/software/detail/SoftwareDevice.hpp"
 
-namespace vela {
+namespace vela::detail {
 namespace {
 
-using software_device::StandIn;
+using software_device::SoftwareDevice;
 
 /// The same rows over the bytes behind a device address; without data where not all of it can be reached.
 template <class T>
-PixelView<T> reach(const StandIn& device, PixelView<T> rows) {
+PixelView<T> reach(const SoftwareDevice& device, PixelView<T> rows) {
     rows.data = device.kernelAddress(rows.data, rows.spanBytes());
     return rows;
 }
 
 /// Points an operation to memory that this process can reach; false if it cannot.
 template <class Op>
-bool reachMatrix(const StandIn& /*device*/, const Op& /*op*/) {
+bool reachMatrix(const SoftwareDevice& /*device*/, const Op& /*op*/) {
     return true;
 }
 
 template <class Op>
-bool reachMatrix(const StandIn& device, MatrixInMemory<Op>& op) {
+bool reachMatrix(const SoftwareDevice& device, MatrixInMemory<Op>& op) {
     op.matrix = device.kernelAddress(op.matrix, sizeof(Op));
     return op.matrix != nullptr;
 }
 
 /// The same for a walker.
 template <class T>
-bool reach(const StandIn& device, FillTiles<T>& walker) {
+bool reach(const SoftwareDevice& device, FillTiles<T>& walker) {
     walker.rows = reach(device, walker.rows);
     return walker.rows.data != nullptr;
 }
 
 template <class From, class To, class Op>
-bool reach(const StandIn& device, MapRows<From, To, Op>& walker) {
+bool reach(const SoftwareDevice& device, MapRows<From, To, Op>& walker) {
     walker.source = reach(device, walker.source);
     walker.destination = reach(device, walker.destination);
     return walker.source.data != nullptr && walker.destination.data != nullptr &&
@@ -63,7 +63,7 @@ void walkTile(const ExchangingMapTiles<From, To, Op>& walker, std::size_t tile, 
 }
 
 template <class Walker>
-cudaError_t walk(const StandIn& device, Walker walker) {
+cudaError_t walk(const SoftwareDevice& device, Walker walker) {
     if (!reach(device, walker)) return cudaErrorIllegalAddress;
     for (std::size_t y = 0; y < walker.height(); ++y) {
         for (std::size_t tile = 0; tile < walker.tilesPerRow(); ++tile) {
@@ -75,17 +75,17 @@ cudaError_t walk(const StandIn& device, Walker walker) {
 
 template <class Kernel>
 void launch(cudaStream_t stream, Kernel kernel) {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     device.call("cudaLaunchKernel",
                 [&] { return device.submit(stream, [=, &device] { return kernel(device); }); });
 }
 
 template <class Walker>
 void launchTiles(const Walker& walker, cudaStream_t stream) {
-    launch(stream, [=](const StandIn& device) { return walk(device, walker); });
+    launch(stream, [=](const SoftwareDevice& device) { return walk(device, walker); });
 }
 
 }  // namespace
-}  // namespace vela
+}  // namespace vela::detail
 
 #include "vela_gpu/kernels/detail/kernel_entries.inl"

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <limits>
 
-namespace vela {
+namespace vela::detail {
 namespace {
 
 // Small blocks, so that images of a megabyte still spread over all multiprocessors.
@@ -75,6 +75,6 @@ void launchTiles(const Walker& walker, cudaStream_t stream) {
 }
 
 }  // namespace
-}  // namespace vela
+}  // namespace vela::detail
 
 #include "vela_gpu/kernels/detail/kernel_entries.inl"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_gpu/software/runtime.hpp"
 
-#include "vela_gpu/software/detail/StandIn.hpp"
+#include "vela_gpu/software/detail/SoftwareDevice.hpp"
 
 #include <cstdint>
 #include <cstring>
@@ -11,7 +11,7 @@ namespace vela::software_runtime {
 namespace {
 
 using vela::software_device::DeviceMemory;
-using vela::software_device::StandIn;
+using vela::software_device::SoftwareDevice;
 
 constexpr std::size_t PITCH_ALIGNMENT = 512;
 constexpr std::size_t LARGEST_PITCH = std::numeric_limits<std::int32_t>::max();
@@ -32,7 +32,7 @@ struct Copy {
 
 /// Where this process finds the rows of one side of a copy; null when they are not all on that side, or reach
 /// past the last address there is.
-std::byte* findSide(const StandIn& device, const void* address, std::size_t pitch, const Copy& copy,
+std::byte* findSide(const SoftwareDevice& device, const void* address, std::size_t pitch, const Copy& copy,
                     bool onDevice) {
     std::size_t bytes = 0;
     std::uintptr_t end = 0;
@@ -63,7 +63,7 @@ void moveRows(std::byte* destination, std::size_t destinationPitch, const std::b
 }
 
 /// Checks a copy and carries it out, or gives it to a stream; the addresses are looked up again when it runs.
-cudaError_t submitCopy(StandIn& device, const Copy& copy, cudaStream_t stream) {
+cudaError_t submitCopy(SoftwareDevice& device, const Copy& copy, cudaStream_t stream) {
     device.latest.copyKind = copy.kind;
     if (stream == nullptr) {
         if (const cudaError_t earlier = device.completeAll(); earlier != cudaSuccess) return earlier;
@@ -89,7 +89,7 @@ cudaError_t submitCopy(StandIn& device, const Copy& copy, cudaStream_t stream) {
     return device.submit(stream, [run] { return run(false); });
 }
 
-cudaError_t allocate(StandIn& device, void** pointer, std::size_t bytes, DeviceMemory::Kind kind) {
+cudaError_t allocate(SoftwareDevice& device, void** pointer, std::size_t bytes, DeviceMemory::Kind kind) {
     void* const memory = device.memory.allocate(bytes, kind);
     if (memory == nullptr && bytes != 0) return cudaErrorMemoryAllocation;
     *pointer = memory;
@@ -99,7 +99,7 @@ cudaError_t allocate(StandIn& device, void** pointer, std::size_t bytes, DeviceM
 }  // namespace
 
 cudaError_t cudaMallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std::size_t height) {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     return device.call("cudaMallocPitch", [&] {
         if (pointer == nullptr || pitch == nullptr || width > LARGEST_PITCH - PITCH_ALIGNMENT) {
             return cudaErrorInvalidValue;
@@ -117,7 +117,7 @@ cudaError_t cudaMallocPitch(void** pointer, std::size_t* pitch, std::size_t widt
 }
 
 cudaError_t cudaMallocManaged(void** pointer, std::size_t bytes, unsigned int flags) {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     return device.call("cudaMallocManaged", [&] {
         device.latest.managedFlags = flags;
         const bool knownFlags = flags == cudaMemAttachGlobal || flags == cudaMemAttachHost;
@@ -127,7 +127,7 @@ cudaError_t cudaMallocManaged(void** pointer, std::size_t bytes, unsigned int fl
 }
 
 cudaError_t cudaFree(void* pointer) {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     return device.call("cudaFree", [&] {
         if (pointer == nullptr) return cudaSuccess;
         const cudaError_t earlier = device.completeAll();
@@ -136,7 +136,7 @@ cudaError_t cudaFree(void* pointer) {
 }
 
 cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t bytes, cudaMemcpyKind kind) {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     return device.call("cudaMemcpy", [&] {
         return submitCopy(device, {destination, bytes, source, bytes, bytes, 1, kind, bytes}, nullptr);
     });
@@ -145,7 +145,7 @@ cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t bytes,
 cudaError_t cudaMemcpy2D(void* destination, std::size_t destinationPitch, const void* source,
                          std::size_t sourcePitch, std::size_t width, std::size_t height,
                          cudaMemcpyKind kind) {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     return device.call("cudaMemcpy2D", [&] {
         const Copy copy{destination, destinationPitch, source, sourcePitch, width, height, kind};
         return submitCopy(device, copy, nullptr);
@@ -155,7 +155,7 @@ cudaError_t cudaMemcpy2D(void* destination, std::size_t destinationPitch, const 
 cudaError_t cudaMemcpy2DAsync(void* destination, std::size_t destinationPitch, const void* source,
                               std::size_t sourcePitch, std::size_t width, std::size_t height,
                               cudaMemcpyKind kind, cudaStream_t stream) {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     return device.call("cudaMemcpy2DAsync", [&] {
         const Copy copy{destination, destinationPitch, source, sourcePitch, width, height, kind};
         return submitCopy(device, copy, stream);
@@ -163,7 +163,7 @@ cudaError_t cudaMemcpy2DAsync(void* destination, std::size_t destinationPitch, c
 }
 
 cudaError_t cudaStreamCreate(cudaStream_t* stream) {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     return device.call("cudaStreamCreate", [&] {
         if (stream == nullptr) return cudaErrorInvalidValue;
         *stream = device.createStream();
@@ -172,26 +172,26 @@ cudaError_t cudaStreamCreate(cudaStream_t* stream) {
 }
 
 cudaError_t cudaStreamDestroy(cudaStream_t stream) {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     return device.call("cudaStreamDestroy", [&] {
         if (!device.isStream(stream)) return cudaErrorInvalidResourceHandle;
-        const cudaError_t status = StandIn::complete(*stream);
+        const cudaError_t status = SoftwareDevice::complete(*stream);
         device.forgetStream(stream);
         return status;
     });
 }
 
 cudaError_t cudaStreamSynchronize(cudaStream_t stream) {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     return device.call("cudaStreamSynchronize", [&] {
         if (stream == nullptr) return device.completeAll();
-        return device.isStream(stream) ? StandIn::complete(*stream) : cudaErrorInvalidResourceHandle;
+        return device.isStream(stream) ? SoftwareDevice::complete(*stream) : cudaErrorInvalidResourceHandle;
     });
 }
 
 cudaError_t cudaStreamAttachMemAsync(cudaStream_t stream, void* pointer, std::size_t bytes,
                                      unsigned int flags) {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     return device.call("cudaStreamAttachMemAsync", [&] {
         device.latest.attachFlags = flags;
         const std::size_t size = device.memory.managedSize(pointer);
@@ -204,12 +204,12 @@ cudaError_t cudaStreamAttachMemAsync(cudaStream_t stream, void* pointer, std::si
 }
 
 cudaError_t cudaDeviceSynchronize() {
-    StandIn& device = StandIn::get();
+    SoftwareDevice& device = SoftwareDevice::get();
     return device.call("cudaDeviceSynchronize", [&] { return device.completeAll(); });
 }
 
 cudaError_t cudaGetDeviceCount(int* count) {
-    return StandIn::get().call("cudaGetDeviceCount", [&] {
+    return SoftwareDevice::get().call("cudaGetDeviceCount", [&] {
         if (count == nullptr) return cudaErrorInvalidValue;
         *count = 1;
         return cudaSuccess;
@@ -217,11 +217,11 @@ cudaError_t cudaGetDeviceCount(int* count) {
 }
 
 cudaError_t cudaGetLastError() {
-    return std::exchange(StandIn::lastError(), cudaSuccess);
+    return std::exchange(SoftwareDevice::lastError(), cudaSuccess);
 }
 
 cudaError_t cudaPeekAtLastError() {
-    return StandIn::lastError();
+    return SoftwareDevice::lastError();
 }
 
 }  // namespace vela::software_runtime

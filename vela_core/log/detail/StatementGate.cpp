@@ -6,7 +6,7 @@
 #include <mutex>
 #include <thread>
 
-namespace vela {
+namespace vela::detail {
 namespace {
 
 enum class State { OPEN, PAUSED, CLOSED };
@@ -73,4 +73,4 @@ bool StatementGate::isClosedForGood() noexcept {
     return state.load(std::memory_order_relaxed) == State::CLOSED;
 }
 
-}  // namespace vela
+}  // namespace vela::detail

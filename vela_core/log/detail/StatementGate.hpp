@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-namespace vela {
+namespace vela::detail {
 
 /// Where statements pass on their way to quill. It is closed while the process forks, since a child must not
 /// inherit a queue or a lock of quill's that another thread was using, and for good when the registry dies.
@@ -33,4 +33,4 @@ public:
     static bool isClosedForGood() noexcept;
 };
 
-}  // namespace vela
+}  // namespace vela::detail

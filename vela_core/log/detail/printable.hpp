@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-namespace vela {
+namespace vela::detail {
 
 /// Whether a byte of a message is printed as it is: what quill prints by default, and bytes above 127, since
 /// names of Mats and files may be UTF-8. Others are shown as "\x01".
@@ -9,4 +9,4 @@ constexpr bool isPrintable(char c) noexcept {
     return c == '\n' || c == '\t' || c == '\r' || (static_cast<unsigned char>(c) >= ' ' && c != '\x7f');
 }
 
-}  // namespace vela
+}  // namespace vela::detail

@@ -13,7 +13,7 @@
 #include <atomic>
 #include <string>
 
-namespace vela {
+namespace vela::detail {
 namespace {
 
 using quill::MacroMetadata;
@@ -145,10 +145,6 @@ void log(LogStatement id, Details... details) noexcept {
 
 }  // namespace
 
-LogHook setLogHook(LogHook hook) noexcept {
-    return logHook.exchange(hook, std::memory_order_acq_rel);
-}
-
 void logError(LogStatement statement) noexcept {
     log(statement);
 }
@@ -157,4 +153,8 @@ void logError(LogStatement statement, const char* detail) noexcept {
     log(statement, detail == nullptr ? "" : detail);
 }
 
-}  // namespace vela
+}  // namespace vela::detail
+
+vela::LogHook vela::setLogHook(LogHook hook) noexcept {
+    return detail::logHook.exchange(hook, std::memory_order_acq_rel);
+}

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace vela {
+namespace vela::detail {
 
 /// The layer's log statements, one for each place that logs. Formats, sources and levels stand in the source.
 enum class LogStatement : std::size_t {
@@ -31,4 +31,4 @@ enum class LogStatement : std::size_t {
 VELA_API void logError(LogStatement statement) noexcept;
 VELA_API void logError(LogStatement statement, const char* detail) noexcept;
 
-}  // namespace vela
+}  // namespace vela::detail

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <type_traits>
 
-namespace vela {
+namespace vela::detail {
 
 /// The number behind an enumerator. All enumerations here have 32 signed bits underneath.
 template <class Enum>
@@ -26,4 +26,4 @@ constexpr bool isPast(Enum value, Enum last) noexcept {
     return toValue(value) > toValue(last);
 }
 
-}  // namespace vela
+}  // namespace vela::detail

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace vela {
+namespace vela::detail {
 
 /// A row of a table of display names; rows with more members serve as well.
 template <class Enum>
@@ -45,4 +45,4 @@ String nameIn(const Row (&table)[count], Enum value, const char* unknown = UNKNO
     return row == nullptr ? unknown : row->name;
 }
 
-}  // namespace vela
+}  // namespace vela::detail

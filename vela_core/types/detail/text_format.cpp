@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 
-namespace vela {
+namespace vela::detail {
 
 std::string formatText(const char* format, ...) {
     std::va_list arguments;
@@ -25,4 +25,4 @@ std::string labelOrAddress(const String& label, const void* object) {
     return formatText("%02lX", reinterpret_cast<std::uintptr_t>(object));
 }
 
-}  // namespace vela
+}  // namespace vela::detail

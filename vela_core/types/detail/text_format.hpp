@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace vela {
+namespace vela::detail {
 
 /// The text that `std::printf` makes of the same arguments.
 [[gnu::format(printf, 1, 2)]] VELA_API std::string formatText(const char* format, ...);
@@ -15,4 +15,4 @@ namespace vela {
 /// upper-case hexadecimal digits, at least two of them.
 std::string labelOrAddress(const String& label, const void* object);
 
-}  // namespace vela
+}  // namespace vela::detail

@@ -7,6 +7,7 @@
 #include <string>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 constexpr EnumName<MODEL> MODEL_NAMES[] = {

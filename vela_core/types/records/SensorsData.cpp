@@ -7,6 +7,7 @@
 #include <limits>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 using HEADING_STATE = SensorsData::MagnetometerData::HEADING_STATE;

@@ -7,6 +7,7 @@
 #include <initializer_list>
 
 namespace vela {
+using namespace detail;
 namespace {
 
 /// Pairs of keypoints from pairs of their indices.

@@ -9,6 +9,7 @@
 #include <exception>
 
 namespace vela {
+using namespace detail;
 
 [[gnu::init_priority(START_IDENTIFIERS)]] std::random_device uuid::rd("default");
 [[gnu::init_priority(START_IDENTIFIERS)]] std::mt19937_64 uuid::gen(uuid::rd());

@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace vela {
+namespace vela::detail {
 namespace {
 
 constexpr mode_t READ_WRITE_ALL = 0666;  // less the process's umask
@@ -132,4 +132,4 @@ void BlockFile::write(const char* bytes, std::size_t count) noexcept {
     }
 }
 
-}  // namespace vela
+}  // namespace vela::detail

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace vela {
+namespace vela::detail {
 
 /// A file that is written in large blocks. Errors are not reported; after the first one nothing more is
 /// written, so that what is there is the beginning of what should be.
@@ -65,4 +65,4 @@ private:
     bool failed_ = false;
 };
 
-}  // namespace vela
+}  // namespace vela::detail

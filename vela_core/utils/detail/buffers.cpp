@@ -6,7 +6,7 @@
 #include <new>
 #include <optional>
 
-namespace vela {
+namespace vela::detail {
 namespace {
 
 // The least common multiple of the pixel sizes that are no power of two and of the device's row alignment,
@@ -72,4 +72,4 @@ ERROR_CODE checked(cudaError_t status, const char* signature) noexcept {
     return status == cudaSuccess ? ERROR_CODE::SUCCESS : ERROR_CODE::FAILURE;
 }
 
-}  // namespace vela
+}  // namespace vela::detail

@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-namespace vela {
+namespace vela::detail {
 
 // Allocates and frees pixel buffers; nothing else in the library does. A number of bytes that does not fit
 // into `size_t` is memory that cannot be had.
@@ -34,4 +34,4 @@ void reportFailure(cudaError_t status, const char* signature) noexcept;
 /// `reportFailure`, and the library's code for the status: `SUCCESS` or `FAILURE`.
 ERROR_CODE checked(cudaError_t status, const char* signature) noexcept;
 
-}  // namespace vela
+}  // namespace vela::detail

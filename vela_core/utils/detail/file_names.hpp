@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace vela {
+namespace vela::detail {
 
 /// The path with the extension added, unless it ends so already; case matters.
 inline std::string withExtension(std::string path, std::string_view extension) {
@@ -13,4 +13,4 @@ inline std::string withExtension(std::string path, std::string_view extension) {
     return ends ? path : path.append(extension);
 }
 
-}  // namespace vela
+}  // namespace vela::detail

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace vela {
+namespace vela::detail {
 
 void fillWithPixel(void* buffer, std::size_t bytes, const void* pixel, std::size_t pixelBytes) {
     // The filled beginning doubles until it is a good block to copy: large enough for the widest stores of
@@ -19,4 +19,4 @@ void fillWithPixel(void* buffer, std::size_t bytes, const void* pixel, std::size
     }
 }
 
-}  // namespace vela
+}  // namespace vela::detail

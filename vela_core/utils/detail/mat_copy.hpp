@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace vela {
+namespace vela::detail {
 
 /// Whether pixels of `mat` lie in a buffer that `owner` owns and would release.
 bool sharesBuffersOf(const Mat& mat, const Mat& owner);
@@ -16,4 +16,4 @@ constexpr std::size_t throughInt32(std::size_t size) {
     return static_cast<std::size_t>(static_cast<std::int32_t>(size));
 }
 
-}  // namespace vela
+}  // namespace vela::detail

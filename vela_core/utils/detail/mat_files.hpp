@@ -5,10 +5,10 @@
 
 #include <opencv2/core.hpp>
 
-namespace vela {
+namespace vela::detail {
 
 /// An OpenCV matrix over the host side of an image of bytes or 16-bit samples, without a copy. A type that
 /// OpenCV is not asked to write (floats, two channels) is logged and gives an empty matrix.
 cv::Mat wrapAsCvMat(const Mat& mat);
 
-}  // namespace vela
+}  // namespace vela::detail

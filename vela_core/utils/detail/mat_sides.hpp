@@ -4,7 +4,7 @@
 #include "vela_core/types/Memory.hpp"
 #include "vela_core/types/detail/enum_cast.hpp"
 
-namespace vela {
+namespace vela::detail {
 
 // Which sides of memory a MEM value names.
 
@@ -30,4 +30,4 @@ inline bool coversDeviceSide(MEM mem) {
     return isPast(mem, MEM::CPU);
 }
 
-}  // namespace vela
+}  // namespace vela::detail

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace vela {
+namespace vela::detail {
 namespace {
 
 constexpr int DIGITS_AFTER_POINT = 6;
@@ -120,4 +120,4 @@ char* writeInteger(char* out, int value) {
     return value < 0 ? writeUnsigned(out + 1, 0U - number) : writeUnsigned(out, number);
 }
 
-}  // namespace vela
+}  // namespace vela::detail

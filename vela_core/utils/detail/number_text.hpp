@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace vela {
+namespace vela::detail {
 
 /// Room for any float in either form.
 inline constexpr std::size_t NUMBER_TEXT_SIZE = 64;
@@ -42,4 +42,4 @@ inline char* writeBelow1000(char* out, std::uint32_t value) {
     return out + (DigitGroups::GROUP - zeros);
 }
 
-}  // namespace vela
+}  // namespace vela::detail

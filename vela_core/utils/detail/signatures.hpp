@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-namespace vela::signature {
+namespace vela::detail::signature {
 
 // The functions that CUDA failures are printed under. Written out, because compilers spell their built-in
 // function names differently.
@@ -21,4 +21,4 @@ inline constexpr const char* GET_VALUE =
     "vela::ERROR_CODE vela::Mat::getValue(size_t, size_t, N*, vela::MEM) const [with N = ";
 inline constexpr const char* WITH_END = "; size_t = long unsigned int]";
 
-}  // namespace vela::signature
+}  // namespace vela::detail::signature

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace vela {
+namespace vela::detail {
 
 /// What loops and kernels see of an image side: `height` rows of `width` pixels of type T, row y starting
 /// `y * stepBytes` bytes after `data`. It owns nothing; `data` may be a device pointer.
@@ -37,4 +37,4 @@ PixelView<T> elementView(T* data, std::uint32_t stepElements, std::uint32_t widt
     return {data, width, height, stepElements * sizeof(T)};
 }
 
-}  // namespace vela
+}  // namespace vela::detail

@@ -8,6 +8,7 @@
 #include "vela_gpu/kernels/detail/pixel_tiles.hpp"
 
 namespace vela {
+using namespace detail;
 
 template <class T>
 void cu_matSetToGPU(T value, T* data, unsigned int stepElements, unsigned int width, unsigned int height,

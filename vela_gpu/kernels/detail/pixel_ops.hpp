@@ -6,7 +6,7 @@
 
 #include <type_traits>
 
-namespace vela {
+namespace vela::detail {
 
 // What happens to one pixel, written once: host loops, CUDA launchers and software launchers only walk rows.
 
@@ -87,4 +87,4 @@ struct ToSigned {
     }
 };
 
-}  // namespace vela
+}  // namespace vela::detail

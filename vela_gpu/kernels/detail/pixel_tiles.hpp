@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace vela {
+namespace vela::detail {
 
 // How kernels walk an image. A row is cut into tiles, and the 32 lanes of a warp share a tile:
 //
@@ -89,7 +89,7 @@ struct FillTiles {
         }
     }
 
-    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return vela::tilesPerRow(rows); }
+    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return detail::tilesPerRow(rows); }
     VELA_HOST_DEVICE std::size_t height() const { return rows.height; }
     VELA_HOST_DEVICE void operator()(std::size_t index, std::size_t y, unsigned lane) const {
         const Tile<T> tile(rows, onWords, index, y);
@@ -123,7 +123,7 @@ struct MapRows {
         onWords = liesOnWords(source) && liesOnWords(destination);
     }
 
-    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return vela::tilesPerRow(source); }
+    VELA_HOST_DEVICE std::size_t tilesPerRow() const { return detail::tilesPerRow(source); }
     VELA_HOST_DEVICE std::size_t height() const { return source.height; }
 
     /// Applies the fetched operation to the pixels of a run.
@@ -220,4 +220,4 @@ template <class From, class To, class Op>
 ExchangingMapTiles(const PixelView<From>&, const PixelView<To>&, const Op&)
     -> ExchangingMapTiles<From, To, Op>;
 
-}  // namespace vela
+}  // namespace vela::detail

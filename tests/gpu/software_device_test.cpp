@@ -24,7 +24,7 @@ constexpr auto INVALID = cudaErrorInvalidValue;
 constexpr auto BAD_HANDLE = cudaErrorInvalidResourceHandle;
 constexpr std::size_t HUGE_SIZE = std::size_t{1} << 40;
 
-class StandInTest : public DeviceTest {
+class SoftwareDeviceTest : public DeviceTest {
 protected:
     void SetUp() override {
         DeviceTest::SetUp();
@@ -40,7 +40,7 @@ protected:
     cudaStream_t stream_ = nullptr;
 };
 
-TEST_F(StandInTest, PitchesAreMultiplesOf512AndFreshMemoryIsPoisoned) {
+TEST_F(SoftwareDeviceTest, PitchesAreMultiplesOf512AndFreshMemoryIsPoisoned) {
     for (const auto& [width, pitch] : {std::pair(1U, 512U), std::pair(512U, 512U), std::pair(513U, 1024U)}) {
         const Mat mat(width, 3, U1, MEM::GPU);
         EXPECT_EQ(mat.stepBytesGPU, pitch);
@@ -51,14 +51,14 @@ TEST_F(StandInTest, PitchesAreMultiplesOf512AndFreshMemoryIsPoisoned) {
     EXPECT_EQ(Bytes(managed_.ptrGPU, managed_.ptrGPU + 64), Bytes(64, 0xCD)) << "which is the host's too";
 }
 
-TEST_F(StandInTest, HostAccessToDeviceMemoryFaults) {
+TEST_F(SoftwareDeviceTest, HostAccessToDeviceMemoryFaults) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(*device_.ptrGPU = 1, "");
     const volatile unsigned char* const freed = Mat(7, 1, U1, MEM_MANAGED).ptrGPU;
     EXPECT_DEATH(std::printf("%d", *freed), "");
 }
 
-TEST_F(StandInTest, ChecksCopies) {
+TEST_F(SoftwareDeviceTest, ChecksCopies) {
     constexpr auto PITCH = cudaErrorInvalidPitchValue;
     constexpr int TO_HOST = cudaMemcpyDeviceToHost;
     constexpr int TO_DEVICE = cudaMemcpyHostToDevice;
@@ -102,7 +102,7 @@ TEST_F(StandInTest, ChecksCopies) {
     EXPECT_EQ(copy(host, 64, host + 1024, 64, 64, 2, 7), cudaErrorInvalidMemcpyDirection);
 }
 
-TEST_F(StandInTest, ChecksAllocationsAndReleases) {
+TEST_F(SoftwareDeviceTest, ChecksAllocationsAndReleases) {
     void* data = &data;
     std::size_t pitch = 3;
     EXPECT_EQ(cudaMallocManaged(&data, 0), INVALID);
@@ -124,14 +124,14 @@ TEST_F(StandInTest, ChecksAllocationsAndReleases) {
     EXPECT_EQ(liveAllocations(), before);
 }
 
-TEST_F(StandInTest, BoundsASingleRowByTheBytesAskedFor) {
+TEST_F(SoftwareDeviceTest, BoundsASingleRowByTheBytesAskedFor) {
     const Mat row(10, 1, U1, MEM::GPU);
     char host[11] = {};
     EXPECT_EQ(cudaMemcpy(row.ptrGPU, host, 10, cudaMemcpyHostToDevice), cudaSuccess);
     EXPECT_EQ(cudaMemcpy(row.ptrGPU, host, 11, cudaMemcpyHostToDevice), INVALID);
 }
 
-TEST_F(StandInTest, KeepsTheArgumentsOfTheLatestCalls) {
+TEST_F(SoftwareDeviceTest, KeepsTheArgumentsOfTheLatestCalls) {
     Mat mat(4, 4, U1, MEM_MANAGED);
     EXPECT_EQ(latestArguments().managedFlags, cudaMemAttachGlobal);
     EXPECT_EQ(mat.updateGPUfromCPU(stream_), OK);
@@ -152,7 +152,7 @@ TEST_F(StandInTest, KeepsTheArgumentsOfTheLatestCalls) {
     EXPECT_EQ(latestArguments().copyKind, cudaMemcpyDeviceToHost) << "an unknown direction";
 }
 
-TEST_F(StandInTest, AttachesManagedMemoryOnly) {
+TEST_F(SoftwareDeviceTest, AttachesManagedMemoryOnly) {
     void* const managed = managed_.ptrGPU;
     EXPECT_EQ(cudaStreamAttachMemAsync(stream_, managed), cudaSuccess);
     EXPECT_EQ(cudaStreamAttachMemAsync(stream_, managed, 64, cudaMemAttachSingle), cudaSuccess);
@@ -167,7 +167,7 @@ TEST_F(StandInTest, AttachesManagedMemoryOnly) {
     EXPECT_EQ(cudaStreamAttachMemAsync(stream_, managed), BAD_HANDLE);
 }
 
-TEST_F(StandInTest, StreamsWorkWhenTheyAreWaitedFor) {
+TEST_F(SoftwareDeviceTest, StreamsWorkWhenTheyAreWaitedFor) {
     char from[4] = "abc";
     char to[4] = "";
     void* spare = nullptr;
@@ -189,7 +189,7 @@ TEST_F(StandInTest, StreamsWorkWhenTheyAreWaitedFor) {
     }
 }
 
-TEST_F(StandInTest, FailsTheCallsThatAreNamed) {
+TEST_F(SoftwareDeviceTest, FailsTheCallsThatAreNamed) {
     char a[4] = "abc";
     char b[4] = "";
     const auto copy = [&] { return cudaMemcpy(b, a, 4, cudaMemcpyHostToHost); };
@@ -213,7 +213,7 @@ TEST_F(StandInTest, FailsTheCallsThatAreNamed) {
     EXPECT_EQ(cudaFree(nullptr), cudaSuccess) << "forgotten";
 }
 
-TEST_F(StandInTest, LaunchesCheckTheirMemory) {
+TEST_F(SoftwareDeviceTest, LaunchesCheckTheirMemory) {
     float host[4] = {1, 2, 3, 4};
     const auto scale = [](void* data, unsigned step, unsigned width, unsigned height) {
         cu_applyFactor(static_cast<float*>(data), 2.0F, step, width, height);
@@ -264,7 +264,7 @@ rlim_t mappedBytes() {
 }
 
 // Each limit is set before the device is used for the first time.
-TEST(StandInProcessTest, TakesSmallerAddressRangesWhereLargeOnesAreRefused) {
+TEST(SoftwareDeviceProcessTest, TakesSmallerAddressRangesWhereLargeOnesAreRefused) {
     constexpr std::size_t MB = 1 << 20;
     for (const auto& [allowance, width] :
          {std::pair(4096 * MB, 512 * MB), std::pair(512 * MB, 100 * MB), std::pair(40 * MB, 10 * MB)}) {
@@ -276,7 +276,7 @@ TEST(StandInProcessTest, TakesSmallerAddressRangesWhereLargeOnesAreRefused) {
     }
 }
 
-TEST(StandInProcessTest, LivesOnInAChildForkedWhileThreadsUseIt) {
+TEST(SoftwareDeviceProcessTest, LivesOnInAChildForkedWhileThreadsUseIt) {
     std::atomic<bool> done{false};
     const auto work = [&] {
         while (!done) {

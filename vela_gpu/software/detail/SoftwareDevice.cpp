@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "vela_gpu/software/detail/StandIn.hpp"
+#include "vela_gpu/software/detail/SoftwareDevice.hpp"
 
 #include <pthread.h>
 
@@ -11,46 +11,46 @@ namespace vela::software_device {
 namespace {
 
 /// Built before there are threads, so that no fork falls into its construction.
-[[maybe_unused]] const StandIn& builtEarly = StandIn::get();
+[[maybe_unused]] const SoftwareDevice& builtEarly = SoftwareDevice::get();
 
 }  // namespace
 
-StandIn& StandIn::get() {
-    alignas(StandIn) static std::byte storage[sizeof(StandIn)];
-    static auto* const device = new (storage) StandIn;
+SoftwareDevice& SoftwareDevice::get() {
+    alignas(SoftwareDevice) static std::byte storage[sizeof(SoftwareDevice)];
+    static auto* const device = new (storage) SoftwareDevice;
     return *device;
 }
 
-StandIn::StandIn() {
+SoftwareDevice::SoftwareDevice() {
     pthread_atfork([] { get().mutex_.lock(); }, [] { get().mutex_.unlock(); }, [] { get().mutex_.unlock(); });
 }
 
-cudaError_t& StandIn::lastError() {
+cudaError_t& SoftwareDevice::lastError() {
     thread_local cudaError_t error = cudaSuccess;
     return error;
 }
 
-void StandIn::planFailure(const char* name, int nth, cudaError_t status) {
+void SoftwareDevice::planFailure(const char* name, int nth, cudaError_t status) {
     const std::lock_guard<std::mutex> lock(mutex_);
     failures_.push_back({name, nth, status});
 }
 
-void StandIn::forgetFailures() {
+void SoftwareDevice::forgetFailures() {
     const std::lock_guard<std::mutex> lock(mutex_);
     failures_.clear();
 }
 
-std::size_t StandIn::liveAllocations() {
+std::size_t SoftwareDevice::liveAllocations() {
     const std::lock_guard<std::mutex> lock(mutex_);
     return memory.liveAllocations();
 }
 
-Arguments StandIn::latestArguments() {
+Arguments SoftwareDevice::latestArguments() {
     const std::lock_guard<std::mutex> lock(mutex_);
     return latest;
 }
 
-cudaError_t StandIn::plannedFailure(const char* name) {
+cudaError_t SoftwareDevice::plannedFailure(const char* name) {
     cudaError_t status = cudaSuccess;
     for (PlannedFailure& failure : failures_) {
         if (failure.name == name && --failure.callsUntil == 0) status = failure.status;
@@ -60,12 +60,12 @@ cudaError_t StandIn::plannedFailure(const char* name) {
     return status;
 }
 
-std::byte* StandIn::alignedBytes(const void* address, std::size_t bytes, std::size_t alignment) const {
+std::byte* SoftwareDevice::alignedBytes(const void* address, std::size_t bytes, std::size_t alignment) const {
     if (reinterpret_cast<std::uintptr_t>(address) % alignment != 0) return nullptr;
     return memory.reach(address, bytes).bytes;
 }
 
-cudaError_t StandIn::submit(cudaStream_t stream, std::function<cudaError_t()> work) {
+cudaError_t SoftwareDevice::submit(cudaStream_t stream, std::function<cudaError_t()> work) {
     if (stream != nullptr) {
         if (!isStream(stream)) return cudaErrorInvalidResourceHandle;
         stream->pending.push_back(std::move(work));
@@ -76,7 +76,7 @@ cudaError_t StandIn::submit(cudaStream_t stream, std::function<cudaError_t()> wo
     return status != cudaSuccess ? status : earlier;
 }
 
-cudaError_t StandIn::completeAll() {
+cudaError_t SoftwareDevice::completeAll() {
     cudaError_t first = cudaSuccess;
     for (const auto& stream : streams_) {
         const cudaError_t status = complete(*stream);
@@ -85,7 +85,7 @@ cudaError_t StandIn::completeAll() {
     return first;
 }
 
-cudaError_t StandIn::complete(CUstream_st& stream) {
+cudaError_t SoftwareDevice::complete(CUstream_st& stream) {
     cudaError_t first = cudaSuccess;
     for (const auto& work : std::exchange(stream.pending, {})) {
         const cudaError_t status = work();
@@ -94,36 +94,36 @@ cudaError_t StandIn::complete(CUstream_st& stream) {
     return first;
 }
 
-cudaStream_t StandIn::createStream() {
+cudaStream_t SoftwareDevice::createStream() {
     return streams_.emplace_back(std::make_unique<CUstream_st>()).get();
 }
 
-bool StandIn::isStream(cudaStream_t stream) const {
+bool SoftwareDevice::isStream(cudaStream_t stream) const {
     return std::any_of(streams_.begin(), streams_.end(),
                        [=](const auto& known) { return known.get() == stream; });
 }
 
-void StandIn::forgetStream(cudaStream_t stream) {
+void SoftwareDevice::forgetStream(cudaStream_t stream) {
     streams_.erase(std::remove_if(streams_.begin(), streams_.end(),
                                   [=](const auto& known) { return known.get() == stream; }),
                    streams_.end());
 }
 
 void failCall(const char* name, int nth, cudaError status) {
-    StandIn::get().planFailure(name, nth, status);
+    SoftwareDevice::get().planFailure(name, nth, status);
 }
 
 void reset() {
-    StandIn::get().forgetFailures();
-    StandIn::lastError() = cudaSuccess;
+    SoftwareDevice::get().forgetFailures();
+    SoftwareDevice::lastError() = cudaSuccess;
 }
 
 std::size_t liveAllocations() {
-    return StandIn::get().liveAllocations();
+    return SoftwareDevice::get().liveAllocations();
 }
 
 Arguments latestArguments() {
-    return StandIn::get().latestArguments();
+    return SoftwareDevice::get().latestArguments();
 }
 
 }  // namespace vela::software_device

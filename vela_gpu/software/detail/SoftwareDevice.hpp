@@ -26,11 +26,11 @@ namespace vela::software_device {
 
 /// The software device: its memory, its streams, the failures that tests planned, and the lock over all of
 /// it. Every runtime function and every kernel launch goes through `call`.
-class StandIn {
+class SoftwareDevice {
 public:
     /// The one device. It is never destroyed: Mats with static storage duration free their memory at exit. A
     /// forked child goes on with a copy of it, whatever other threads were doing when it was forked.
-    static StandIn& get();
+    static SoftwareDevice& get();
 
     /// Runs the body of runtime function `name` under the lock, unless a planned failure takes its place, and
     /// keeps a failure as the calling thread's last error. A std::bad_alloc becomes
@@ -83,7 +83,7 @@ private:
         cudaError_t status;
     };
 
-    StandIn();
+    SoftwareDevice();
     cudaError_t plannedFailure(const char* name);
     std::byte* alignedBytes(const void* address, std::size_t bytes, std::size_t alignment) const;
 
