@@ -6,6 +6,7 @@
 #include "support/geometry.hpp"
 #include "support/locale.hpp"
 
+#include <gtest/gtest-spi.h>
 #include <Eigen/LU>
 
 #include <cstring>
@@ -52,6 +53,13 @@ public:
 private:
     std::mt19937 engine_{1};
 };
+
+TEST(ExpectNear, AcceptsTheRoundingOfTheLargestNumberAndNoInfinity) {
+    expectNear(Numbers{1e-3F, 1e-9F, INFINITY, NAN}, {1e-3F + 1e-9F, 0, INFINITY, NAN});
+    EXPECT_NONFATAL_FAILURE(expectNear(Numbers{1.01e-3F}, Numbers{1e-3F}), "instead of");
+    EXPECT_NONFATAL_FAILURE(expectNear(Numbers{1, 5}, {1, INFINITY}), "instead of");
+    EXPECT_NONFATAL_FAILURE(expectNear(Numbers{1, NAN}, Numbers{1, 1}), "instead of");
+}
 
 TYPED_TEST(MatrixTest, CalculatesAsEigenDoes) {
     using Matrix = TypeParam;

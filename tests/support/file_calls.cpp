@@ -33,8 +33,9 @@ std::size_t limited(std::size_t count) {
 
 namespace vela::test {
 
-FileCalls::FileCalls(std::string function, int nth, Fate fate, std::size_t largest_)
-    : largest(largest_), function_(std::move(function)), nth_(nth), fate_(fate) {
+FileCalls::FileCalls(std::string function, int nth, Fate fate, std::size_t largest_,
+                     std::function<void()> rival)
+    : largest(largest_), function_(std::move(function)), nth_(nth), fate_(fate), rival_(std::move(rival)) {
     plan = this;
 }
 
@@ -45,6 +46,10 @@ FileCalls::~FileCalls() {
 bool FileCalls::fails(const char* function) {
     if (fate_ == Fate::DONE || function_ != function || --nth_ != 0) return false;
     if (fate_ == Fate::KILLED) std::raise(SIGKILL);
+    if (fate_ == Fate::OVERTAKEN) {
+        rival_();
+        return false;
+    }
     errno = fate_ == Fate::INTERRUPTED ? EINTR : ENOSPC;
     return true;
 }
@@ -79,6 +84,10 @@ ssize_t pread(int descriptor, void* bytes, size_t count, off_t offset) {
 }
 
 ssize_t copy_file_range(int source, off_t* from, int destination, off_t* to, size_t count, unsigned flags) {
+    if (plan != nullptr && !plan->kernelMoves) {
+        errno = EXDEV;
+        return -1;
+    }
     return passOn<decltype(copy_file_range)>("copy_file_range", source, from, destination, to, limited(count),
                                              flags);
 }

@@ -35,16 +35,21 @@ Numbers numbersOf(T value) {
     }
 }
 
-/// Equal up to the rounding of some dozen float operations; NaN is near NaN alone.
-inline void expectNear(const Numbers& seen, const Numbers& wanted, float tolerance = 1e-5F) {
+/// Equal up to the rounding of some dozen float operations on numbers as large as the largest that is wanted.
+/// NaN is near NaN alone, and an infinity near itself alone.
+inline void expectNear(const Numbers& seen, const Numbers& wanted, float tolerance = 2e-6F) {
+    float largest = 0;
+    for (const float x : wanted) {
+        if (std::isfinite(x)) largest = std::max(largest, std::abs(x));
+    }
     const auto near = [=](float x, float y) {
-        return std::abs(x - y) <= tolerance * (1 + std::abs(y)) || (std::isnan(x) && std::isnan(y));
+        return x == y || std::abs(x - y) <= tolerance * largest || (std::isnan(x) && std::isnan(y));
     };
     EXPECT_TRUE(std::equal(seen.begin(), seen.end(), wanted.begin(), wanted.end(), near))
         << testing::PrintToString(seen) << " instead of " << testing::PrintToString(wanted);
 }
 template <class Seen, class Wanted = Seen>
-void expectNear(const Seen& seen, const Wanted& wanted, float tolerance = 1e-5F) {
+void expectNear(const Seen& seen, const Wanted& wanted, float tolerance = 2e-6F) {
     expectNear(numbersOf(seen), numbersOf(wanted), tolerance);
 }
 

@@ -71,6 +71,13 @@ TEST_F(MatTest, ConstructorsSetEveryField) {
 
 TEST_F(MatTest, AnAllocationThatFailsLeavesAnEmptyMat) {
     constexpr std::size_t HALF = std::size_t{1} << 32;
+    const auto expectRefused = [](std::size_t width, std::size_t height, MAT_TYPE type, MEM mem) {
+        Mat mat;
+        EXPECT_EQ(printedBy([&] { mat.alloc(width, height, type, mem); }),
+                  "in void vela::Mat::alloc(size_t, size_t, vela::MAT_TYPE, vela::MEM) : Err [2]: out of "
+                  "memory.\n");
+        EXPECT_TRUE(mat.isInit && mat.memoryOwner && mat.ptrCPU == nullptr && mat.ptrGPU == nullptr);
+    };
     const std::pair<std::size_t, std::size_t> sizes[] = {
         {HALF, HALF},                      // pixels wrap to 0
         {HALF / 2, HALF / 2},              // bytes wrap to 0
@@ -82,14 +89,10 @@ TEST_F(MatTest, AnAllocationThatFailsLeavesAnEmptyMat) {
             EXPECT_EQ(fieldsOf(mat), "empty 0x0x0 of 0 on 3, steps 0 0, buffers - -n/a00");
             EXPECT_EQ(mat.dataType, U3);
         }
-        for (const MEM mem : {MEM::GPU, MEM_MANAGED}) {
-            Mat mat;
-            EXPECT_EQ(printedBy([&, w = width, h = height] { mat.alloc(w, h, F1, mem); }),
-                      "in void vela::Mat::alloc(size_t, size_t, vela::MAT_TYPE, vela::MEM) : Err [2]: out of "
-                      "memory.\n");
-            EXPECT_TRUE(mat.isInit && mat.memoryOwner && mat.ptrCPU == nullptr && mat.ptrGPU == nullptr);
-        }
+        expectRefused(width, height, F1, MEM::GPU);
+        expectRefused(width, height, F1, MEM_MANAGED);
     }
+    expectRefused(SIZE_MAX / 3, 1, U3, MEM::GPU);                    // bytes of a padded row: 512
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // whose allocators stop the program
     EXPECT_THROW(Mat(std::size_t{1} << 40, std::size_t{1} << 15, U1), std::bad_alloc);
 #endif

@@ -150,7 +150,7 @@ int writePoints(BlockFile& file, const vela::Mat& cloud, ColorWriter writeColor)
 
 void writeVertices(BlockFile& file, int count) {
     file.append(formatText("VERTICES %d %lld\n", count, 2LL * count));
-    for (int i = 0; i < count; ++i) {
+    for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(count); ++i) {
         char* out = file.reserve();
         *out++ = '1';
         *out++ = ' ';

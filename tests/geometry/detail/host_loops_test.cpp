@@ -101,13 +101,11 @@ constexpr float FACTORS[] = {0.001F, 0.0254F, 1.0F, 3.28084F, 39.3701F, 1000.0F}
 TEST(HostLoops, DoToEachPixelWhatTheOperationDoes) {
     for (const float factor : FACTORS) {
         expectBothLoopsToDo<float>(ScaleAll{factor});
-        for (const auto apply : {0, 1}) {
-            expectAsPixelByPixel<Vector4<float>>(ScaleAll{factor}, [=](const auto& view, const ScaleAll& op) {
-                apply == 0 ? applyOnHost(asFloats(view), op) : forEachPixel(view, op);
-            });
-        }
-        expectAsPixelByPixel<Vector3<float>>(
-            ScaleAll{factor}, [](const auto& view, const ScaleAll& op) { applyOnHost(asFloats(view), op); });
+        const auto asRows = [](const auto& view, const ScaleAll& op) { applyOnHost(asFloats(view), op); };
+        expectAsPixelByPixel<Vector3<float>>(ScaleAll{factor}, asRows);
+        expectAsPixelByPixel<Vector4<float>>(ScaleAll{factor}, asRows);
+        expectAsPixelByPixel<Vector4<float>>(
+            ScaleAll{factor}, [](const auto& view, const ScaleAll& op) { forEachPixel(view, op); });
     }
     expectBothLoopsToDo<Vector3<float>>(ApplyMatrix3{{1, -2, 0.5F, 0, 3, -1, 7, 0.25F, 1}});
     expectBothLoopsToDo<Vector4<float>>(
@@ -134,6 +132,12 @@ TEST(HostLoops, ChooseVectorInstructionsThatTheProcessorHas) {
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     EXPECT_EQ(hasAvx2(), text.find(" avx2") != std::string::npos);
     EXPECT_EQ(canScaleAroundDenormals(), hasAvx2());
+    std::vector<float> values(4 * 100);
+    const PixelView<Vector4<float>> points{reinterpret_cast<Vector4<float>*>(values.data()), 100, 1, 0};
+    const PixelView<Vector3<float>> packed{reinterpret_cast<Vector3<float>*>(values.data()), 50, 2, 600};
+    EXPECT_EQ(applyOnHost(points, ApplyMatrix4{}), hasAvx2() ? 100U : 0U);
+    EXPECT_EQ(applyOnHost(packed, ApplyMatrix3{}), hasAvx2() ? 96U : 0U);
+    EXPECT_EQ(applyOnHost(asFloats(points), ScaleAll{1}), denormalsAreSlow() ? 384U : 0U);
 }
 
 TEST(HostLoops, EqualPixelsStayEqualInEveryFloatingPointMode) {

@@ -7,12 +7,13 @@
 namespace vela::detail {
 
 // What forEachPixel does, at the speed of memory for whole clouds. Results are the same to the bit, apart
-// from the sign and payload of NaNs, which no formula settles.
+// from the sign and payload of NaNs, which no formula settles. Each returns how many pixels were converted by
+// vector instructions.
 
 /// Multiplies every float. Rows of pixels are rows of floats here: see `asFloats`.
-void applyOnHost(const PixelView<float>& view, const ScaleAll& op);
-void applyOnHost(const PixelView<Vector3<float>>& view, const ApplyMatrix3& op);
-void applyOnHost(const PixelView<Vector4<float>>& view, const ApplyMatrix4& op);
+std::size_t applyOnHost(const PixelView<float>& view, const ScaleAll& op);
+std::size_t applyOnHost(const PixelView<Vector3<float>>& view, const ApplyMatrix3& op);
+std::size_t applyOnHost(const PixelView<Vector4<float>>& view, const ApplyMatrix4& op);
 
 /// The components of all pixels as an image of one float a pixel.
 template <class Pixel>

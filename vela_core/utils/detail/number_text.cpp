@@ -114,10 +114,8 @@ char* writeScientific(char* out, float value) {
     return writeByLibrary(out, value, std::chars_format::scientific);
 }
 
-char* writeInteger(char* out, int value) {
-    *out = '-';
-    const auto number = static_cast<std::uint32_t>(value);
-    return value < 0 ? writeUnsigned(out + 1, 0U - number) : writeUnsigned(out, number);
+char* writeInteger(char* out, std::uint32_t value) {
+    return writeUnsigned(out, value);
 }
 
 }  // namespace vela::detail

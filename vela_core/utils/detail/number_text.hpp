@@ -18,7 +18,7 @@ char* writeFixed(char* out, float value);
 char* writeScientific(char* out, float value);
 
 /// Writes the value in decimal digits and returns the end; no zero byte is added.
-char* writeInteger(char* out, int value);
+char* writeInteger(char* out, std::uint32_t value);
 
 /// The digits of 0 to 999; a copy of four characters may start at any of the three.
 struct DigitGroups {
