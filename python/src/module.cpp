@@ -69,4 +69,5 @@ NB_MODULE(_core, module) {
     bindGeometry(module);
     bindRecords(module);
     bindIo(module);
+    bindTool(module);
 }
