@@ -111,7 +111,10 @@ def convert(job, first, last):
 
 
 def convert_on(client, job, ranges):
-    """`convert` for all ranges on the workers of a Dask client; a range is tried again when its worker dies."""
+    """`convert` for all ranges on the workers of a Dask client.
+
+    A range is tried again when it fails, and when its worker dies, which Dask does of its own accord.
+    """
     futures = [client.submit(convert, job, *each, key=f"{job.topic}-{each[0]}", retries=2) for each in ranges]
     return sum(client.gather(futures))
 

@@ -78,7 +78,7 @@ def header():
     return {"stamp": {"sec": 0, "nanosec": 0}, "frame_id": "camera_optical"}
 
 
-def write(path, count, width=160, height=90):
+def write(path, count, width=160, height=90, topics=(POINTS, DEPTH)):
     from mcap_ros2.writer import Writer
     with open(path, "wb") as file:
         writer = Writer(file)
@@ -87,6 +87,8 @@ def write(path, count, width=160, height=90):
         for index in range(count):
             xyz, rgb = cloud(index, width, height)
             time = START + index * PERIOD
-            writer.write_message(POINTS, clouds, cloud_message(xyz, rgb), log_time=time, publish_time=time)
-            writer.write_message(DEPTH, images, depth_message(xyz), log_time=time, publish_time=time)
+            if POINTS in topics:
+                writer.write_message(POINTS, clouds, cloud_message(xyz, rgb), log_time=time, publish_time=time)
+            if DEPTH in topics:
+                writer.write_message(DEPTH, images, depth_message(xyz), log_time=time, publish_time=time)
         writer.finish()

@@ -35,7 +35,7 @@ def start(robot, folder, *options, topic=recording.POINTS):
 
 
 def result(process):
-    printed, complaints = process.communicate(timeout=120)
+    printed, complaints = process.communicate(timeout=300)
     assert process.returncode == 0, complaints
     return printed
 
@@ -74,14 +74,14 @@ def test_two_workers_leave_the_same_files_as_one_process(robot, alone, tmp_path)
 
 
 def workers_of(process):
-    children = pathlib.Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text().split()
-    return [int(child) for child in children
+    tasks = pathlib.Path(f"/proc/{process.pid}/task").glob("*/children")  # each thread has its own
+    return [int(child) for task in tasks for child in task.read_text().split()
             if b"spawn_main" in pathlib.Path(f"/proc/{child}/cmdline").read_bytes()]
 
 
 def test_a_worker_that_is_killed_in_the_middle_changes_nothing(robot, alone, tmp_path):
     process = start(robot, tmp_path, "--workers", "2", "--ranges", "60")
-    deadline = time.monotonic() + 60
+    deadline = time.monotonic() + 240
     while not list(tmp_path.glob("*.ply")):
         assert process.poll() is None and time.monotonic() < deadline, "no file appeared"
         time.sleep(0.002)
