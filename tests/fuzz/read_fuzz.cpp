@@ -1,41 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 // Mat::read on arbitrary bytes: it answers SUCCESS with a consistent Mat or FAILURE with the old one, and
 // throws nothing.
+#include "MemoryFile.hpp"
 #include "vela_core/log/KLogger.hpp"
 #include "vela_core/vela.hpp"
 
 #include <quill/Logger.h>
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <string>
-
-namespace {
-
-/// Ends the program where a promise is broken; the fuzzer keeps the input.
-void require(bool promise) {
-    if (!promise) std::abort();
-}
-
-/// A file in memory that has a path.
-std::string pathOf(const std::uint8_t* bytes, std::size_t size, int descriptor) {
-    require(ftruncate(descriptor, 0) == 0 &&
-            pwrite(descriptor, bytes, size, 0) == static_cast<ssize_t>(size));
-    return "/proc/self/fd/" + std::to_string(descriptor);
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    static const int file = memfd_create("picture", 0);
+    using vela::fuzz::require;
+    static vela::fuzz::MemoryFile file;
+    file.put(bytes, size);
     vela::Mat mat(3, 2, vela::MAT_TYPE::MAT_8U_C1);
     mat.name = "kept";
     mat.setTo<unsigned char>(7);
-    const vela::ERROR_CODE result = mat.read(pathOf(bytes, size, file).c_str());
+    const vela::ERROR_CODE result = mat.read(file.path());
     require(mat.isInit && mat.memoryOwner && mat.ptrCPU != nullptr && mat.ptrGPU == nullptr);
     require(mat.stepBytesCPU == mat.width * mat.pixelBytes && mat.name == vela::String("kept"));
     if (result == vela::ERROR_CODE::SUCCESS) {

@@ -221,6 +221,10 @@ std::vector<Habit> vtkHabits() {
          "# vtk DataFile Version 3.0\nt\nASCII\nDATASET STRUCTURED_GRID\nDIMENSIONS 2 1 1\nPOINTS 2 float\n1 "
          "2 3 4 5 6\n",
          "1 2 3, 4 5 6"},
+        {"colours with more behind them",
+         VTK_HEADER + "POINTS 1 float\n1 2 3\nPOINT_DATA 1\nSCALARS c unsigned_char 6\nLOOKUP_TABLE "
+                      "default\n1 2 3 4 5 6\n",
+         "1 2 3 1/2/3"},
         {"what nobody knows", VTK_HEADER + "POINTS 1 float\n1 2 3\nHOLOGRAM 3\n", "1 2 3",
          "what begins with 'HOLOGRAM' ignored"},
         {"more points than bytes", VTK_HEADER + "POINTS 2000000000 float\n1 2 3\n",
@@ -273,6 +277,10 @@ void expectHabits(const std::vector<Habit>& habits, const char* name) {
             EXPECT_TRUE(result.ok());
             EXPECT_EQ(toStdString(result.text), habit.note.empty() ? "" : path + ": " + habit.note);
             EXPECT_EQ(textOf(cloud, normals, info.hasAlpha), habit.points);
+            for (std::size_t i = 0; cloud.channels == 4 && !info.hasAlpha && i < cloud.width * cloud.height;
+                 ++i) {
+                EXPECT_EQ(cloud.ptrCPU[16 * i + 15], 255) << "of files without an alpha";
+            }
             EXPECT_EQ(kindOf(path), FILE_KIND::CLOUD);
         }
     }

@@ -33,7 +33,7 @@ std::string followLinks(std::string path) {
         const ssize_t length = readlink(path.c_str(), link, sizeof link);
         if (length < 0) return path;
         const std::string next(link, static_cast<std::size_t>(length));
-        path = next.empty() || next[0] == '/' ? next : folderOf(path) + "/" + next;
+        path = next.empty() || next[0] == '/' ? next : folderOf(path).append("/").append(next);
     }
     failSystem(ELOOP);
 }

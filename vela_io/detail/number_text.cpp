@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_io/detail/number_text.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -180,10 +181,10 @@ char* writeDecimal(char* out, Decimal decimal) {
     // Where an exponent would not be shorter only few zeros are missing.
     if (whole > 0) {
         digits.copyFrom(0, out);
-        std::memcpy(out + count, "00000000", 8);
+        std::copy_n("00000000", 8, out + count);
         return out + whole;
     }
-    std::memcpy(out, "0.000000", 8);
+    std::copy_n("0.000000", 8, out);
     digits.copyFrom(0, out + 2 - whole);
     return out + 2 - whole + count;
 }
@@ -219,13 +220,13 @@ char* writeShortest(char* out, float value) {
     const std::uint32_t mantissa = bits & 0x7fffff;
     const std::uint32_t biased = bits >> 23 & 0xff;
     if (biased == 0xff && mantissa != 0) {
-        std::memcpy(out, "nan", 3);
+        std::copy_n("nan", 3, out);
         return out + 3;
     }
     *out = '-';
     out += bits >> 31;
     if (biased == 0xff) {
-        std::memcpy(out, "inf", 3);
+        std::copy_n("inf", 3, out);
         return out + 3;
     }
     if (biased == 0 && mantissa == 0) {

@@ -14,7 +14,7 @@ namespace {
 /// The header's numbers, with comments between them.
 class HeaderParser {
 public:
-    HeaderParser(InputFile& file, TextReader& text) : file_(file), text_(text) {}
+    explicit HeaderParser(TextReader& text) : text_(text) {}
 
     std::size_t number() {
         for (;;) {
@@ -31,7 +31,6 @@ public:
     const Statements& statements() const { return statements_; }
 
 private:
-    InputFile& file_;
     TextReader& text_;
     Statements statements_;
 };
@@ -51,8 +50,8 @@ void readBinary(InputFile& file, std::size_t count, std::size_t sampleBytes, std
         const std::size_t part = std::min(count, PART);
         file.read(bytes, part * sampleBytes);
         for (std::size_t i = 0; i < part; ++i) {
-            const unsigned sample = sampleBytes == 1 ? bytes[i] : bytes[2 * i] << 8U | bytes[2 * i + 1];
-            std::memcpy(out + i, &sample, sizeof *out);
+            const int sample = sampleBytes == 1 ? bytes[i] : bytes[2 * i] * 256 + bytes[2 * i + 1];
+            out[i] = static_cast<std::uint16_t>(sample);
         }
         out += part;
         count -= part;
@@ -68,7 +67,7 @@ void readPgm(InputFile& file, DepthSink& sink) {
     const bool plain = magic[1] == '2';
     if (magic[0] != 'P' || (!plain && magic[1] != '5')) failFormat("not a PGM file");
     text.start();
-    HeaderParser parser(file, text);
+    HeaderParser parser(text);
     DepthHeader header;
     header.encoding = plain ? ENCODING::ASCII : ENCODING::BINARY;
     header.width = parser.number();

@@ -6,12 +6,17 @@
 #include <png.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <csetjmp>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
 namespace vela::io::detail {
 namespace {
+
+/// The most that text chunks of a file may take.
+constexpr std::size_t LARGEST_CHUNK = std::size_t{1} << 20;
 
 /// libpng leaves a failed call by `longjmp`, which must not pass by destructors: what our own functions throw
 /// below it is kept here until libpng is left.
@@ -19,6 +24,8 @@ struct Session {
     InputFile* in = nullptr;
     OutputFile* out = nullptr;
     std::optional<Failure> failure;
+    /// libpng allocates whatever length a chunk claims, its own limits notwithstanding.
+    std::size_t largestAllocation = LARGEST_CHUNK;
 
     template <class Work>
     bool attempt(Work work) {
@@ -42,6 +49,15 @@ void failPng(png_structp png, png_const_charp text) {
     png_longjmp(png, 1);
 }
 
+void* allocate(png_structp png, png_alloc_size_t size) {
+    const auto* const session = static_cast<const Session*>(png_get_mem_ptr(png));
+    return size <= session->largestAllocation ? std::malloc(size) : nullptr;
+}
+
+void release(png_structp /*png*/, void* memory) {
+    std::free(memory);
+}
+
 void ignoreWarning(png_structp /*png*/, png_const_charp /*text*/) {}
 
 void readBytes(png_structp png, png_bytep out, std::size_t count) {
@@ -63,21 +79,21 @@ void callLibpng(png_structp png, Session& session, const Calls& calls) {
         calls();
         return;
     }
-    throw *session.failure;
+    throw Failure(*session.failure);
 }
 
 class PngReader {
 public:
     explicit PngReader(InputFile& file) {
         session_.in = &file;
-        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &session_, failPng, ignoreWarning);
+        png_ = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, &session_, failPng, ignoreWarning, &session_,
+                                        allocate, release);
         if (png_ != nullptr) info_ = png_create_info_struct(png_);
         if (info_ == nullptr) {
             png_destroy_read_struct(&png_, &info_, nullptr);
             throw std::bad_alloc();
         }
         png_set_read_fn(png_, &session_, readBytes);
-        constexpr png_alloc_size_t LARGEST_CHUNK = 1 << 20;
         constexpr png_uint_32 MOST_TEXTS = 100;
         png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
         png_set_chunk_malloc_max(png_, LARGEST_CHUNK);
@@ -108,6 +124,8 @@ public:
 
     /// Rows of 16 bits, packed, in this machine's byte order.
     void readSamples(const DepthHeader& header, std::uint16_t* out) {
+        constexpr std::size_t MOST_PIXEL_BYTES = 8;  // of rows that libpng unpacks
+        session_.largestAllocation = std::max(LARGEST_CHUNK, (header.width + 64) * MOST_PIXEL_BYTES);
         callLibpng(png_, session_, [&] {
             if (header.sampleBits == 8) {
                 png_set_packing(png_);  // smaller samples as they are

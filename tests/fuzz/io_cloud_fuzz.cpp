@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: Apache-2.0
+// The readers of point clouds on arbitrary bytes: they give a whole cloud, which can be written and read
+// again bit for bit, or one line that says what is wrong and the Mat as it was.
+#include "MemoryFile.hpp"
+#include "vela_io/io.hpp"
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+
+namespace {
+
+using namespace vela;
+using namespace vela::io;
+using fuzz::MemoryFile;
+using fuzz::require;
+
+constexpr std::size_t MOST_POINTS = 1 << 20;
+
+struct Kind {
+    CLOUD_FILE format;
+    ENCODING encoding;
+    bool alpha;
+};
+constexpr Kind KINDS[] = {{CLOUD_FILE::PLY, ENCODING::ASCII, true},
+                          {CLOUD_FILE::PLY, ENCODING::BINARY, true},
+                          {CLOUD_FILE::PLY, ENCODING::BINARY_BIG_ENDIAN, true},
+                          {CLOUD_FILE::PCD, ENCODING::ASCII, true},
+                          {CLOUD_FILE::PCD, ENCODING::BINARY, true},
+                          {CLOUD_FILE::PCD, ENCODING::BINARY_COMPRESSED, true},
+                          {CLOUD_FILE::VTK, ENCODING::ASCII, false},
+                          {CLOUD_FILE::VTK, ENCODING::BINARY, false},
+                          {CLOUD_FILE::XYZ, ENCODING::ASCII, false}};
+
+void requireSameFloats(const float* a, const float* b, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        require((std::isnan(a[i]) && std::isnan(b[i])) || std::memcmp(a + i, b + i, sizeof *a) == 0);
+    }
+}
+
+/// Coordinates by value, colours by their bytes.
+void requireSame(const Mat& a, const Mat& b) {
+    require(a.width == b.width && a.height == b.height && a.dataType == b.dataType);
+    for (std::size_t i = 0; i < a.width * a.height * a.channels; i += a.channels) {
+        requireSameFloats(a.getPtr<float>() + i, b.getPtr<float>() + i, 3);
+        require(a.channels == 3 || std::memcmp(a.getPtr<float>() + i + 3, b.getPtr<float>() + i + 3, 4) == 0);
+    }
+}
+
+void requireOneLine(const Result& result) {
+    const String& text = result.text;
+    require(text.c_str() != nullptr && std::strchr(text.c_str(), '\n') == nullptr);
+    require(result.ok() || (text.c_str()[0] != '\0' && result.code == ERROR_CODE::FAILURE));
+}
+
+void writeAndReadAgain(const Mat& cloud, const Mat& normals, const CloudInfo& info, const Kind& kind) {
+    static MemoryFile file;
+    CloudOptions options;
+    options.format = kind.format;
+    options.encoding = kind.encoding;
+    options.keepGrid = true;
+    options.alpha = kind.alpha && info.hasAlpha;
+    options.normals = normals.isInit ? &normals : nullptr;
+    options.unit = info.unit;
+    options.axes = info.axes;
+    file.put("", 0);
+    require(writeCloud(cloud, file.path(), options).ok());
+    Mat back;
+    Mat backNormals;
+    CloudInfo backInfo;
+    CloudReadOptions reading;
+    reading.normals = &backNormals;
+    require(readCloud(file.path(), back, reading, &backInfo).ok());
+    require(backInfo.unit == info.unit && backInfo.axes == info.axes);
+    require(backInfo.invalid == info.invalid);
+    if (!info.hasAlpha || kind.alpha) requireSame(cloud, back);
+    require(backNormals.isInit == normals.isInit);
+    if (normals.isInit) requireSame(normals, backNormals);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    static MemoryFile file;
+    file.put(bytes, size);
+    CloudInfo header;
+    const Result inspected = inspectCloud(file.path(), header);
+    requireOneLine(inspected);
+
+    Mat cloud(3, 2, MAT_TYPE::MAT_8U_C1);
+    const unsigned char* const before = cloud.ptrCPU;
+    Mat normals;
+    CloudInfo info;
+    CloudReadOptions options;
+    options.normals = &normals;
+    options.maxPoints = MOST_POINTS;
+    const Result result = readCloud(file.path(), cloud, options, &info);
+    requireOneLine(result);
+    if (!result.ok()) {
+        require(cloud.ptrCPU == before && cloud.width == 3 && !normals.isInit);
+        return 0;
+    }
+    require(inspected.ok() && header.points == info.points && header.width == info.width &&
+            header.height == info.height && header.hasColor == info.hasColor);
+    require(info.points == info.width * info.height && info.points == result.written);
+    require(result.bytes == size && info.invalid <= info.points);
+    if (info.points == 0) return 0;
+    require(cloud.width == info.width && cloud.height == info.height);
+    require(cloud.dataType == (info.hasColor ? MAT_TYPE::MAT_32F_C4 : MAT_TYPE::MAT_32F_C3));
+    require(normals.isInit == info.hasNormals);
+    writeAndReadAgain(cloud, normals, info, KINDS[size % std::size(KINDS)]);
+    return 0;
+}

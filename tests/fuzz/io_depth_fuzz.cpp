@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+// The readers of depth maps and arrays on arbitrary bytes: they give all pixels, which can be written and
+// read again, or one line that says what is wrong and the Mat as it was.
+#include "MemoryFile.hpp"
+#include "vela_io/io.hpp"
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+using namespace vela;
+using namespace vela::io;
+using fuzz::MemoryFile;
+using fuzz::require;
+
+constexpr std::size_t MOST_PIXELS = 1 << 20;
+
+void requireOneLine(const Result& result) {
+    const String& text = result.text;
+    require(text.c_str() != nullptr && std::strchr(text.c_str(), '\n') == nullptr);
+    require(result.ok() || (text.c_str()[0] != '\0' && result.code == ERROR_CODE::FAILURE));
+}
+
+/// Writes in the given format and reads that. 0 is no depth in samples.
+void writeAndReadAgain(const Mat& depth, const DepthInfo& info, DEPTH_FILE format) {
+    const bool samples = format == DEPTH_FILE::PNG || format == DEPTH_FILE::PGM;
+    static MemoryFile file;
+    DepthOptions options;
+    options.format = format;
+    if (format == DEPTH_FILE::PGM) options.encoding = info.encoding;
+    options.unit = info.unit;
+    if (samples) {
+        options.scale = info.scale;
+        options.invalid = info.invalid;
+    }
+    file.put("", 0);
+    require(writeDepth(depth, file.path(), options).ok());
+    Mat back;
+    DepthInfo backInfo;
+    require(readDepth(file.path(), back, &backInfo).ok());
+    require(back.width == depth.width && back.height == depth.height);
+    require(!samples || (backInfo.unit == info.unit && backInfo.scale == info.scale));
+    for (std::size_t i = 0; i < depth.width * depth.height; ++i) {
+        const float a = depth.getPtr<float>()[i];
+        const float b = back.getPtr<float>()[i];
+        const bool none = std::isnan(a) || (samples && a == 0);
+        require(none ? std::isnan(b) : std::memcmp(&a, &b, sizeof a) == 0);
+    }
+}
+
+void readAsDepth(const MemoryFile& file, std::size_t size) {
+    DepthInfo header;
+    const Result inspected = inspectDepth(file.path(), header);
+    requireOneLine(inspected);
+    Mat depth(3, 2, MAT_TYPE::MAT_8U_C1);
+    const unsigned char* const before = depth.ptrCPU;
+    DepthInfo info;
+    DepthReadOptions options;
+    options.maxPixels = MOST_PIXELS;
+    const Result result = readDepth(file.path(), depth, options, &info);
+    requireOneLine(result);
+    if (!result.ok()) {
+        require(depth.ptrCPU == before && depth.width == 3);
+        return;
+    }
+    require(inspected.ok() && header.width == info.width && header.height == info.height);
+    require(result.points == info.width * info.height && result.bytes == size);
+    require(info.withDepth + result.dropped == result.points);
+    if (result.points == 0) return;
+    require(depth.width == info.width && depth.height == info.height &&
+            depth.dataType == MAT_TYPE::MAT_32F_C1);
+    if (info.sampleBits == 32) return writeAndReadAgain(depth, info, DEPTH_FILE::PFM);
+    // Beyond these a sample's depth is no exact float of its own.
+    const bool usual = info.scale > 1e-6 && info.scale < 1e6;
+    const bool stated = info.invalid && *info.invalid >= 0 && *info.invalid <= 65535 &&
+                        *info.invalid == std::floor(*info.invalid);
+    if (usual && stated) writeAndReadAgain(depth, info, info.format);
+}
+
+void readAsArray(const MemoryFile& file) {
+    Mat array(3, 2, MAT_TYPE::MAT_8U_C1);
+    const unsigned char* const before = array.ptrCPU;
+    const Result result = readNpy(file.path(), array);
+    requireOneLine(result);
+    if (!result.ok()) {
+        require(array.ptrCPU == before && array.width == 3);
+        return;
+    }
+    if (result.points == 0) return;
+    static MemoryFile copy;
+    copy.put("", 0);
+    require(writeNpy(array, copy.path()).ok());
+    Mat back;
+    require(readNpy(copy.path(), back).ok());
+    require(back.width == array.width && back.height == array.height && back.dataType == array.dataType);
+    require(std::memcmp(back.ptrCPU, array.ptrCPU, array.width * array.height * array.pixelBytes) == 0);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    static MemoryFile file;
+    file.put(bytes, size);
+    readAsDepth(file, size);
+    readAsArray(file);
+    return 0;
+}
