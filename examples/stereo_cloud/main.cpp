@@ -3,7 +3,7 @@
 // an application asks for it in metres and in a right-handed frame and saves it.
 #include "Options.hpp"
 #include "Output.hpp"
-#include "preview.hpp"
+#include "checked_files.hpp"
 #include "save.hpp"
 #include "stereo.hpp"
 
@@ -69,6 +69,14 @@ void saveDepths(vela::Mat& depth, const Output& output) {
         saveDepth(depth, PFM, output);
         return std::string("depth.pfm in metres");
     });
+}
+
+void saveChecked(const vela::Mat& cloud, const vela::Mat& depth, const Output& output) {
+    step("save", [&] { return saveBinaryCloud(cloud, output); });
+    step("save", [&] { return saveOrganisedCloud(cloud, output); });
+    step("depth", [&] { return saveMetricDepth(depth, output); });
+    step("view", [&] { return saveViewer(cloud, output); });
+    step("preview", [&] { return savePreviews(cloud, depth, output); });
 }
 
 /// Writes the left picture and reads it back.
@@ -148,10 +156,7 @@ void run(const Options& options) {
     depth.name = "depth";
     saveDepths(depth, output);
     saveLeft(pair.left, output);
-    step("preview", [&] {
-        savePicture(drawPreview(pair.left, cloud), output.path("preview.png"));
-        return std::string("preview.png: picture, depth, cloud from its right side");
-    });
+    saveChecked(cloud, depth, output);
     output.publish();
     std::printf("results are in %s\n", options.out.c_str());
 }

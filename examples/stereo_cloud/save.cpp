@@ -117,9 +117,4 @@ void saveDepth(vela::Mat& depth, DEPTH_FORMAT format, const Output& output) {
     if (!samePixels(cv::imread(path, cv::IMREAD_UNCHANGED), wanted)) failToWrite(path);
 }
 
-void savePicture(const cv::Mat& picture, const std::string& path) {
-    if (!cv::imwrite(path, picture) || !samePixels(cv::imread(path, cv::IMREAD_COLOR), picture))
-        failToWrite(path);
-}
-
 }  // namespace stereo

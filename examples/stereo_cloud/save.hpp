@@ -5,23 +5,18 @@
 
 #include <vela_core/vela.hpp>
 
-#include <opencv2/core.hpp>
-
 #include <cstdio>
 #include <string>
 
 namespace stereo {
 
-// The library does not report a full disk, so each function reads back what it wrote. They throw UserError.
+// These exporters do not report a full disk, so each function reads back what it wrote. They throw UserError.
 
 /// Saves the host side as cloud.ply, .pcd, .vtk or .xyz with `points` points; returns what to print about it.
 std::string saveCloud(vela::Mat& cloud, POINT_CLOUD_FORMAT format, const Output& output, std::size_t points);
 
 /// Saves one float per pixel as depth.png, .pgm or .pfm.
 void saveDepth(vela::Mat& depth, DEPTH_FORMAT format, const Output& output);
-
-/// Saves a picture of blue, green and red bytes.
-void savePicture(const cv::Mat& picture, const std::string& path);
 
 /// `format` filled in as by printf.
 template <class... Arguments>

@@ -63,8 +63,10 @@ TEST_F(StereoCloudTest, MakesACloudOfTheUsersPair) {
     for (const auto& entry : std::filesystem::directory_iterator(folder_ / "new/out")) {
         files.insert(entry.path().filename());
     }
-    EXPECT_EQ(files, (std::set<std::string>{"cloud.pcd", "cloud.ply", "cloud.vtk", "cloud.xyz", "depth.pfm",
-                                            "depth.pgm", "depth.png", "left.png", "preview.png"}));
+    EXPECT_EQ(files, (std::set<std::string>{"cloud.html", "cloud.pcd", "cloud.ply", "cloud.vtk", "cloud.xyz",
+                                            "cloud_binary.ply", "cloud_organised.pcd", "depth.pfm",
+                                            "depth.pgm", "depth.png", "depth_metric.png", "depth_preview.png",
+                                            "left.png", "preview.png"}));
     EXPECT_EQ(cv::norm(cv::imread(folder_ / "new/out/left.png"), left_, cv::NORM_L1), 0.0);
     const cv::Mat millimetres = cv::imread(folder_ / "new/out/depth.png", cv::IMREAD_UNCHANGED);
     const cv::Mat metres = cv::imread(folder_ / "new/out/depth.pfm", cv::IMREAD_UNCHANGED);
@@ -113,20 +115,76 @@ TEST_F(StereoCloudTest, MeasuresDisparitiesAbove2047) {
     EXPECT_NEAR(millimetres.at<std::uint16_t>(8, 6000), 600, 1);
 }
 
-TEST_F(StereoCloudTest, ShowsTheDepthsOfItsColours) {
-    ASSERT_EQ(run("--right @right.png --out @out"), "0 ");
-    const cv::Mat preview = cv::imread(folder_ / "out/preview.png");
-    ASSERT_EQ(preview.cols, 3 * left_.cols);
-    ASSERT_GT(preview.rows, left_.rows);
-    const cv::Mat legend = preview.rowRange(left_.rows, preview.rows);
-    const auto has = [](const cv::Mat& part, const cv::Scalar& color) {
-        cv::Mat found;
-        cv::inRange(part, color, color, found);
-        return cv::countNonZero(found) > 0;
-    };
-    EXPECT_TRUE(has(legend.col(left_.cols), {0, 0, 128})) << "red for near";
-    EXPECT_TRUE(has(legend.col(2 * left_.cols - 1), {128, 0, 0})) << "blue for far";
-    EXPECT_TRUE(has(legend.colRange(2 * left_.cols, 3 * left_.cols), {255, 255, 255})) << "the scale";
+/// The float that begins `behind` bytes before the end.
+float floatBefore(const std::string& content, std::size_t behind) {
+    float value = 0;
+    std::memcpy(&value, content.data() + content.size() - behind, sizeof value);
+    return value;
+}
+
+TEST_F(StereoCloudTest, WritesFilesThatStateTheirUnitAndAxes) {
+    ASSERT_EQ(run("--right @right.png --offset -2 --out @out"), "0 ");
+    const std::string axes = "axes RIGHT_HANDED_Y_UP_AND_Z_BACKWARD\n";
+    const std::string binary = contentOf(folder_ / "out/cloud_binary.ply");
+    const std::string organised = contentOf(folder_ / "out/cloud_organised.pcd");
+    const std::string text = contentOf(folder_ / "out/cloud.ply");
+    // A point a line behind ten of the header; 15 bytes a point there, 16 a pixel here.
+    const auto points = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) - 9;
+    EXPECT_NE(binary.find("\ncomment unit meter\ncomment " + axes + "element vertex " +
+                          std::to_string(points) + "\n"),
+              std::string::npos);
+    EXPECT_EQ(binary.size() - binary.find("end_header\n") - 11, 15 * points);
+    EXPECT_NE(organised.find("\n# unit meter\n# " + axes), std::string::npos);
+    EXPECT_NE(organised.find("\nWIDTH 320\nHEIGHT 60\n"), std::string::npos);
+    EXPECT_EQ(organised.size() - organised.find("DATA binary\n") - 12, 16U * 320 * 60);
+    EXPECT_NEAR(floatBefore(binary, 7), -0.6F, 0.01F) << "z of the last point, before its colour";
+    EXPECT_NEAR(floatBefore(organised, 8), -0.6F, 0.01F);
+
+    const std::string depth = contentOf(folder_ / "out/depth_metric.png");
+    for (const std::string& statement :
+         {std::string("tEXtunit\0meter", 14), std::string("tEXtscale\0001000", 14)}) {
+        EXPECT_NE(depth.find(statement), std::string::npos) << statement;
+    }
+    const cv::Mat samples = cv::imread(folder_ / "out/depth_metric.png", cv::IMREAD_UNCHANGED);
+    EXPECT_EQ(samples.at<std::uint16_t>(30, 200), 600);
+    EXPECT_EQ(cv::countNonZero(samples), static_cast<int>(points));
+
+    const std::string page = contentOf(folder_ / "out/cloud.html");
+    EXPECT_NE(page.find("\"unit\":\"m\",\"drawn\":" + std::to_string(points)), std::string::npos);
+    EXPECT_NE(page.find(R"("up":[0,1,0],"forward":[0,0,-1])"), std::string::npos) << "Y up, Z backward";
+    for (const char* const picture : {"out/preview.png", "out/depth_preview.png"}) {
+        EXPECT_FALSE(cv::imread(folder_ / picture).empty()) << picture;
+    }
+    const std::string printed = contentOf(folder_ / "stdout");
+    for (const char* const name : {"cloud_binary.ply", "cloud_organised.pcd", "depth_metric.png"}) {
+        const std::string line = printed.substr(std::min(printed.find(name), printed.size()));
+        EXPECT_NE(line.substr(0, line.find('\n')).find(" ms, the same"), std::string::npos) << name;
+    }
+}
+
+TEST_F(StereoCloudTest, NoticesFilesThatDoNotHoldWhatWasWritten) {
+    const std::pair<const char*, const char*> files[] = {
+        {"cloud_binary.ply", "the cloud"}, {"cloud_organised.pcd", "the cloud"}, {"depth_metric.png", ""}};
+    for (const auto& [name, thing] : files) {
+        const std::string said =
+            run("--right @right.png --offset -2 --out @out",
+                "ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD=" CHANGED_READ " VELA_CHANGED_FILE=" +
+                    std::string(name));
+        EXPECT_EQ(said.substr(0, 16), "1 stereo_cloud: ");
+        EXPECT_NE(said.find(std::string(name) + (*thing == '\0' ? ": " : " does not hold ") + thing),
+                  std::string::npos)
+            << said;
+        EXPECT_FALSE(std::filesystem::exists(folder_ / "out"));
+    }
+}
+
+TEST_F(StereoCloudTest, CountsDepthsWithoutASample) {
+    // 1000 px * 1000 mm / (12 - 2) px is 100 m, and 16 bits end at 65.5 m.
+    ASSERT_EQ(run("--right @right.png --offset -2 --focal 1000 --baseline 1000 --out @out"), "0 ");
+    const std::string printed = contentOf(folder_ / "stdout");
+    EXPECT_NE(printed.find(" depths have no sample\n"), std::string::npos) << printed;
+    EXPECT_EQ(cv::imread(folder_ / "out/depth_metric.png", cv::IMREAD_UNCHANGED).at<std::uint16_t>(30, 200),
+              65535);
 }
 
 TEST_F(StereoCloudTest, HelpsAndHints) {
@@ -178,7 +236,7 @@ TEST_F(StereoCloudTest, NeverPublishesACutFile) {
     };
     const Case cases[] = {
         {"--offset -2", {"cloud.ply", "cloud.pcd"}},
-        {"--offset -12.1", {"depth.png", "depth.pfm", "preview.png"}},  // few points
+        {"--offset -12.1", {"depth.png", "depth.pfm", "cloud_organised.pcd"}},  // few points
     };
     for (const auto& [options, files] : cases) {
         const std::string command = std::string("--right @right.png --out @out ") + options;
