@@ -84,6 +84,17 @@ bool hasAvx2() {
     return __builtin_cpu_supports("avx2") != 0;
 }
 
+VELA_AVX2 std::size_t applyToRowByAvx2(float* row, std::size_t width, const ScaleAll& op) {
+    const __m256 factors = _mm256_set1_ps(op.factor);
+    std::size_t i = 0;
+    for (; i + 4 * LANES <= width; i += 4 * LANES) {
+        for (std::size_t j = i; j < i + 4 * LANES; j += LANES) {
+            _mm256_storeu_ps(row + j, _mm256_mul_ps(_mm256_loadu_ps(row + j), factors));
+        }
+    }
+    return i;
+}
+
 VELA_AVX2 std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, const ApplyMatrix3& op) {
     __m256 k[9];
     for (int i = 0; i < 9; ++i) {

@@ -27,7 +27,7 @@ std::size_t applyByRows(PixelView<Pixel> view, const Op& op, VectorPart vectorPa
 }
 
 template <class Pixel, class Op>
-std::size_t applyMatrix(const PixelView<Pixel>& view, const Op& op) {
+std::size_t applyInVectors(const PixelView<Pixel>& view, const Op& op) {
     return applyByRows(view, op, [&](Pixel* pixels, std::size_t width) {
         return hasAvx2() ? applyToRowByAvx2(pixels, width, op) : 0;
     });
@@ -36,18 +36,18 @@ std::size_t applyMatrix(const PixelView<Pixel>& view, const Op& op) {
 }  // namespace
 
 std::size_t applyOnHost(const PixelView<float>& view, const ScaleAll& op) {
-    const bool slow = denormalsAreSlow();
+    if (!denormalsAreSlow()) return applyInVectors(view, op);
     return applyByRows(view, op, [&](float* values, std::size_t count) {
-        return slow ? scaleAroundDenormals(values, count, op.factor) : 0;
+        return scaleAroundDenormals(values, count, op.factor);
     });
 }
 
 std::size_t applyOnHost(const PixelView<Vector3<float>>& view, const ApplyMatrix3& op) {
-    return applyMatrix(view, op);
+    return applyInVectors(view, op);
 }
 
 std::size_t applyOnHost(const PixelView<Vector4<float>>& view, const ApplyMatrix4& op) {
-    return applyMatrix(view, op);
+    return applyInVectors(view, op);
 }
 
 }  // namespace vela::detail
