@@ -84,13 +84,12 @@ void convert(Session& session, const Growing& growing, const char* operation, Co
     bool there = false;
     const float before = growing.values()[0];
     Comparison comparison(growing.name(operation));
-    comparison
-        .ours([&, convertOnce] { convertOnce(there = !there); },
-              [&] { return growing.values()[0] == before ? "nothing was converted" : ""; })
-        .limit(
-            "loads and stores",
-            [&] { bench::multiplyAll(growing.values(), growing.bytes() / sizeof(float), -1); },
-            bench::nothingToCheck);
+    comparison.ours([&, convertOnce] { convertOnce(there = !there); },
+                    [&] { return growing.values()[0] == before ? "nothing was converted" : ""; });
+    bench::addTrafficLimits(
+        comparison,
+        [&](bench::MultiplyAll multiply) { multiply(growing.values(), growing.bytes() / sizeof(float), -1); },
+        bench::nothingToCheck);
     session.run(comparison);
 }
 

@@ -89,14 +89,18 @@ void scale(Session& session, const std::string& name, Resolution resolution, int
     Scaling scaling(resolution, channels, lane);
     // What bounds the loop is the traffic, whatever the values: ordinary ones for the limit.
     Scaling ordinary(resolution, channels, Lane::NORMAL);
-    ordinary.reset();
     Scaling& limiting = lane == Lane::NORMAL ? scaling : ordinary;
     const std::size_t count = scaling.input.size();
     cv::Mat matrix(static_cast<int>(resolution.height), static_cast<int>(resolution.width), CV_32FC(channels),
                    scaling.data());
 
     Comparison comparison(name + '/' + sizeText(resolution) + VELA_BENCH_VARIANT);
-    comparison.before([&] { scaling.reset(); }).check([&] { return scaling.check(); });
+    comparison
+        .before([&] {
+            scaling.reset();
+            limiting.reset();
+        })
+        .check([&] { return scaling.check(); });
     comparison
         .ours([&] {
             const UNIT from = scaling.unit();
@@ -105,18 +109,14 @@ void scale(Session& session, const std::string& name, Resolution resolution, int
             scaling.metric = !scaling.metric;
         })
         .peer("OpenCV", [&] { matrix.convertTo(matrix, -1, static_cast<double>(scaling.nextFactor())); })
-        .peer("Eigen",
-              [&] {
-                  Eigen::Map<Eigen::ArrayXf> values(scaling.data(), static_cast<Eigen::Index>(count));
-                  values *= scaling.nextFactor();
-              })
-        .limit(
-            "AVX2", [&] { bench::multiplyAll(limiting.data(), count, limiting.nextFactor()); },
-            [&] {
-                limiting.reset();
-                bench::multiplyAll(limiting.data(), count, limiting.nextFactor());
-                return limiting.check();
-            });
+        .peer("Eigen", [&] {
+            Eigen::Map<Eigen::ArrayXf> values(scaling.data(), static_cast<Eigen::Index>(count));
+            values *= scaling.nextFactor();
+        });
+    bench::addTrafficLimits(
+        comparison,
+        [&](bench::MultiplyAll multiply) { multiply(limiting.data(), count, limiting.nextFactor()); },
+        [&] { return limiting.check(); });
     session.run(comparison);
 }
 
@@ -186,10 +186,11 @@ void addCommon(Comparison& comparison, Turning& turning, cv::Mat& matrix) {
                 const cv::Mat four(4, 4, CV_32FC1, full.m);
                 cv::transform(matrix, turning.transformed, four(cv::Rect(0, 0, channels, channels)));
             },
-            [&] { return turning.check(turning.transformed.ptr<float>()); })
-        .limit(
-            "AVX2", [&] { bench::multiplyAll(turning.data(), turning.input.size(), -1.0F); },
-            bench::nothingToCheck);
+            [&] { return turning.check(turning.transformed.ptr<float>()); });
+    bench::addTrafficLimits(
+        comparison,
+        [&](bench::MultiplyAll multiply) { multiply(turning.data(), turning.input.size(), -1.0F); },
+        bench::nothingToCheck);
 }
 
 template <int CHANNELS>

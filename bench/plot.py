@@ -12,7 +12,7 @@ import matplotlib
 matplotlib.use("svg")
 import matplotlib.pyplot as plt  # noqa: E402 (after the backend is chosen)
 
-from table import collect  # noqa: E402
+from table import collect, named  # noqa: E402
 
 COLORS = {"clone": "#4c78a8", "fill": "#f58518", "unit": "#54a24b", "axes": "#b279a2", "XYZ": "#e45756"}
 
@@ -32,7 +32,7 @@ def threads_of(path):
     result = []
     for case, roles in collect([path]).items():
         threads = int(re.search(r"(\d+) threads", case).group(1))
-        limit = next(times for role, times in roles.items() if role.startswith("limit"))
+        _, limit = named(roles, "limit")[0]
         result.append((threads, roles["ours"].median / 1e6 / rounds, limit.median / 1e6 / rounds))
     return result
 

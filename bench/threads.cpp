@@ -49,23 +49,21 @@ void convertOn(Session& session, std::size_t threads, const std::vector<float>& 
         return std::string();
     };
     Comparison comparison("convertUnit there and back, " + std::to_string(threads) + " threads");
-    comparison.byWallClock()
-        .check(check)
-        .ours([&] {
-            onThreads(threads, [&](std::size_t i) {
-                for (int round = 0; round < ROUNDS; ++round) {
-                    convertUnit(mats[i], UNIT::MILLIMETER, UNIT::METER, MEM::CPU);
-                    convertUnit(mats[i], UNIT::METER, UNIT::MILLIMETER, MEM::CPU);
-                }
-            });
-        })
-        .limit("loads and stores", [&] {
-            onThreads(threads, [&](std::size_t i) {
-                for (int round = 0; round < 2 * ROUNDS; ++round) {
-                    bench::multiplyAll(mats[i].getPtr<float>(), points.size(), -1.0F);
-                }
-            });
+    comparison.byWallClock().check(check).ours([&] {
+        onThreads(threads, [&](std::size_t i) {
+            for (int round = 0; round < ROUNDS; ++round) {
+                convertUnit(mats[i], UNIT::MILLIMETER, UNIT::METER, MEM::CPU);
+                convertUnit(mats[i], UNIT::METER, UNIT::MILLIMETER, MEM::CPU);
+            }
         });
+    });
+    bench::addTrafficLimits(comparison, [&](bench::MultiplyAll multiply) {
+        onThreads(threads, [&](std::size_t i) {
+            for (int round = 0; round < 2 * ROUNDS; ++round) {
+                multiply(mats[i].getPtr<float>(), points.size(), -1.0F);
+            }
+        });
+    });
     session.run(comparison);
 }
 
