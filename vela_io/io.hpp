@@ -195,7 +195,7 @@ struct DepthOptions {
     /// and those that would read as invalid become invalid. Otherwise they are counted and the call fails.
     bool allowClipping = false;
     ROW_ORDER rows = ROW_ORDER::BOTTOM_FIRST;  ///< of PFM files
-    int compression = -1;                      ///< of PNG files, 0 to 9; -1 is the fastest that is worth it
+    int compression = -1;                      ///< of PNG files, 0 to 9; -1: the fastest, runs alone
     bool sync = false;                         ///< as in `CloudOptions`
     Progress progress;
 };

@@ -21,22 +21,25 @@ std::size_t hashOf(const char* bytes) {
     return static_cast<std::uint32_t>(three * 2654435761U) >> (32 - HASH_BITS);
 }
 
-void appendLiterals(const char* from, std::size_t count, std::string& out) {
+char* writeLiterals(char* out, const char* from, std::size_t count) {
     while (count > 0) {
         const std::size_t part = std::min(count, LONGEST_LITERAL);
-        out += static_cast<char>(part - 1);
-        out.append(from, part);
+        *out++ = static_cast<char>(part - 1);
+        std::memcpy(out, from, part);
+        out += part;
         from += part;
         count -= part;
     }
+    return out;
 }
 
-void appendCopy(std::size_t distance, std::size_t length, std::string& out) {
+char* writeCopy(char* out, std::size_t distance, std::size_t length) {
     const std::size_t stored = length - 2;
     const std::size_t upper = std::min<std::size_t>(stored, 7) << 5 | (distance - 1) >> 8;
-    out += static_cast<char>(upper);
-    if (stored >= 7) out += static_cast<char>(stored - 7);
-    out += static_cast<char>((distance - 1) & 0xff);
+    *out++ = static_cast<char>(upper);
+    if (stored >= 7) *out++ = static_cast<char>(stored - 7);
+    *out++ = static_cast<char>((distance - 1) & 0xff);
+    return out;
 }
 
 std::size_t equalBytes(const char* a, const char* b, std::size_t most) {
@@ -49,14 +52,17 @@ std::size_t equalBytes(const char* a, const char* b, std::size_t most) {
 
 }  // namespace
 
-void compressLzf(const char* bytes, std::size_t count, std::string& out) {
-    std::vector<std::size_t> places(std::size_t{1} << HASH_BITS, 0);  // behind the last place of each hash
-    std::size_t literals = 0;                                         // where those not yet written begin
+std::string compressLzf(const char* bytes, std::size_t count) {
+    // Literals alone are the longest: a copy takes three bytes at most, and no more than it stands for.
+    std::string packed(count + count / LONGEST_LITERAL + 1, '\0');
+    char* out = packed.data();
+    std::vector<std::uint32_t> places(std::size_t{1} << HASH_BITS, 0);  // behind the last place of each hash
+    std::size_t literals = 0;                                           // where those not yet written begin
     std::size_t at = 0;
     while (at + SHORTEST_COPY <= count) {
-        std::size_t& place = places[hashOf(bytes + at)];
+        std::uint32_t& place = places[hashOf(bytes + at)];
         const std::size_t earlier = place;
-        place = at + 1;
+        place = static_cast<std::uint32_t>(at + 1);
         const std::size_t distance = at + 1 - earlier;
         const std::size_t length =
             earlier == 0 || distance > FARTHEST
@@ -66,12 +72,14 @@ void compressLzf(const char* bytes, std::size_t count, std::string& out) {
             ++at;
             continue;
         }
-        appendLiterals(bytes + literals, at - literals, out);
-        appendCopy(distance, length, out);
+        out = writeLiterals(out, bytes + literals, at - literals);
+        out = writeCopy(out, distance, length);
         at += length;
         literals = at;
     }
-    appendLiterals(bytes + literals, count - literals, out);
+    out = writeLiterals(out, bytes + literals, count - literals);
+    packed.resize(static_cast<std::size_t>(out - packed.data()));
+    return packed;
 }
 
 bool expandLzf(const char* bytes, std::size_t count, char* out, std::size_t wanted) {

@@ -293,8 +293,7 @@ void writeCompressed(OutputFile& file, const CloudHeader& header, PointSource& s
             }
         }
     }
-    std::string packedBytes;
-    compressLzf(unpacked.data(), unpacked.size(), packedBytes);
+    const std::string packedBytes = compressLzf(unpacked.data(), unpacked.size());
     if (packedBytes.size() > UINT32_MAX) refuse("too many points for a compressed PCD file: 4 GB");
     const std::uint32_t lengths[] = {static_cast<std::uint32_t>(packedBytes.size()),
                                      static_cast<std::uint32_t>(bytes)};

@@ -192,7 +192,8 @@ public:
         callLibpng(png_, session_, [&] {
             // Neighbours in a row are alike, and what is left of them are runs.
             png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
-            png_set_compression_level(png_, compression < 0 ? 1 : compression);
+            png_set_compression_level(png_, compression < 0 ? Z_BEST_SPEED : compression);
+            if (compression < 0) png_set_compression_strategy(png_, Z_RLE);
             png_set_IHDR(png_, info_, static_cast<png_uint_32>(header.width),
                          static_cast<png_uint_32>(header.height), 16, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
                          PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
