@@ -18,6 +18,7 @@ int runTool(const nb::sequence& words) {
         texts.emplace_back(bytes.c_str(), bytes.size());
     }
     std::vector<const char*> argv;
+    argv.reserve(texts.size());
     for (const std::string& text : texts)
         argv.push_back(text.c_str());
     const nb::gil_scoped_release released;
