@@ -3,7 +3,7 @@
 #include "vela_core/geometry/Matrix4f.hpp"
 
 #include "support/capture.hpp"
-#include "support/geometry.hpp"
+#include "support/eigen.hpp"
 #include "support/locale.hpp"
 
 #include <gtest/gtest-spi.h>
@@ -23,7 +23,6 @@ TYPED_TEST_SUITE(MatrixTest, Matrices);
 template <class Matrix>
 constexpr int SIZE = std::is_base_of_v<Matrix3f, Matrix> ? 3 : 4;
 
-/// What the results are compared with: Eigen in double precision.
 template <int N>
 using Wide = Eigen::Matrix<double, N, N, Eigen::RowMajor>;
 
@@ -35,9 +34,7 @@ Wide<SIZE<Matrix>> wide(const Matrix& matrix) {
 
 template <class Matrix>
 void expectNearEigen(const Matrix& seen, const Wide<SIZE<Matrix>>& wanted) {
-    const Eigen::Matrix<float, SIZE<Matrix>, SIZE<Matrix>, Eigen::RowMajor> narrow =
-        wanted.template cast<float>();
-    expectNear(numbersOf(seen), Numbers(narrow.data(), narrow.data() + narrow.size()));
+    expectNear(numbersOf(seen), numbersOfEigen(wanted));
 }
 
 class Draw {

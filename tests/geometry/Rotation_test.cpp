@@ -3,7 +3,7 @@
 #include "vela_core/geometry/Orientation.hpp"
 #include "vela_core/geometry/Pose.hpp"
 
-#include "support/geometry.hpp"
+#include "support/eigen.hpp"
 
 #include <Eigen/Geometry>
 
@@ -18,20 +18,6 @@ namespace vela::test {
 namespace {
 
 constexpr double DEGREE = 3.14159265358979323846 / 180;
-
-/// What the results are compared with: Eigen in double precision.
-Numbers numbersOfEigen(const Eigen::Matrix3d& matrix) {
-    const Eigen::Matrix<float, 3, 3, Eigen::RowMajor> rows = matrix.cast<float>();
-    return Numbers(rows.data(), rows.data() + rows.size());
-}
-Numbers numbersOfEigen(const Eigen::Vector3d& v) {
-    const Eigen::Vector3f narrow = v.cast<float>();
-    return Numbers(narrow.data(), narrow.data() + narrow.size());
-}
-Numbers numbersOfEigen(const Eigen::Quaterniond& q) {
-    const Eigen::Vector4f narrow = q.coeffs().cast<float>();  // x, y, z, w
-    return Numbers(narrow.data(), narrow.data() + narrow.size());
-}
 
 Eigen::Quaterniond wide(const Orientation& q) {
     return Eigen::Quaterniond(Eigen::Vector4f(q.ox, q.oy, q.oz, q.ow).cast<double>());
@@ -93,8 +79,8 @@ TEST(Orientation, BecomesAMatrixAndBack) {
         expectNear(numbersOf(rotation), numbersOfEigen(wanted));
         Eigen::Quaterniond back = wide(q).normalized();
         if (back.w() < 0) back.coeffs() *= -1;
-        expectNear(numbersOf(rotation.getOrientation()), numbersOfEigen(back));
-        expectNear(numbersOf(Orientation(rotation)), numbersOfEigen(back));
+        expectNear(numbersOf(rotation.getOrientation()), numbersOfEigen(back.coeffs()));
+        expectNear(numbersOf(Orientation(rotation)), numbersOfEigen(back.coeffs()));
     }
     expectNear(numbersOf(Orientation::zeros().getRotation()), Numbers(9, NAN));
 }
@@ -121,11 +107,11 @@ TEST(Orientation, TakesSignsFromDifferencesAcrossTheDiagonal) {
 TEST(Orientation, CalculatesAsEigenDoes) {
     for (const Vector4<float>& a : QUATERNIONS) {
         for (const Vector4<float>& b : QUATERNIONS) {
-            expectNear(numbersOf(Orientation(a) * b), numbersOfEigen(wide(a) * wide(b)));
+            expectNear(numbersOf(Orientation(a) * b), numbersOfEigen((wide(a) * wide(b)).coeffs()));
         }
         Orientation q(a);
         q.normalise();
-        expectNear(numbersOf(q), numbersOfEigen(wide(a).normalized()));
+        expectNear(numbersOf(q), numbersOfEigen(wide(a).normalized().coeffs()));
         for (const Translation& t : AXES) {
             // A quaternion that is not of unit length scales by its squared norm.
             expectNear(
@@ -145,7 +131,7 @@ TEST(Orientation, TurnsOneDirectionIntoAnother) {
         for (const Translation& b : AXES) {
             if (&a == &b) continue;
             expectNear(numbersOf(Orientation(a, b)),
-                       numbersOfEigen(Eigen::Quaterniond::FromTwoVectors(wide(a), wide(b))));
+                       numbersOfEigen(Eigen::Quaterniond::FromTwoVectors(wide(a), wide(b)).coeffs()));
         }
     }
     expectNear(Orientation({0, 0, 2}, {0, 0, 5}), Orientation());

@@ -3,7 +3,7 @@
 #include "vela_core/geometry/heading.hpp"
 #include "vela_core/geometry/units.hpp"
 
-#include "support/geometry.hpp"
+#include "support/eigen.hpp"
 #include "vela_core/types/detail/enum_cast.hpp"
 
 #include <Eigen/Geometry>
@@ -17,7 +17,6 @@ namespace {
 using detail::fromValue;
 
 using Frame = COORDINATE_SYSTEM;
-using EigenMatrix3 = Eigen::Matrix<float, 3, 3, Eigen::RowMajor>;
 
 constexpr std::int32_t FRAMES = 6;
 constexpr std::int32_t UNITS = 5;
@@ -120,9 +119,8 @@ TEST(Gravity, RotatesTheReferenceOntoTheMeasuredDirection) {
             s << 0, -v.z(), v.y(), v.z(), 0, -v.x(), -v.y(), v.x(), 0;
             const Eigen::Matrix3d wanted =
                 Eigen::Matrix3d::Identity() - s + s * s * ((1 - u.dot(r)) / v.squaredNorm());
-            const EigenMatrix3 rows = wanted.cast<float>();
-            const Rotation seen = computeRotationMatrixFromGravity(gravity, reference);
-            expectNear(numbersOf(seen), Numbers(rows.data(), rows.data() + 9));
+            expectNear(numbersOf(computeRotationMatrixFromGravity(gravity, reference)),
+                       numbersOfEigen(wanted));
             if (reference.x < 1) {
                 EXPECT_LT((wanted * r - u).norm(), 1e-6);
             }

@@ -216,7 +216,7 @@ TEST_F(KernelsTest, ConvertsToSignedBetweenRowsOfDifferentSteps) {
     }
 }
 
-TEST_F(KernelsTest, MeetsMoreRowsThanAGridIsHigh) {
+TEST_F(KernelsTest, CoversMoreRowsThanTheGridHeight) {
     const Layout layout{1, 2, 1, 600001};
     expectChange<unsigned char>(
         layout, pattern(layout.pixels()),

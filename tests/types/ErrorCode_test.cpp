@@ -11,7 +11,7 @@ namespace {
 
 using detail::fromValue;
 
-TEST(ErrorCode, TextsOfAllValues) {
+TEST(ErrorCode, EveryValueHasItsTextsAndOthersAreUnknown) {
     std::ostringstream texts;
     for (std::int32_t value = -1; value <= 34; ++value) {
         const auto code = fromValue<ERROR_CODE>(value);

@@ -188,7 +188,7 @@ TEST_F(MatTest, CopiesHonourRowStepsAndLeaveTheRestAlone) {
 }
 
 /// Sizes whose copies are refused, so that only the shape of the destination is seen.
-TEST_F(MatTest, CopiesGetTheLowHalfOfSizes) {
+TEST_F(MatTest, SizesOfCopiesAreTruncatedTo32Bits) {
     constexpr std::size_t LARGE = std::size_t{1} << 32;
     unsigned char pixels[320] = {};
     const Mat sources[] = {Mat(LARGE + 5, 1, U1, pixels, 64, MEM::CPU),
@@ -238,7 +238,7 @@ TEST_F(MatTest, CopiesOnAStreamDoNotWaitForIt) {
     EXPECT_EQ(cudaStreamDestroy(stream), cudaSuccess);
 }
 
-TEST_F(MatTest, ManagedMatsWaitForTheStreamOnTheirWayToTheHostAlone) {
+TEST_F(MatTest, OnlyDownloadsOfManagedMatsSynchroniseTheStream) {
     const char from[] = "abc";
     char to[] = "...";
     Mat managed(2, 2, U1, MEM_MANAGED);

@@ -3,10 +3,8 @@
 // does: the file must be whole, or the beginning of the whole, and nothing may be left open.
 #include "support/file_calls.hpp"
 #include "support/ScratchFolder.hpp"
-#include "support/cloud.hpp"
+#include "support/exports.hpp"
 #include "support/locale.hpp"
-#include "vela_core/utils/depth_export.hpp"
-#include "vela_core/utils/point_cloud_export.hpp"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -24,46 +22,8 @@ namespace {
 namespace fs = std::filesystem;
 using Fate = FileCalls::Fate;
 
-struct Export {
-    std::string name;
-    std::function<bool(const std::string& path)> run;
-    std::string whole;
-};
-
 class FileCallsTest : public testing::Test {
 protected:
-    FileCallsTest() {
-        std::vector<Point3> points;
-        for (unsigned i = 0; i < 12000; ++i) {  // a third more than goes into a block of the file
-            const auto value = static_cast<float>(i);
-            points.push_back({value, -value / 8, i % 5 == 0 ? NAN : 1e3F * value, rgb(i % 256, 255, 7)});
-        }
-        cloud_ = std::make_unique<Cloud>(points);
-        for (const POINT_CLOUD_FORMAT format : {XYZ, PCD, PLY, VTK}) {
-            exports_.push_back(
-                {toStdString(toString(format)),
-                 [=](const std::string& path) { return savePointCloudAs(cloud_->mat, format, path, true); },
-                 wholeFile(points, format, true)});
-        }
-        std::string floats(sizeof(float) * 48000, '\0');
-        for (std::size_t i = 0; i < 48000; ++i) {
-            const auto value = static_cast<float>(i);
-            std::memcpy(&floats[i * sizeof value], &value, sizeof value);
-        }
-        floats_ = floats;
-        depth_ = Mat(240, 200, MAT_TYPE::MAT_32F_C1, reinterpret_cast<unsigned char*>(floats_.data()), 960,
-                     MEM::CPU);
-        exports_.push_back({"PFM", [=](const std::string& path) { return saveDepthAs(depth_, PFM, path, 1); },
-                            "Pf\n240 200\n-1.000000\n" + floats});
-    }
-
-    static std::string extension(const Export& e) {
-        std::string text = "." + e.name;
-        for (char& c : text)
-            c = static_cast<char>(std::tolower(c));
-        return text;
-    }
-
     static int openDescriptors() {
         return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), {}));
     }
@@ -72,9 +32,9 @@ protected:
     /// `cut` the beginning of the whole.
     static bool meets(const Export& e, const char* function, int nth, Fate fate, std::size_t largest,
                       bool cut) {
-        SCOPED_TRACE(testing::Message() << e.name << ", " << function << " " << nth);
+        SCOPED_TRACE(testing::Message() << e.extension << ", " << function << " " << nth);
         const ScratchFolder folder;
-        const std::string path = folder / "a" + extension(e);
+        const std::string path = folder / "a" + e.extension;
         const int before = openDescriptors();
         bool result = false;
         bool met = false;
@@ -96,7 +56,7 @@ protected:
         } else {
             EXPECT_TRUE(result);
             EXPECT_TRUE(seen == e.whole) << "differs after " << commonStart(seen, e.whole);
-            EXPECT_EQ(folder.listing(), "a" + extension(e)) << "no temporary file";
+            EXPECT_EQ(folder.listing(), "a" + e.extension) << "no temporary file";
         }
         return met;
     }
@@ -108,10 +68,8 @@ protected:
             a.begin());
     }
 
-    std::unique_ptr<Cloud> cloud_;
-    std::string floats_;
-    Mat depth_;
-    std::vector<Export> exports_;
+    const Exports all_{12000};  // a third more than goes into a block of the file
+    const std::vector<Export>& exports_ = all_.list;
 };
 
 constexpr std::size_t UNLIMITED = std::size_t{1} << 30;
@@ -121,7 +79,7 @@ constexpr const char* FUNCTIONS[] = {"open", "write", "pread", "read", "copy_fil
 TEST_F(FileCallsTest, InterruptedAndShortCallsLeaveTheFileWhole) {
     for (const Export& e : exports_) {
         meets(e, "", 1, Fate::DONE, UNLIMITED, false);
-        meets(e, "", 1, Fate::DONE, e.name == "PFM" ? 1 : 13, false);
+        meets(e, "", 1, Fate::DONE, e.extension == ".pfm" ? 1 : 13, false);
         for (const char* const function : FUNCTIONS) {
             for (int nth = 1; meets(e, function, nth, Fate::INTERRUPTED, PART, false) && !HasFailure();
                  ++nth) {
@@ -146,7 +104,7 @@ TEST_F(FileCallsTest, AKilledProcessLeavesTheBeginningOfTheWhole) {
         bool killed = true;
         for (int nth = 1; killed; ++nth) {
             const ScratchFolder folder;
-            const std::string path = folder / "a" + extension(e);
+            const std::string path = folder / "a" + e.extension;
             const pid_t child = fork();
             if (child == 0) {
                 const FileCalls calls("write", nth, Fate::KILLED, PART);
@@ -157,7 +115,7 @@ TEST_F(FileCallsTest, AKilledProcessLeavesTheBeginningOfTheWhole) {
             ASSERT_EQ(waitpid(child, &status, 0), child);
             killed = WIFSIGNALED(status);
             const std::string seen = fs::exists(path) ? contentOf(path) : "";
-            EXPECT_EQ(e.whole.compare(0, seen.size(), seen), 0) << e.name << ", write " << nth;
+            EXPECT_EQ(e.whole.compare(0, seen.size(), seen), 0) << e.extension << ", write " << nth;
             EXPECT_TRUE(killed || seen.size() == e.whole.size());
         }
     }
@@ -252,7 +210,7 @@ TEST_F(FileCallsTest, ExportsUnderOneNameDoNotDisturbEachOther) {
         }
         EXPECT_EQ(folder.listing(), "a.pcd a.ply a.vtk a.xyz");
         for (const POINT_CLOUD_FORMAT format : {XYZ, PCD, PLY, VTK}) {
-            EXPECT_TRUE(contentOf(folder / "a" + extension(exports_[format])) == exports_[format].whole);
+            EXPECT_TRUE(contentOf(folder / "a" + exports_[format].extension) == exports_[format].whole);
         }
     }
 }

@@ -63,7 +63,7 @@ protected:
     }
 };
 
-TEST_F(ConvertImageTest, TakesHalfOfTheRangeFromEveryChannelInTheWindow) {
+TEST_F(ConvertImageTest, Subtracts128FromEveryChannelInTheWindow) {
     for (const std::size_t width : {1U, 63U, 64U, 65U, 128U, 130U}) {
         for (const std::size_t x : {0U, 1U}) {
             Window source(width, 3, U4, x, 1);

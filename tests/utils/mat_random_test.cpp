@@ -50,7 +50,7 @@ protected:
     cudaStream_t stream_ = nullptr;
 };
 
-TEST_F(MatRandomTest, MatsAreAsTheirModelsSay) {
+TEST_F(MatRandomTest, AfterRandomOperationsMatsEqualTheirModels) {
     const unsigned long seed = setting("VELA_RANDOM_SEED", 1);
     const unsigned long length = setting("VELA_RANDOM_LENGTH", 100000);
     constexpr std::size_t BATCH = 100;

@@ -52,7 +52,7 @@ TEST_F(ProcessFaultsTest, ThreadsWorkOnMatsOfTheirOwn) {
 }
 
 #ifdef VELA_GPU_SOFTWARE  // asking for hardware, as the fixture does, is a first use
-TEST_F(ProcessFaultsTest, AForkBeforeTheFirstUseLeavesTwoWholePrograms) {
+TEST_F(ProcessFaultsTest, AForkBeforeTheFirstUseWorksInParentAndChild) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto work = [] {
         logError(LogStatement::SET_SUB_VECTOR3F);
