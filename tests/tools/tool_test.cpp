@@ -165,7 +165,8 @@ TEST_F(ToolTest, DiffTellsSameDifferentAndTrouble) {
     EXPECT_EQ(run({"diff", a, write("c.ply", moved), "--tolerance", "1e9"}).code, 1)
         << "a point against none";
     moved.replace(moved.find("IMAGE"), 5, "RIGHT_HANDED_Y_UP_AND_Z_BACKWARD");
-    EXPECT_EQ(run({"diff", write("c.ply", moved), a, "--tolerance", "1e9"}).out.substr(0, 5), "axes:");
+    const std::string axes = "axes: RIGHT_HANDED_Y_UP_AND_Z_BACKWARD and IMAGE\n";
+    EXPECT_EQ(run({"diff", write("c.ply", moved), a, "--tolerance", "1e9"}).out.substr(0, axes.size()), axes);
     EXPECT_EQ(run({"diff", a, depth()}).code, 2);
     EXPECT_EQ(run({"diff", a, folder_ / "none"}).code, 2);
 }
@@ -213,6 +214,9 @@ TEST_F(ToolTest, SaysEachMistakeInOneLineAndWritesNothing) {
     const std::string d = depth();
     const std::string bare = write("bare.xyz", "1 2 3\n");
     const std::string cut = write("cut.ply", contentOf(a).substr(0, contentOf(a).size() - 8));
+    const std::string small = folder_ / "small.png";
+    ASSERT_EQ(Mat(1, 2, MAT_TYPE::MAT_8U_C3).write(small), ERROR_CODE::SUCCESS);
+    const std::string cutPicture = write("cut.png", contentOf(d).substr(0, contentOf(d).size() - 30));
     const std::string out = folder_ / "out.ply";
     const std::string units = " is none of mm, cm, m, in, ft, millimeter, centimeter, meter, inch, foot";
     const std::string before = folder_.listing();
@@ -254,8 +258,12 @@ TEST_F(ToolTest, SaysEachMistakeInOneLineAndWritesNothing) {
          "--fx and --fy: must be above 0"},
         {{"depth2cloud", a, out, "--fx", "1", "--fy", "1", "--cx", "0", "--cy", "0"},
          a + ": a cloud, not a depth map"},
+        {{"depth2cloud", d, out, "--fx", "1", "--fy", "1", "--cx", "0", "--cy", "0", "--color", small},
+         small + ": 1 x 2 pixels, but the depth map has 2 x 2"},
+        {{"depth2cloud", d, out, "--fx", "1", "--fy", "1", "--cx", "0", "--cy", "0", "--color", cutPicture},
+         cutPicture + ": not a PNG picture that can be read: ..."},
         {{"depth2cloud", d, out, "--fx", "1", "--fy", "1", "--cx", "0", "--cy", "0", "--color", a},
-         a + ": not a picture that can be read"}};
+         a + ": not a PNG picture that can be read: ..."}};
     for (const auto& row : rows) {
         const Outcome outcome = run(row.words);
         const std::string line = "velatool: " + row.text;
@@ -267,6 +275,10 @@ TEST_F(ToolTest, SaysEachMistakeInOneLineAndWritesNothing) {
                   open ? line.substr(0, line.size() - 3) : line + "\n");
     }
     EXPECT_EQ(folder_.listing(), before);
+}
+
+TEST_F(ToolTest, StartsWithoutOpenCv) {
+    EXPECT_EQ(shell("ldd '" VELATOOL "' >libraries && ! grep opencv libraries"), 0);
 }
 
 TEST_F(ToolTest, CompletionOffersTheOptionsOfEachCommand) {

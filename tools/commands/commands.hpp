@@ -42,6 +42,9 @@ std::optional<UNIT> unitNamed(const std::string& option, const std::string& name
 std::optional<COORDINATE_SYSTEM> axesNamed(const std::string& option, const std::string& name);
 std::optional<io::ENCODING> encodingNamed(const std::string& option, const std::string& name);
 std::optional<io::ROW_ORDER> rowsNamed(const std::string& option, const std::string& name);
+/// What a file states, in words that the options take; "unknown" where it states nothing.
+std::string stated(const std::optional<UNIT>& unit);
+std::string stated(const std::optional<COORDINATE_SYSTEM>& axes);
 /// The names, for help texts.
 std::string unitNames();
 std::string axesNames();

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/commands/commands.hpp"
+#include "tools/commands/picture.hpp"
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
@@ -27,34 +28,10 @@ struct Options {
     InputOptions input;
 };
 
-/// The bytes red, green, blue, 255 of a picture's pixel; pictures in a Mat are blue first.
-void takeColor(const Mat& picture, std::size_t x, std::size_t y, unsigned char* color) {
-    const unsigned char* const pixel = picture.ptrCPU + y * picture.stepBytesCPU + x * picture.pixelBytes;
-    const bool grey = picture.channels == 1;
-    color[0] = pixel[grey ? 0 : 2];
-    color[1] = pixel[grey ? 0 : 1];
-    color[2] = pixel[0];
-    color[3] = 255;
-}
-
-Mat readPicture(const std::string& path, const Mat& depth) {
-    Mat picture;
-    if (picture.read(path) != ERROR_CODE::SUCCESS) throw Trouble(path + ": not a picture that can be read");
-    const bool known = picture.dataType == MAT_TYPE::MAT_8U_C1 || picture.dataType == MAT_TYPE::MAT_8U_C3 ||
-                       picture.dataType == MAT_TYPE::MAT_8U_C4;
-    if (!known) throw Trouble(path + ": a picture must have 8 bits per channel");
-    if (picture.width != depth.width || picture.height != depth.height) {
-        throw Trouble(path + ": " + std::to_string(picture.width) + " x " + std::to_string(picture.height) +
-                      " pixels, but the depth map has " + std::to_string(depth.width) + " x " +
-                      std::to_string(depth.height));
-    }
-    return picture;
-}
-
 /// Each pixel's point by the pinhole model: x = (u - cx) z / fx, y = (v - cy) z / fy, in the axes of the
 /// picture; NaN without a depth.
-Mat backProject(const Mat& depth, const Mat& picture, const Options& options) {
-    const bool colored = picture.isInit;
+Mat backProject(const Mat& depth, const Picture& picture, const Options& options) {
+    const bool colored = !picture.rgb.empty();
     Mat cloud(depth.width, depth.height, colored ? MAT_TYPE::MAT_32F_C4 : MAT_TYPE::MAT_32F_C3);
     for (std::size_t v = 0; v < depth.height; ++v) {
         for (std::size_t u = 0; u < depth.width; ++u) {
@@ -67,7 +44,9 @@ Mat backProject(const Mat& depth, const Mat& picture, const Options& options) {
                 static_cast<float>((static_cast<double>(v) - options.cy) * along / options.fy), z};
             unsigned char* const pixel = cloud.ptrCPU + (v * cloud.width + u) * cloud.pixelBytes;
             std::memcpy(pixel, point, sizeof point);
-            if (colored) takeColor(picture, u, v, pixel + sizeof point);
+            if (!colored) continue;
+            std::memcpy(pixel + sizeof point, picture.at(u, v), 3);
+            pixel[sizeof point + 3] = 255;
         }
     }
     return cloud;
@@ -79,7 +58,7 @@ int depthToCloud(const Options& options, const Console& console) {
     input.depth = true;
     if (!isDepthFile(options.depth, input)) throw Trouble(options.depth + ": a cloud, not a depth map");
     const Loaded loaded = load(options.depth, input, console);
-    const Mat picture = options.color.empty() ? Mat() : readPicture(options.color, loaded.mat);
+    const Picture picture = options.color.empty() ? Picture() : readPicture(options.color, loaded.mat);
     const Mat cloud = backProject(loaded.mat, picture, options);
 
     io::CloudOptions writing;

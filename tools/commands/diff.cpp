@@ -69,21 +69,16 @@ Differences compare(const Mat& a, const Mat& b, double tolerance) {
     return found;
 }
 
-template <class Value>
-std::string nameOf(const std::optional<Value>& value) {
-    return value ? toString(*value).c_str() : "unknown";
-}
-
 /// Says what of the two files' descriptions differs; true if anything does.
 bool describeDiffers(const Loaded& a, const Loaded& b, std::ostream& out) {
     const auto differs = [&out](const char* what, const std::string& first, const std::string& second) {
         if (first != second) out << what << ": " << first << " and " << second << "\n";
         return first != second;
     };
-    const auto unit = [](const Loaded& l) { return nameOf(l.isDepth ? l.depth.unit : l.cloud.unit); };
+    const auto unit = [](const Loaded& l) { return stated(l.isDepth ? l.depth.unit : l.cloud.unit); };
     bool any = differs("unit", unit(a), unit(b));
     if (!a.isDepth) {
-        any |= differs("axes", nameOf(a.cloud.axes), nameOf(b.cloud.axes));
+        any |= differs("axes", stated(a.cloud.axes), stated(b.cloud.axes));
         any |= differs("colour", a.mat.channels == 4 ? "yes" : "no", b.mat.channels == 4 ? "yes" : "no");
     }
     return any;

@@ -101,11 +101,6 @@ struct Fact {
     bool quoted = true;
 };
 
-template <class Value>
-void add(std::vector<Fact>& facts, const char* name, const std::optional<Value>& value) {
-    facts.push_back({name, value ? toString(*value).c_str() : "unknown"});
-}
-
 std::vector<Fact> factsOf(const Loaded& loaded) {
     std::vector<Fact> facts;
     facts.push_back({"kind", loaded.isDepth ? "depth" : "cloud"});
@@ -120,13 +115,13 @@ std::vector<Fact> factsOf(const Loaded& loaded) {
     facts.push_back({"width", std::to_string(loaded.mat.width), false});
     facts.push_back({"height", std::to_string(loaded.mat.height), false});
     facts.push_back({"bytes", std::to_string(loaded.result.bytes), false});
-    add(facts, "unit", loaded.isDepth ? loaded.depth.unit : loaded.cloud.unit);
+    facts.push_back({"unit", stated(loaded.isDepth ? loaded.depth.unit : loaded.cloud.unit)});
     if (loaded.isDepth) {
         facts.push_back({"sample_bits", std::to_string(loaded.depth.sampleBits), false});
         facts.push_back({"scale", text(loaded.depth.scale), false});
         facts.push_back({"rows", toString(loaded.depth.rows).c_str()});
     } else {
-        add(facts, "axes", loaded.cloud.axes);
+        facts.push_back({"axes", stated(loaded.cloud.axes)});
     }
     return facts;
 }

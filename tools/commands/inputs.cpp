@@ -81,6 +81,21 @@ std::optional<io::ROW_ORDER> rowsNamed(const std::string& option, const std::str
     return valueNamed(ROWS, option, name);
 }
 
+std::string stated(const std::optional<UNIT>& unit) {
+    return unit ? toString(*unit).c_str() : "unknown";
+}
+
+std::string stated(const std::optional<COORDINATE_SYSTEM>& axes) {
+    std::string name = "unknown";
+    for (const Name<COORDINATE_SYSTEM>& known : AXES) {
+        if (axes != known.value) continue;
+        name = known.text;  // the last one is the full name
+        std::transform(name.begin(), name.end(), name.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    }
+    return name;
+}
+
 std::string unitNames() {
     return listed(UNITS);
 }
