@@ -207,6 +207,22 @@ TEST_F(SafeFilesTest, ModeAndLinksAreKept) {
     umask(mask);
 }
 
+TEST_F(SafeFilesTest, AReplacedFileKeepsItsOwner) {
+    if (geteuid() != 0) GTEST_SKIP() << "needs root to own files of another user";
+    const ScratchFolder folder;
+    const std::string path = folder / "a.ply";
+    put(path, "old");
+    ASSERT_EQ(chown(path.c_str(), NOBODY, NOBODY), 0);
+    CloudOptions options;
+    options.sync = true;
+    ASSERT_TRUE(writeCloud(cloud_, path, options).ok());
+    struct stat status {};
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, NOBODY);
+    EXPECT_EQ(status.st_gid, NOBODY);
+    EXPECT_GT(status.st_size, 3);
+}
+
 TEST_F(SafeFilesTest, ACancelledFileIsNotThereAndAnOldOneStays) {
     Mat large(1280, 720, MAT_TYPE::MAT_32F_C4);
     large.setTo(Vector4<float>(1, 2, 3, 4));

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """What we write is read by other programs, and what they write by us, to the last bit and colour.
 
-Usage: exchange.py FILES_PROGRAM, in an environment made by `scripts/setup --with readers`. A program that is
-missing there is reported and left out; exit code 77 if none is there."""
+Usage: exchange.py FILES_PROGRAM [PCL_PROGRAM], in an environment made by `scripts/setup --with readers`. A program
+that is missing is reported and left out."""
 import importlib
 import os
 import subprocess
@@ -12,6 +12,7 @@ import tempfile
 import numpy as np
 
 PROGRAM = sys.argv[1]
+PCL = sys.argv[2] if len(sys.argv) > 2 else None
 COUNT = 2000
 CHECKS = []
 random = np.random.default_rng(1)
@@ -173,6 +174,36 @@ def we_read_opencv(cv2):
     same(ours("cv.pfm"), depth, "cv.pfm")
 
 
+def by_pcl(path):
+    """Coordinates, colours and normals as PCL reads a file."""
+    array = path + ".pcl.npy"
+    subprocess.run([PCL, "read", path, array], check=True, capture_output=True)
+    values = np.load(array).reshape(-1, 8)
+    return values[:, :3].copy(), values[:, 3].copy().view(np.uint8).reshape(-1, 4)[:, :3], values[:, 4:7].copy()
+
+
+def pcl_reads_clouds():
+    for name in clouds("ascii.ply", "binary.ply", "ascii.pcd", "binary.pcd", "packed.pcd"):
+        xyz, rgb, normal = by_pcl(name)
+        same(xyz, points, name)
+        same(rgb, colors, name)
+        if name.startswith("full"):
+            same(normal, normals, name)
+
+
+def we_read_pcl():
+    subprocess.run([PCL, "write", "."], check=True, capture_output=True)
+    for name in ("pcl_ascii.pcd", "pcl_binary.ply", "pcl_binary.pcd", "pcl_packed.pcd"):
+        same_as_cloud(name)
+    back = ours("pcl_ascii.ply").reshape(-1, 4)  # with fewer digits
+    assert np.allclose(back[:, :3], points, rtol=1e-5, atol=1e-5)
+    same(back[:, 3].copy().view(np.uint8).reshape(-1, 4)[:, :3], colors, "pcl_ascii.ply")
+
+
+if PCL:
+    CHECKS.extend([((), pcl_reads_clouds), ((), we_read_pcl)])
+
+
 @check("numpy")
 def we_read_our_depth(_):
     for name in ("depth.png", "depth.pgm", "plain.pgm"):
@@ -191,7 +222,7 @@ def write_inputs():
 
 
 def main():
-    missing, failed = set(), 0
+    missing, failed = set() if PCL else {"PCL (libpcl-dev)"}, 0
     with tempfile.TemporaryDirectory() as folder:
         os.chdir(folder)
         write_inputs()
