@@ -124,6 +124,28 @@ protected:
                 }};
     }
 
+    /// The arguments that make a difference to an operation, on clouds and pictures.
+    std::vector<Arguments> variants(const Operation& operation) const {
+        std::vector<Arguments> all(1);
+        const auto multiply = [&](auto Arguments::*member, auto... values) {
+            std::vector<Arguments> more;
+            for (Arguments arguments : all) {
+                ((arguments.*member = values, more.push_back(arguments)), ...);
+            }
+            all = more;
+        };
+        multiply(&Arguments::type, MAT_TYPE::MAT_32F_C4, MAT_TYPE::MAT_8U_C4);
+        if ((operation.uses & Operation::MEMORY) != 0) {
+            multiply(&Arguments::mem, MEM::CPU, MEM::GPU, MEM_BOTH, MEM_MANAGED);
+        }
+        if ((operation.uses & Operation::COPY) != 0) {
+            multiply(&Arguments::copy, COPY_TYPE::CPU_CPU, COPY_TYPE::CPU_GPU, COPY_TYPE::GPU_GPU,
+                     COPY_TYPE::GPU_CPU, fromValue<COPY_TYPE>(4));
+        }
+        if ((operation.uses & Operation::STREAM) != 0) multiply(&Arguments::stream, cudaStream_t{}, stream_);
+        return all;
+    }
+
     ScratchFolder folder_;
     cudaStream_t stream_ = nullptr;
     LogCapture log_;
@@ -135,27 +157,12 @@ TEST_F(MatFaultTest, EveryCallOfTheRuntimeMayFailInEveryState) {
     std::vector<Operation> all = operations();
     all.push_back(write());
     for (const Operation& operation : all) {
-        const auto choices = [&](unsigned use, auto none, std::initializer_list<decltype(none)> some) {
-            return (operation.uses & use) != 0 ? std::vector(some) : std::vector{none};
-        };
-        for (const State& first : STATES) {
-            for (const State& second : STATES) {
-                if ((operation.uses & Operation::OTHER) == 0 && &second != STATES) continue;
-                for (const MEM mem :
-                     choices(Operation::MEMORY, MEM::CPU, {MEM::CPU, MEM::GPU, MEM_BOTH, MEM_MANAGED})) {
-                    for (const std::int32_t copy : choices(Operation::COPY, 0, {0, 1, 2, 3, 4})) {
-                        for (const bool stream : choices(Operation::STREAM, false, {false, true})) {
-                            for (const MAT_TYPE type : {MAT_TYPE::MAT_32F_C4, MAT_TYPE::MAT_8U_C4}) {
-                                Arguments arguments;
-                                arguments.mem = mem;
-                                arguments.type = type;
-                                arguments.copy = fromValue<COPY_TYPE>(copy);
-                                arguments.stream = stream ? stream_ : nullptr;
-                                sweep(operation, first, second, arguments);
-                                if (HasFailure()) return;
-                            }
-                        }
-                    }
+        const bool second = (operation.uses & Operation::OTHER) != 0;
+        for (const Arguments& arguments : variants(operation)) {
+            for (const State& first : STATES) {
+                for (std::size_t other = 0; other < (second ? std::size(STATES) : 1); ++other) {
+                    sweep(operation, first, STATES[other], arguments);
+                    if (HasFailure()) return;
                 }
             }
         }
