@@ -16,13 +16,14 @@ def in_a_process(code):
 
 
 def test_import_is_light():
-    """One thread; no numpy and nothing else of size before it is needed."""
+    """One thread; no numpy, no OpenCV and nothing else of size before it is needed."""
     code = (
         "import sys, os; before = set(sys.modules); import vela; "
-        "print(len(os.listdir('/proc/self/task')), 'numpy' in sys.modules, len(set(sys.modules) - before))"
+        "print(len(os.listdir('/proc/self/task')), 'numpy' in sys.modules, 'opencv' in open('/proc/self/maps').read(), "
+        "len(set(sys.modules) - before))"
     )
-    threads, numpy_loaded, modules = in_a_process(code)
-    assert (threads, numpy_loaded) == ("1", "False") and int(modules) < 25
+    threads, numpy_loaded, opencv_loaded, modules = in_a_process(code)
+    assert (threads, numpy_loaded, opencv_loaded) == ("1", "False", "False") and int(modules) < 25
 
 
 def test_freeing_while_converting(run_program):
