@@ -5,7 +5,9 @@
 #include "support/traffic.hpp"
 #include "support/values.hpp"
 
+#include <vela_core/geometry/detail/pixel_loop.hpp>
 #include <vela_core/vela.hpp>
+#include <vela_gpu/kernels/detail/pixel_ops.hpp>
 
 // Built with AVX, Eigen aligns more strictly than in the Point Cloud Library's own binaries.
 #if !defined(__AVX__)
@@ -17,6 +19,7 @@
 #include <opencv2/core.hpp>
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -53,6 +56,12 @@ std::vector<float> pixelsOf(Resolution resolution, int channels, double invalidS
                       cloud.begin() + static_cast<std::ptrdiff_t>(i) + channels);
     }
     return pixels;
+}
+
+/// The loop that the library takes where the processor has no AVX2.
+template <class Pixel, class Op>
+void applyPortably(Pixel* pixels, std::size_t count, const Op& op) {
+    detail::forEachPixel(detail::PixelView<Pixel>{pixels, count, 1, 0}, op);
 }
 
 /// An image that all contenders convert in place, there and back in turns so that its values stay what they
@@ -109,10 +118,13 @@ void scale(Session& session, const std::string& name, Resolution resolution, int
             scaling.metric = !scaling.metric;
         })
         .peer("OpenCV", [&] { matrix.convertTo(matrix, -1, static_cast<double>(scaling.nextFactor())); })
-        .peer("Eigen", [&] {
-            Eigen::Map<Eigen::ArrayXf> values(scaling.data(), static_cast<Eigen::Index>(count));
-            values *= scaling.nextFactor();
-        });
+        .peer("Eigen",
+              [&] {
+                  Eigen::Map<Eigen::ArrayXf> values(scaling.data(), static_cast<Eigen::Index>(count));
+                  values *= scaling.nextFactor();
+              })
+        .peer("portable loop",
+              [&] { applyPortably(scaling.data(), count, detail::ScaleAll{scaling.nextFactor()}); });
     bench::addTrafficLimits(
         comparison,
         [&](bench::MultiplyAll multiply) { multiply(limiting.data(), count, limiting.nextFactor()); },
@@ -212,7 +224,12 @@ void turnThree(Session& session, Resolution resolution) {
                    turning.data());
     Comparison comparison("axes/32F_C3/" + sizeText(resolution) + VELA_BENCH_VARIANT);
     addCommon(comparison, turning, matrix);
-    comparison.peer("Eigen", [&] { turnByEigen<3>(turning); });
+    comparison.peer("Eigen", [&] { turnByEigen<3>(turning); }).peer("portable loop", [&] {
+        const Matrix4f full = turning.nextMatrix();
+        const float(&m)[16] = full.m;
+        applyPortably(reinterpret_cast<Vector3<float>*>(turning.data()), turning.input.size() / 3,
+                      detail::ApplyMatrix3{{m[0], m[1], m[2], m[4], m[5], m[6], m[8], m[9], m[10]}});
+    });
     session.run(comparison);
 }
 
@@ -222,7 +239,11 @@ void turnFour(Session& session, Resolution resolution) {
                    turning.data());
     Comparison comparison("axes/32F_C4/" + sizeText(resolution) + VELA_BENCH_VARIANT);
     addCommon(comparison, turning, matrix);
-    comparison.peer("Eigen", [&] { turnByEigen<4>(turning); });
+    comparison.peer("Eigen", [&] { turnByEigen<4>(turning); }).peer("portable loop", [&] {
+        detail::ApplyMatrix4 op{};
+        std::copy_n(turning.nextMatrix().m, std::size(op.k), op.k);
+        applyPortably(reinterpret_cast<Vector4<float>*>(turning.data()), turning.input.size() / 4, op);
+    });
 #if defined(VELA_BENCH_PCL)
     // PCL's points are four floats as well; it writes 1 into the fourth.
     pcl::PointCloud<pcl::PointXYZ> cloud(static_cast<std::uint32_t>(resolution.width),
