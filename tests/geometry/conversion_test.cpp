@@ -181,6 +181,7 @@ TEST(RemoveYaw, TurnsAboutTheVerticalOfEveryConvention) {
                 EXPECT_EQ(removeYaw(level, frame(system)), ERROR_CODE::SUCCESS);
                 expectNear(level.getRotation(), wanted.getRotation());
                 level.setRotation(t.getRotation());
+                // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits are meant
                 EXPECT_EQ(std::memcmp(level.m, t.m, sizeof t.m), 0) << "the rest keeps its bits";
             }
         }

@@ -154,6 +154,7 @@ TEST(HostLoops, EqualPixelsStayEqualInEveryFloatingPointMode) {
             applyOnHost(asFloats(PixelView<Vector4<float>>{row.data(), width, 1, 0}), ScaleAll{0.3F});
             _mm_setcsr(modes);
             for (const Vector4<float>& pixel : row) {
+                // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits are meant
                 EXPECT_EQ(std::memcmp(&pixel, row.data(), sizeof pixel), 0) << width;
             }
         }
