@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The one place that chooses what the layer runs on. The build sets one of the two macros, for users too.
+// The only place that chooses what the library runs on. The build defines one of the two macros, for users
+// too.
 #if defined(VELA_GPU_CUDA)
 #include <cuda_runtime_api.h>
 #elif defined(VELA_GPU_SOFTWARE)

@@ -17,42 +17,50 @@ namespace vela::interop {
 /// layout is that of `dlpack/dlpack.h`: cast pointers between the two.
 namespace dl {
 
+/// Version of the interface that a tensor follows.
 struct Version {
-    std::uint32_t major;
-    std::uint32_t minor;
+    std::uint32_t major;  ///< changes with the layout
+    std::uint32_t minor;  ///< changes with additions
 };
+/// Device that holds the memory.
 struct Device {
-    std::int32_t device_type;
-    std::int32_t device_id;
+    std::int32_t device_type;  ///< a `DeviceType`
+    std::int32_t device_id;    ///< index of the device, from 0
 };
+/// Type of an element.
 struct DataType {
-    std::uint8_t code;
-    std::uint8_t bits;
-    std::uint16_t lanes;
+    std::uint8_t code;    ///< a `TypeCode`
+    std::uint8_t bits;    ///< bits of a number
+    std::uint16_t lanes;  ///< numbers in an element; 1 here
 };
+/// Memory as an array of `ndim` dimensions.
 struct Tensor {
-    void* data;
-    Device device;
-    std::int32_t ndim;
-    DataType dtype;
-    std::int64_t* shape;
-    std::int64_t* strides;  ///< in elements; null for packed rows
-    std::uint64_t byte_offset;
+    void* data;                 ///< start of the memory, perhaps a device pointer
+    Device device;              ///< where the memory lies
+    std::int32_t ndim;          ///< number of dimensions
+    DataType dtype;             ///< type of an element
+    std::int64_t* shape;        ///< `ndim` sizes
+    std::int64_t* strides;      ///< `ndim` steps in elements; null for packed rows
+    std::uint64_t byte_offset;  ///< from `data` to the first element
 };
+/// A tensor with the means to release it.
 struct ManagedTensorVersioned {
-    Version version;
-    void* manager_ctx;
-    void (*deleter)(ManagedTensorVersioned*);
-    std::uint64_t flags;
-    Tensor dl_tensor;
+    Version version;                           ///< of the interface
+    void* manager_ctx;                         ///< for the producer's use
+    void (*deleter)(ManagedTensorVersioned*);  ///< releases the tensor; may be null
+    std::uint64_t flags;                       ///< `READ_ONLY` or 0, among others
+    Tensor dl_tensor;                          ///< the array
 };
 
+/// Kinds of devices, those that are used here.
 enum DeviceType : std::int32_t { CPU = 1, CUDA = 2, CUDA_HOST = 3, CUDA_MANAGED = 13 };
+/// Kinds of numbers, those that are used here.
 enum TypeCode : std::uint8_t { INT = 0, UINT = 1, FLOAT = 2 };
-constexpr std::uint64_t READ_ONLY = 1;
+constexpr std::uint64_t READ_ONLY = 1;  ///< flag: the consumer must not write
 
 /// Hands a tensor back to its producer.
 struct Deleter {
+    /// Calls the tensor's deleter, if it has one.
     void operator()(ManagedTensorVersioned* tensor) const {
         if (tensor->deleter != nullptr) tensor->deleter(tensor);
     }
@@ -175,8 +183,8 @@ DlpackTensor moveToDlpack(Mat& mat, MEM side = MEM::CPU) = delete;  // would emp
 /// A Mat that refers to a tensor's memory, and the tensor that keeps the memory alive. An empty Mat and no
 /// tensor where it cannot be had.
 struct DlpackMat {
-    DlpackTensor tensor;
-    Mat mat;
+    DlpackTensor tensor;  ///< keeps the memory alive; null if there is none
+    Mat mat;              ///< refers to the tensor's memory
 };
 
 /// Takes a tensor over and refers to its memory: no copy. (height, width) becomes one channel; the last of

@@ -14,8 +14,10 @@
 
 namespace vela::interop {
 
+/// A square matrix of ours as a writable Eigen expression.
 template <int N>
 using EigenMap = Eigen::Map<Eigen::Matrix<float, N, N, Eigen::RowMajor>>;
+/// A square matrix of ours as a constant Eigen expression.
 template <int N>
 using ConstEigenMap = Eigen::Map<const Eigen::Matrix<float, N, N, Eigen::RowMajor>>;
 
@@ -26,12 +28,15 @@ using ConstEigenMap = Eigen::Map<const Eigen::Matrix<float, N, N, Eigen::RowMajo
 inline EigenMap<4> map(Matrix4f& matrix) {
     return EigenMap<4>(matrix.m);
 }
+/// @overload
 inline ConstEigenMap<4> map(const Matrix4f& matrix) {
     return ConstEigenMap<4>(matrix.m);
 }
+/// @overload
 inline EigenMap<3> map(Matrix3f& matrix) {
     return EigenMap<3>(matrix.m);
 }
+/// @overload
 inline ConstEigenMap<3> map(const Matrix3f& matrix) {
     return ConstEigenMap<3>(matrix.m);
 }
@@ -41,15 +46,19 @@ void map(const Matrix3f&& temporary) = delete;
 // Copies between values of the same meaning. Eigen's constructor of a quaternion takes w first, its storage
 // and ours hold x, y, z, w. A `Rotation` is exchanged by `map`.
 
+/// The same quaternion; it is not normalised.
 inline Eigen::Quaternionf toEigen(const Orientation& q) {
     return {q.ow, q.ox, q.oy, q.oz};
 }
+/// The same quaternion; it is not normalised.
 inline Orientation fromEigen(const Eigen::Quaternionf& q) {
     return {Vector4<float>(q.x(), q.y(), q.z(), q.w())};
 }
+/// The same vector.
 inline Eigen::Vector3f toEigen(const Translation& t) {
     return {t.tx, t.ty, t.tz};
 }
+/// The same vector.
 inline Translation fromEigen(const Eigen::Vector3f& v) {
     return {v.x(), v.y(), v.z()};
 }
@@ -63,6 +72,7 @@ inline Eigen::Isometry3f toEigen(const Transform& t) {
     result.affine() = map(t).topRows<3>();
     return result;
 }
+/// Rotation block and translation; row 3 is (0, 0, 0, 1).
 inline Transform fromEigen(const Eigen::Isometry3f& t) {
     Transform result;
     map(result).topRows<3>() = t.affine();

@@ -18,9 +18,10 @@ namespace vela::interop {
 
 /// A pixel type and the OpenCV type of the same channels and elements.
 struct CvType {
-    MAT_TYPE type;
-    int cv;
+    MAT_TYPE type;  ///< ours
+    int cv;         ///< OpenCV's
 };
+/// All pixel types with their OpenCV types.
 inline constexpr CvType CV_TYPES[] = {{MAT_TYPE::MAT_32F_C1, CV_32FC1},  {MAT_TYPE::MAT_32F_C2, CV_32FC2},
                                       {MAT_TYPE::MAT_32F_C3, CV_32FC3},  {MAT_TYPE::MAT_32F_C4, CV_32FC4},
                                       {MAT_TYPE::MAT_8U_C1, CV_8UC1},    {MAT_TYPE::MAT_8U_C2, CV_8UC2},

@@ -18,17 +18,24 @@ class ImageView {
 
 public:
     ImageView() = default;
+    /// Rows of `width` pixels from `data` on, `step` bytes apart.
     ImageView(Byte* data, std::size_t width, std::size_t height, std::size_t step)
         : data_(data), width_(width), height_(height), step_(step) {}
 
+    /// Whether the view has pixels.
     explicit operator bool() const { return data_ != nullptr; }
+    /// Pixels in a row.
     std::size_t width() const { return width_; }
+    /// Rows.
     std::size_t height() const { return height_; }
+    /// Bytes from row to row.
     std::size_t step() const { return step_; }
+    /// Whether rows follow each other without padding.
     bool isPacked() const { return step_ == width_ * sizeof(T); }
 
-    /// First pixel of row y, and one past its last; no bounds check.
+    /// First pixel of row y; no bounds check.
     T* begin(std::size_t y) const { return reinterpret_cast<T*>(data_ + y * step_); }
+    /// One past the last pixel of row y; no bounds check.
     T* end(std::size_t y) const { return begin(y) + width_; }
     /// Pixel at column x of row y; no bounds check.
     T& operator()(std::size_t x, std::size_t y) const { return begin(y)[x]; }

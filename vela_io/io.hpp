@@ -74,11 +74,15 @@ enum class FILE_KIND : std::int32_t {
     ARRAY = 3,  ///< for `readNpy`; `readDepth` takes it too if it is two-dimensional
 };
 
-/// Names as above; "Unknown" for a value without enumerator.
+/// The display name; "Unknown" for a value without enumerator.
 VELA_IO_API String toString(const CLOUD_FILE& value);
+/// The display name; "Unknown" for a value without enumerator.
 VELA_IO_API String toString(const DEPTH_FILE& value);
+/// The display name; "Unknown" for a value without enumerator.
 VELA_IO_API String toString(const ENCODING& value);
+/// The display name; "Unknown" for a value without enumerator.
 VELA_IO_API String toString(const ROW_ORDER& value);
+/// The display name; "Unknown" for a value without enumerator.
 VELA_IO_API String toString(const FILE_KIND& value);
 
 /// What became of a call.
@@ -99,6 +103,7 @@ struct Result {
     /// when the progress function ended the work.
     int systemError = 0;
 
+    /// Whether `code` is `SUCCESS`.
     bool ok() const { return code == ERROR_CODE::SUCCESS; }
 };
 
@@ -128,7 +133,7 @@ struct CloudOptions {
     std::optional<COORDINATE_SYSTEM> targetAxes;
     char separator = ' ';  ///< of XYZ files: a blank, ',' or ';'
     bool sync = false;     ///< have file and folder on the disk (`fsync`) before success is returned
-    Progress progress;
+    Progress progress;     ///< called from time to time, if not empty
 };
 
 /// How `readCloud` reads.
@@ -142,21 +147,21 @@ struct CloudReadOptions {
     std::optional<UNIT> targetUnit;         ///< convert to this unit; an error if the file's is not known
     std::optional<COORDINATE_SYSTEM> targetAxes;  ///< convert to this convention; an error likewise
     std::size_t maxPoints = 0x7fffffff;           ///< refuse files of more
-    Progress progress;
+    Progress progress;                            ///< called from time to time, if not empty
 };
 
 /// What a cloud file says of itself.
 struct CloudInfo {
-    CLOUD_FILE format = CLOUD_FILE::XYZ;
-    ENCODING encoding = ENCODING::ASCII;
-    std::size_t width = 0;   ///< of the grid, or the number of points
-    std::size_t height = 0;  ///< of the grid, or 1
-    std::size_t points = 0;
-    std::size_t invalid = 0;  ///< points of which x, y or z is not finite; counted by `readCloud`
-    bool hasColor = false;
-    bool hasAlpha = false;
-    bool hasNormals = false;
-    std::optional<UNIT> unit;               ///< of the points in the Mat, or in the file for `inspectCloud`
+    CLOUD_FILE format = CLOUD_FILE::XYZ;  ///< kind of file
+    ENCODING encoding = ENCODING::ASCII;  ///< form of its numbers
+    std::size_t width = 0;                ///< of the grid, or the number of points
+    std::size_t height = 0;               ///< of the grid, or 1
+    std::size_t points = 0;               ///< points in the file
+    std::size_t invalid = 0;              ///< points of which x, y or z is not finite; counted by `readCloud`
+    bool hasColor = false;                ///< whether points have red, green and blue
+    bool hasAlpha = false;                ///< whether points have a fourth colour byte
+    bool hasNormals = false;              ///< whether points have normals
+    std::optional<UNIT> unit;             ///< of the points in the Mat, or in the file for `inspectCloud`
     std::optional<COORDINATE_SYSTEM> axes;  ///< likewise
     char separator = ' ';                   ///< of XYZ files
 };
@@ -170,6 +175,7 @@ VELA_IO_API Result writeCloud(const Mat& cloud, const String& path, const CloudO
 /// file has one), `MAT_32F_C3` where it has none. Numbers of every scalar type are taken; further properties
 /// and elements are skipped, elements with a note in `Result::text`. A stated grid is restored.
 VELA_IO_API Result readCloud(const String& path, Mat& cloud, CloudInfo* info = nullptr);
+/// @overload
 VELA_IO_API Result readCloud(const String& path, Mat& cloud, const CloudReadOptions& options,
                              CloudInfo* info = nullptr);
 
@@ -197,7 +203,7 @@ struct DepthOptions {
     ROW_ORDER rows = ROW_ORDER::BOTTOM_FIRST;  ///< of PFM files
     int compression = -1;                      ///< of PNG files, 0 to 9; -1: the fastest, runs alone
     bool sync = false;                         ///< as in `CloudOptions`
-    Progress progress;
+    Progress progress;                         ///< called from time to time, if not empty
 };
 
 /// How `readDepth` reads. What a file states about itself comes first; the options stand in for the rest.
@@ -210,20 +216,20 @@ struct DepthReadOptions {
     /// Of PFM files, which cannot state it. `saveDepthAs` writes the top row first.
     ROW_ORDER rows = ROW_ORDER::BOTTOM_FIRST;
     std::size_t maxPixels = 0x7fffffff;  ///< refuse files of more
-    Progress progress;
+    Progress progress;                   ///< called from time to time, if not empty
 };
 
 /// What a depth file says of itself.
 struct DepthInfo {
-    DEPTH_FILE format = DEPTH_FILE::PNG;
-    ENCODING encoding = ENCODING::BINARY;
-    std::size_t width = 0;
-    std::size_t height = 0;
-    int sampleBits = 0;         ///< 8 or 16 for integers, 32 for floats
-    std::size_t withDepth = 0;  ///< pixels with a depth; counted by `readDepth`
-    std::optional<UNIT> unit;   ///< of the depths in the Mat, or in the file for `inspectDepth`
-    double scale = 1;           ///< samples per unit of depth in the file
-    std::optional<double> invalid;
+    DEPTH_FILE format = DEPTH_FILE::PNG;    ///< kind of file
+    ENCODING encoding = ENCODING::BINARY;   ///< form of its numbers
+    std::size_t width = 0;                  ///< pixels in a row
+    std::size_t height = 0;                 ///< rows
+    int sampleBits = 0;                     ///< 8 or 16 for integers, 32 for floats
+    std::size_t withDepth = 0;              ///< pixels with a depth; counted by `readDepth`
+    std::optional<UNIT> unit;               ///< of the depths in the Mat, or in the file for `inspectDepth`
+    double scale = 1;                       ///< samples per unit of depth in the file
+    std::optional<double> invalid;          ///< sample of pixels without a depth, if there is one
     ROW_ORDER rows = ROW_ORDER::TOP_FIRST;  ///< as it was taken
 };
 
@@ -233,6 +239,7 @@ VELA_IO_API Result writeDepth(const Mat& depth, const String& path, const DepthO
 /// Reads a depth map into a `MAT_32F_C1` host Mat, top row first: samples divided by the scale, NaN where the
 /// file says that there is no depth.
 VELA_IO_API Result readDepth(const String& path, Mat& depth, DepthInfo* info = nullptr);
+/// @overload
 VELA_IO_API Result readDepth(const String& path, Mat& depth, const DepthReadOptions& options,
                              DepthInfo* info = nullptr);
 
@@ -244,7 +251,7 @@ VELA_IO_API Result inspectDepth(const String& path, DepthInfo& info);
 /// How `writeNpy` writes.
 struct NpyOptions {
     bool sync = false;  ///< as in `CloudOptions`
-    Progress progress;
+    Progress progress;  ///< called from time to time, if not empty
 };
 
 /// Writes a Mat of any of the ten types as a NumPy array, format 1.0, of the shape (height, width) or

@@ -30,19 +30,18 @@ enum class CLOUD_VIEW : std::int32_t {
 
 /// How `preview` draws.
 struct PreviewOptions {
-    /// Of the picture of a cloud, in pixels; of depth maps the most: they are shown pixel by pixel, enlarged
-    /// by a whole factor where they are small, every nth pixel where they are too large. At least 320 x 200.
+    /// Width of a cloud's picture in pixels, at least 320. For depth maps it is the maximum: they are shown
+    /// pixel by pixel, small ones enlarged by a whole factor, of large ones every nth pixel.
     std::size_t width = 1280;
-    std::size_t height = 720;
+    std::size_t height = 720;                                           ///< height likewise, at least 200
     std::optional<UNIT> unit;                                           ///< of the Mat, for the labels
     COORDINATE_SYSTEM axes = COORDINATE_SYSTEM::IMAGE;                  ///< of the cloud
     std::vector<CLOUD_VIEW> views{CLOUD_VIEW::FRONT, CLOUD_VIEW::TOP};  ///< one to four, side by side
     /// By the packed colour where the Mat has four channels, else by depth, if not given.
     std::optional<COLOR_BY> color;
-    /// Values at the ends of the colour bar; the 2nd and 98th percentile, if not given.
-    std::optional<float> nearest;
-    std::optional<float> farthest;
-    Progress progress;
+    std::optional<float> nearest;   ///< lower end of the colour bar; the 2nd percentile, if not given
+    std::optional<float> farthest;  ///< upper end of the colour bar; the 98th percentile, if not given
+    Progress progress;              ///< called from time to time, if not empty
 };
 
 /// Draws a depth map (`MAT_32F_C1` or `MAT_US16_C1`) or a cloud (`MAT_32F_C3` or `C4`) as a PNG file.
@@ -59,8 +58,8 @@ struct HtmlOptions {
     COORDINATE_SYSTEM axes = COORDINATE_SYSTEM::IMAGE;  ///< of the cloud
     std::optional<COLOR_BY> color;                      ///< shown first; as in `PreviewOptions`, if not given
     std::size_t maxPoints = 2'000'000;                  ///< of more, as many are chosen at random
-    String title = "Point cloud";
-    Progress progress;
+    String title = "Point cloud";                       ///< of the page
+    Progress progress;                                  ///< called from time to time, if not empty
 };
 
 /// Writes a cloud (`MAT_32F_C3` or `C4`) as one HTML page that shows it: orbit, pan, zoom, point size, colour

@@ -11,10 +11,10 @@ class Matrix3f : public SquareMatrix<Matrix3f, 3> {
 public:
     using SquareMatrix::SquareMatrix;
 
-    /// Inverts in place: the adjugate (transposed cofactors) divided by the determinant. Of a singular matrix
-    /// it makes infinities and NaNs; nothing is reported.
+    /// Inverts in place: the adjugate (transposed cofactors) divided by the determinant. A singular matrix
+    /// becomes infinities and NaNs; nothing is reported.
     void inverse();
-    /// The inverse of a copy.
+    /// Inverse of a copy.
     static Matrix3f inverse(const Matrix3f& matrix);
 };
 

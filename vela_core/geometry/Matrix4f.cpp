@@ -11,29 +11,29 @@ namespace vela {
 using namespace detail;
 namespace {
 
-/// Four floats that are added and multiplied at once.
-using Lanes = float __attribute__((vector_size(16)));
+/// Four floats, added and multiplied together.
+using FourFloats = float __attribute__((vector_size(16)));
 
 struct Adjugate {
-    Lanes rows[4];
+    FourFloats rows[4];
 };
 
 /// The transposed matrix of cofactors. Each is the sum of the six signed products of its 3 x 3 minor, from
-/// left to right, never by way of 2 x 2 minors: how the sum rounds decides whether a singular matrix is
+/// left to right and without 2 x 2 minors: the rounding of the sum decides whether a singular matrix is
 /// reported.
 Adjugate adjugateOf(const float (&c)[16]) {
-    // Lane i makes the cofactors of row i: the minor has the three other rows, here column by column. Each
-    // product has one factor of its first row, which carries the signs of the cofactors of columns 0 and 2.
-    Lanes first[4];
-    Lanes second[4];
-    Lanes third[4];
+    // Lane i computes the cofactors of row i from the three other rows, here column by column. Each product
+    // has one factor from the first of them, which carries the signs of the cofactors of columns 0 and 2.
+    FourFloats first[4];
+    FourFloats second[4];
+    FourFloats third[4];
     for (int j = 0; j < 4; ++j) {
-        first[j] = Lanes{c[4 + j], -c[j], c[j], -c[j]};
-        second[j] = Lanes{c[8 + j], c[8 + j], c[4 + j], c[4 + j]};
-        third[j] = Lanes{c[12 + j], c[12 + j], c[12 + j], c[8 + j]};
+        first[j] = FourFloats{c[4 + j], -c[j], c[j], -c[j]};
+        second[j] = FourFloats{c[8 + j], c[8 + j], c[4 + j], c[4 + j]};
+        third[j] = FourFloats{c[12 + j], c[12 + j], c[12 + j], c[8 + j]};
     }
     struct Products {
-        Lanes p[6];
+        FourFloats p[6];
     };
     const auto products = [&](int j, int k, int l) -> Products {
         return {{first[j] * second[k] * third[l], first[j] * second[l] * third[k],
@@ -76,8 +76,8 @@ ERROR_CODE Matrix4f::inverse() {
         return ERROR_CODE::FAILURE;
     }
     const float divisor = a.rows[3][3];
-    a.rows[3][2] = m[14];  // for a rigid transform 0, as its adjugate entry is
-    for (Lanes& row : a.rows) {
+    a.rows[3][2] = m[14];  // 0 for a rigid transform, like the adjugate's element
+    for (FourFloats& row : a.rows) {
         row /= divisor;
     }
     std::memcpy(m, a.rows, sizeof m);

@@ -22,16 +22,16 @@ public:
     /// Inverts in place a matrix whose last row is (0, 0, 0, 1): the adjugate A (transposed cofactors, each
     /// the sum of its six signed products from left to right) divided by A15, the determinant of the
     /// upper-left 3 x 3 block. Element 14 is the old one divided by A15. With another last row the result is
-    /// not the inverse. `FAILURE` when the gate c1*c1 + c0*A0 + c2*c2 + c3*c3 is 0, c being the first row;
-    /// elements 0, 4, 8 and 12 are then replaced by those of A, the others keep their values. The gate closes
-    /// only where the first row hides the singularity (c1 = c2 = c3 = 0): other singular matrices give
-    /// `SUCCESS` with infinities and NaNs.
+    /// not the inverse. Returns `FAILURE` when the sum c1*c1 + c0*A0 + c2*c2 + c3*c3 is 0, c being the first
+    /// row; elements 0, 4, 8 and 12 are then replaced by those of A, the others keep their values. The sum is
+    /// 0 only if c1 = c2 = c3 = 0 hides the singularity: other singular matrices give `SUCCESS` with
+    /// infinities and NaNs.
     ERROR_CODE inverse();
-    /// The inverse of a copy; its status is dropped.
+    /// Inverse of a copy; its status is dropped.
     static Matrix4f inverse(const Matrix4f& matrix);
 
     /// @name Blocks
-    /// An index out of range is logged, changes nothing and gives `FAILURE`.
+    /// With an index out of range they log an error, change nothing and return `FAILURE`.
     /// @{
 
     /// Writes a 3 x 3 block at rows row to row + 2 and columns col to col + 2; row and col are 0 or 1.

@@ -7,7 +7,7 @@
 namespace vela {
 namespace {
 
-/// Half the square root of a sum of diagonal elements; 0 for one that rounding made negative.
+/// Half the square root of a sum of diagonal elements; 0 for a sum that rounding made negative.
 float halfRoot(float radicand) {
     return radicand > 0.0F ? std::sqrt(radicand) / 2.0F : 0.0F;
 }

@@ -8,27 +8,36 @@
 
 namespace vela VELA_API {
 
-/// A rigid motion stamped with time and confidence.
+/// A rigid motion with time stamp and confidence. The members that copies leave out are for the producer's
+/// use: the library neither computes nor converts them. Their units and orders are this library's convention.
 class Pose {
 public:
     Transform transform;               ///< the identity by default
     unsigned long long timestamp = 0;  ///< nanoseconds
-    int confidence = 0;                ///< 0 to 100
-    float pose_covariance[36] = {};    ///< 6 x 6, row-major: translation, then rotation; not copied
-    float twist[6] = {};               ///< linear, then angular velocity; not copied
-    bool valid = false;                ///< set by the producer of the pose only
+    int confidence = 0;                ///< 0 (none) to 100 (certain)
+    /// 6 x 6, row-major, in the order translation x, y, z, then rotation about x, y, z; in squares and
+    /// products of the unit of `transform` and radians. Not copied.
+    float pose_covariance[36] = {};
+    /// Linear velocity x, y, z in the unit of `transform` per second, then angular velocity about x, y, z in
+    /// radians per second. Not copied.
+    float twist[6] = {};
+    bool valid = false;  ///< only the producer of the pose sets it
 
+    /// Identity, time stamp 0, confidence 0, not valid.
     Pose() = default;
-    /// Copies transform, time stamp, confidence and validity; the other members have their initial values.
+    /// Copies transform, time stamp, confidence and validity; the other members get their initial values.
     Pose(const Pose& other);
+    /// Likewise.
     Pose& operator=(const Pose& other);
-    /// A pose that is not valid yet.
+    /// A pose that is not yet valid.
     Pose(const Transform& transform, unsigned long long timestamp, int confidence);
-    /// Leaves an identity transform that is not valid behind.
+    /// Leaves behind an identity transform and `valid` false.
     ~Pose();
 
     /// @name Parts of the transform
     /// @{
+
+    /// The same as the member of `Transform` with this name.
     Orientation getOrientation() const { return transform.getOrientation(); }
     Translation getTranslation() const { return transform.getTranslation(); }
     Rotation getRotationMatrix() const { return transform.getRotationMatrix(); }

@@ -17,7 +17,7 @@ String SquareMatrix<Derived, N>::getInfos() const {
     std::string text = labelOrAddress(label, this) + "\n";
     char number[NUMBER_TEXT_SIZE];
     for (int i = 0; i < N * N; ++i) {
-        text.append(number, writeFixed(number, m[i]));  // with a point, whatever the locale
+        text.append(number, writeFixed(number, m[i]));  // with a decimal point in every locale
         text += (i + 1) % N == 0 ? '\n' : ' ';
     }
     return text;

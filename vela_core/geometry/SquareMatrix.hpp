@@ -10,9 +10,9 @@
 
 namespace vela VELA_API {
 
-/// What `Matrix3f` and `Matrix4f` have in common: N x N floats, row-major, and a label for the text dump.
-/// Copies and assignments take the numbers only: a copy has an empty label, a target keeps its own. Results
-/// of the operators are fresh matrices without label. Derived is the matrix class.
+/// Common part of `Matrix3f` and `Matrix4f`: N x N floats, row-major, and a label for the text dump. Copies
+/// and assignments take the numbers only: a copy has an empty label, a target keeps its own. Operators return
+/// new matrices without label. `Derived` is the matrix class.
 template <class Derived, int N>
 class SquareMatrix {
 public:
@@ -23,28 +23,35 @@ public:
     SquareMatrix() { setIdentity(); }
     /// Copies N * N values, row-major.
     explicit SquareMatrix(const float* values) { std::memcpy(m, values, sizeof m); }
+    /// Copies the numbers; the label is empty.
     SquareMatrix(const SquareMatrix& other) { std::memcpy(m, other.m, sizeof m); }
+    /// Copies the numbers; the label stays.
     SquareMatrix& operator=(const SquareMatrix& other) {
-        // An array of its own size, so that compilers need no call; std::copy_n ends in memmove.
+        // Of a constant size, so that compilers emit no call; std::copy_n ends in memmove.
         if (this != &other) std::memcpy(m, other.m, sizeof m);
         return *this;
     }
 
     /// @name Fixed values
-    /// The setters keep the label; the functions make matrices without one.
+    /// The setters keep the label; the functions return matrices without one.
     /// @{
+
+    /// Ones on the diagonal, zeros elsewhere.
     void setIdentity() {
         setZeros();
         for (int i = 0; i < N; ++i) {
             m[(N + 1) * i] = 1.0F;
         }
     }
+    /// Sets every element to 0.
     void setZeros() {
         for (float& element : m) {
             element = 0.0F;
         }
     }
+    /// The identity matrix.
     static Derived identity() { return Derived(); }
+    /// A matrix of zeros.
     static Derived zeros() {
         Derived result;
         result.setZeros();
@@ -54,6 +61,7 @@ public:
 
     /// Element (row, col); no bounds check.
     float& operator()(int row, int col) { return m[N * row + col]; }
+    /// @overload
     const float& operator()(int row, int col) const { return m[N * row + col]; }
 
     /// Swaps element (i, j) with element (j, i).
@@ -71,13 +79,13 @@ public:
         return result;
     }
 
-    /// This times b.
+    /// Matrix product, this times b.
     Derived operator*(const Derived& b) const {
-        float product[N * N];  // apart from operands, for all that compilers know of the result
+        float product[N * N];  // cannot alias an operand, as far as compilers can tell
         for (int i = 0; i < N; ++i) {
             const float* const row = m + N * i;
             for (int j = 0; j < N; ++j) {
-                // Spelt out: at -O2 compilers leave a loop over three terms alone.
+                // Written out: at -O2 compilers do not unroll a loop over three terms.
                 float sum = row[0] * b.m[j] + row[1] * b.m[N + j] + row[2] * b.m[2 * N + j];
                 if constexpr (N == 4) sum += row[3] * b.m[3 * N + j];
                 product[N * i + j] = sum;
@@ -89,11 +97,11 @@ public:
     Derived operator*(const float& factor) const {
         return elementwise([=](float a) { return a * factor; });
     }
-    /// The summand is added to every element, not to the diagonal alone.
+    /// Adds the number to every element, not only to the diagonal.
     Derived operator+(const float& summand) const {
         return elementwise([=](float a) { return a + summand; });
     }
-    /// The subtrahend is taken from every element.
+    /// Subtracts the number from every element.
     Derived operator-(const float& subtrahend) const {
         return elementwise([=](float a) { return a - subtrahend; });
     }
@@ -113,10 +121,11 @@ public:
         }
         return true;
     }
+    /// The opposite of `==`.
     friend bool operator!=(const Derived& a, const Derived& b) { return !(a == b); }
 
-    /// The label, or without one the object's address, on a line; then a line for each row, as by "%f" with a
-    /// point in every locale.
+    /// A line with the label, or the object's address if it has none, then a line for each row, numbers as by
+    /// "%f" with a decimal point in every locale.
     String getInfos() const;
 
 private:
@@ -138,7 +147,7 @@ private:
     }
 };
 
-/// Writes the rows one after the other, each number as the stream formats floats: "[1 0 0; 0 1 0; 0 0 1]".
+/// Writes the rows in order, each number as the stream formats floats: "[1 0 0; 0 1 0; 0 0 1]".
 template <class Derived, int N>
 std::ostream& operator<<(std::ostream& stream, const SquareMatrix<Derived, N>& matrix);
 

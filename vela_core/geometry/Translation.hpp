@@ -10,29 +10,33 @@ namespace vela VELA_API {
 
 class Orientation;
 
-/// A position or direction; zero by default.
+/// A position or direction, in whatever length unit the program uses; zero by default.
 class Translation {
 public:
-    float tx = 0.0F;
-    float ty = 0.0F;
-    float tz = 0.0F;
+    float tx = 0.0F;  ///< x
+    float ty = 0.0F;  ///< y
+    float tz = 0.0F;  ///< z
 
+    /// (0, 0, 0).
     Translation() = default;
+    /// (x, y, z).
     Translation(float x, float y, float z) : tx(x), ty(y), tz(z) {}
+    /// The components of v.
     Translation(const Vector3<float>& v) : tx(v.x), ty(v.y), tz(v.z) {}
 
     /// Component i of 0 to 2; no bounds check.
     float& operator()(int i) { return i == 0 ? tx : i == 1 ? ty : tz; }
+    /// @overload
     const float& operator()(int i) const { return i == 0 ? tx : i == 1 ? ty : tz; }
 
-    /// Divides by the Euclidean norm; a zero translation stays as it is. The norm is taken in float:
+    /// Divides by the Euclidean norm; a zero translation is unchanged. The norm is computed in float:
     /// components below 1e-23 count as zero, components above 1e19 give zeros.
     void normalize();
     /// A normalised copy.
     static Translation normalize(const Translation& translation);
 
-    /// This translation rotated by q: v' = q v q*, the Hamilton products written out. A q that is not of unit
-    /// length scales by its squared norm.
+    /// This translation rotated by q: v' = q v q*, by Hamilton products. If q does not have unit length, the
+    /// result is scaled by its squared norm.
     Translation operator*(const Orientation& q) const;
 };
 

@@ -5,9 +5,6 @@
 #include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/types/detail/enum_table.hpp"
 
-#include <cstdint>
-#include <iterator>
-
 namespace vela {
 using namespace detail;
 namespace {
@@ -33,8 +30,8 @@ constexpr float FRAMES[][9] = {
 
 Matrix4f frameOf(COORDINATE_SYSTEM system) {
     Matrix4f frame;
-    const auto index = static_cast<std::uint32_t>(toValue(system));
-    if (index < std::size(FRAMES)) frame.setSubMatrix3f(Matrix3f(FRAMES[index]), 0, 0);
+    const auto* const known = rowAt(FRAMES, system);
+    if (known != nullptr) frame.setSubMatrix3f(Matrix3f(*known), 0, 0);
     return frame;
 }
 

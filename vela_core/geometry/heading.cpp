@@ -10,10 +10,10 @@ namespace {
 
 using Matrix3 = Eigen::Matrix<float, 3, 3, Eigen::RowMajor>;
 
-/// Y component of the forward axis beyond which it is too steep to tell the heading.
+/// Y component of the forward axis above which it is too steep to give the heading.
 constexpr float STEEP = 0.8F;
 
-/// The rotation about the Y axis of the IMAGE frame towards which a rotation faces.
+/// The yaw of a rotation: the rotation about the Y axis of the IMAGE frame that faces the same way.
 Matrix3 extractYawRotationEx(const Matrix3& rotation) {
     const Eigen::Vector3f forward = rotation.col(2);
     Eigen::Vector3f heading = forward;
@@ -35,7 +35,7 @@ Matrix3 extractYawRotationEx(const Matrix3& rotation) {
 }  // namespace
 
 ERROR_CODE removeYaw(Transform& transform, COORDINATE_SYSTEM system) {
-    // The rotation alone: 0 times an infinite translation would make NaNs of it.
+    // Only the rotation: 0 times an infinite translation would turn it into NaNs.
     Transform inImage(transform.getRotationMatrix(), Translation());
     const ERROR_CODE status = convertCoordinateSystem(inImage, system, COORDINATE_SYSTEM::IMAGE);
     if (status != ERROR_CODE::SUCCESS) return status;

@@ -10,14 +10,14 @@
 
 namespace vela VELA_API {
 
-/// Turns the rotation of a transform in convention `system` about the vertical so that it faces the `IMAGE`
-/// frame's Z axis: pitch and roll stay. The heading is the horizontal part of the forward axis, or of the up
-/// or down axis where the forward axis has a vertical component above 0.8 (53.13 degrees). Doing it twice
-/// changes nothing more. The rest of the transform keeps its bits, and has no influence on the rotation.
-/// `INVALID_COORDINATE_SYSTEM`, without a change, for a value above the last.
+/// Removes the yaw of a transform in convention `system`: turns its rotation about the vertical so that it
+/// faces the `IMAGE` frame's Z axis. Pitch and roll stay. The heading is the horizontal part of the forward
+/// axis, or of the up or down axis where the vertical component of the forward axis exceeds 0.8 (53.13
+/// degrees). A second call changes nothing. The rest of the transform keeps its bits and does not affect the
+/// rotation. Returns `INVALID_COORDINATE_SYSTEM` without a change for a value above the last.
 ERROR_CODE removeYaw(Transform& transform, COORDINATE_SYSTEM system);
 
-/// The rotation that carries the unit vector `reference` onto the direction of the measured `gravity`:
+/// The rotation that maps the unit vector `reference` to the direction of the measured `gravity`:
 /// I - [v] + [v]^2 (1 - c) / |v|^2 with v = u x reference, c = u . reference, u = gravity / |gravity|, and
 /// the skew matrix [v] of the cross product (Rodrigues' formula for the angle between both, transposed).
 /// `gravity` may have any length; `reference` is not normalised. Parallel and opposite directions fill the

@@ -20,7 +20,7 @@ PixelView<Pixel> viewOf(const Mat& mat, unsigned char* buffer, std::size_t stepB
     return {reinterpret_cast<Pixel*>(buffer), mat.width, mat.height, stepBytes};
 }
 
-/// Calls a kernel that takes a view as pointer, one argument more, row step in pixels, width and height.
+/// Calls a kernel with the view's pointer, one more argument, row step in pixels, width and height.
 template <class Kernel, class Pixel, class Argument>
 void callKernel(Kernel kernel, const PixelView<Pixel>& view, Argument argument) {
     kernel(view.data, argument, static_cast<std::uint32_t>(view.stepBytes / sizeof(Pixel)),
@@ -44,7 +44,7 @@ void applyOnDevice(const PixelView<Vector4<float>>& view, float* matrix) {
     callKernel(cu_applyMat4f, view, matrix);
 }
 
-/// Converts the pixels by `onHost` or `onDevice`, which get the view of the side that `mem` names.
+/// Converts the pixels of the side that `mem` names by `onHost` or `onDevice`.
 template <class Pixel, class OnHost, class OnDevice>
 void convertPixels(Mat& mat, MEM mem, OnHost onHost, OnDevice onDevice) {
     if (mem == MEM::CPU) onHost(viewOf<Pixel>(mat, mat.ptrCPU, mat.stepBytesCPU));
@@ -61,7 +61,7 @@ ERROR_CODE scaleMat(Mat& mat, float factor, MEM mem) {
     return ERROR_CODE::SUCCESS;
 }
 
-/// Device memory that goes with the scope, also where an allocation on the host throws.
+/// Device memory that is released at the end of the scope, even if a host allocation throws.
 struct DeviceBuffer {
     unsigned char* data = nullptr;
 
@@ -80,7 +80,7 @@ ERROR_CODE applyMatrix(Mat& mat, const Matrix& matrix, MEM mem) {
     DeviceBuffer deviceMatrix;
     const auto onHost = [&](const PixelView<Pixel>& view) { applyOnHost(view, op); };
     const auto onDevice = [&](const PixelView<Pixel>& view) {
-        // Failures do not change the result; without its matrix in device memory the kernel is not launched.
+        // Failures do not affect the result; without its matrix in device memory the kernel is not launched.
         std::size_t step = 0;
         allocateDeviceBuffer(deviceMatrix.data, step, sizeof op.k, 1, 1);
         if (cudaMemcpy(deviceMatrix.data, op.k, sizeof op.k, cudaMemcpyHostToDevice) != cudaSuccess) return;

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Apart from the rest of Rotation and Transform, so that programs that use no rotation vectors do not need
-// OpenCV.
+// Apart from the rest of Rotation and Transform, so that programs without rotation vectors need no OpenCV.
 #include "vela_core/geometry/Rotation.hpp"
 #include "vela_core/geometry/Transform.hpp"
 

@@ -5,8 +5,6 @@
 #include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/types/detail/enum_table.hpp"
 
-#include <cstdint>
-#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -58,8 +56,8 @@ ERROR_CODE detail::checkUnits(UNIT from, UNIT to) {
 }
 
 float getScaleMillimeter(UNIT unit) noexcept {
-    const auto index = static_cast<std::uint32_t>(toValue(unit));
-    return index < std::size(MILLIMETERS) ? MILLIMETERS[index] : 1.0F;
+    const float* const known = rowAt(MILLIMETERS, unit);
+    return known == nullptr ? 1.0F : *known;
 }
 
 float getUnitScale(UNIT from, UNIT to) {

@@ -5,7 +5,7 @@
 
 namespace vela {
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the kit's public name
+// NOLINTNEXTLINE(bugprone-reserved-identifier): a public name
 void __cudaSafeCall(cudaError status, const char* text, const char* /*text2*/, int /*line*/) {
     if (status == cudaSuccess) return;
     std::printf("in %s : Err [%d]: %s.\n", text, static_cast<int>(status), cudaGetErrorString(status));

@@ -6,9 +6,9 @@
 
 namespace vela VELA_API {
 
-/// Prints "in TEXT : Err [NUMBER]: WHAT.\n" on standard output when `status` is not `cudaSuccess`; `text` is
-/// the signature of the function that failed. `text2` and `line` are accepted and not printed.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the kit's public name
+/// Prints "in TEXT : Err [NUMBER]: WHAT.\n" on standard output unless `status` is `cudaSuccess`; `text` is
+/// the signature of the function that failed. `text2` and `line` are ignored.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): a public name
 void __cudaSafeCall(cudaError status, const char* text, const char* text2, int line);
 
 }  // namespace vela

@@ -21,9 +21,9 @@ namespace {
 
 constexpr EnumName<LOGGER_NAME> LOGGER_NAMES[] = {{LOGGER_NAME::CORE, "CORE"}};
 
-std::atomic<KLogger*> ready{nullptr};  // null also when the back end could not be started again
-std::mutex making;                     // held by a thread that forks, too: no child gets a registry half made
-bool backendIsOurs = false;            // guarded by `making`
+std::atomic<KLogger*> ready{nullptr};  // null also if the back end could not be restarted
+std::mutex making;           // a forking thread holds it too, so that no child inherits a half-made registry
+bool backendIsOurs = false;  // guarded by `making`
 
 /// Starts the back end unless it runs. Called with `making` held.
 void startBackend() {
@@ -35,12 +35,12 @@ void startBackend() {
     backendIsOurs = true;
 }
 
-/// Stops the back end, which first writes what is queued. Called with `making` held.
+/// Stops the back end, which first writes all queued messages. Called with `making` held.
 void stopBackend() noexcept {
     try {
         if (backendIsOurs && quill::Backend::is_running()) quill::Backend::stop();
     } catch (const std::exception&) {
-        // The back end's own thread forks or exits, out of a sink: it cannot wait for itself.
+        // The back end's own thread forks or exits, from a sink: it cannot wait for itself.
     }
 }
 
@@ -49,7 +49,7 @@ void restartBackend() noexcept {
     try {
         if (backendIsOurs && !StatementGate::isClosedForGood()) startBackend();
     } catch (const std::exception&) {
-        ready = nullptr;  // no thread to be had: the next use of the registry tries again
+        ready = nullptr;  // no thread could be started: the next use of the registry retries
     }
 }
 
@@ -71,18 +71,18 @@ void afterForkInChild() noexcept {
     StatementGate::resumeInChild();
 }
 
-/// Nothing is logged after this, and no back end of ours runs.
+/// After this nothing is logged and no back end of ours runs.
 void endLogging() noexcept {
     StatementGate::closeForGood();
     const std::lock_guard lock(making);
     stopBackend();
 }
 
-/// Lives before and after everything that logs. A thread may make the registry while the process ends:
-/// quill's own objects are then older than `Lifetime`, so that they are there until it is destroyed.
+/// Outlives everything that logs. A thread may create the registry while the process ends; quill's own
+/// objects are then older than `Lifetime`, so they exist until it is destroyed.
 struct Lifetime {
     Lifetime() noexcept {
-        static_cast<void>(quill::Backend::is_running());  // makes them; nothing is started
+        static_cast<void>(quill::Backend::is_running());  // creates them; starts nothing
         pthread_atfork(beforeFork, afterForkInParent, afterForkInChild);
     }
     ~Lifetime() { endLogging(); }

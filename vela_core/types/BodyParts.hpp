@@ -11,11 +11,11 @@ namespace vela VELA_API {
 
 /// Layout of a skeleton.
 enum class BODY_FORMAT : std::int32_t {
-    POSE_18 = 0,  ///< keypoints are `BODY_PARTS`
-    POSE_34 = 1,  ///< keypoints are `BODY_PARTS_POSE_34`
+    POSE_18 = 0,  ///< 18 keypoints, `BODY_PARTS`
+    POSE_34 = 1,  ///< 34 keypoints, `BODY_PARTS_POSE_34`
 };
 
-/// Keypoint of a skeleton of `POSE_18`; sides are the person's own.
+/// Keypoint of a `POSE_18` skeleton; left and right are the person's own.
 enum class BODY_PARTS : std::int32_t {
     NOSE = 0,
     NECK = 1,
@@ -37,7 +37,7 @@ enum class BODY_PARTS : std::int32_t {
     LEFT_EAR = 17,
 };
 
-/// Keypoint of a skeleton of `POSE_34`; sides are the person's own.
+/// Keypoint of a `POSE_34` skeleton; left and right are the person's own.
 enum class BODY_PARTS_POSE_34 : std::int32_t {
     PELVIS = 0,
     LOWER_SPINE = 1,
@@ -75,10 +75,11 @@ enum class BODY_PARTS_POSE_34 : std::int32_t {
     RIGHT_HEEL = 33,
 };
 
-/// @{ The display name; "Unknown" for a value without enumerator.
+/// The display name; "Unknown" for a value without enumerator.
 String toString(const BODY_FORMAT& value);
+/// The display name; "Unknown" for a value without enumerator.
 String toString(const BODY_PARTS& value);
+/// The display name; "Unknown" for a value without enumerator.
 String toString(const BODY_PARTS_POSE_34& value);
-/// @}
 
 }  // namespace vela

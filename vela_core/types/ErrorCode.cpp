@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_core/types/ErrorCode.hpp"
 
-#include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/types/detail/enum_table.hpp"
 #include "vela_gpu/runtime.hpp"
 
-#include <iterator>
+#include <string>
 
 namespace vela {
 using namespace detail;
@@ -18,7 +17,7 @@ struct ErrorTexts {
     const char* message;
 };
 
-// Indexed by value. Users know these texts as they stand, slips included ("INVALID ARE FILE", "choosen").
+// Indexed by value. These texts are part of the interface, typos included ("INVALID ARE FILE", "choosen").
 constexpr ErrorTexts ERROR_TEXTS[] = {
     {"SUCCESS", "The function works as expected."},
     {"FAILURE", "The function does not perform as expected."},
@@ -86,15 +85,14 @@ constexpr ErrorTexts ERROR_TEXTS[] = {
 
 /// The texts of a code, or null for a value without enumerator.
 const ErrorTexts* findTexts(ERROR_CODE code) {
-    const auto index = static_cast<std::uint32_t>(toValue(code));
-    if (index >= std::size(ERROR_TEXTS) || ERROR_TEXTS[index].name == nullptr) return nullptr;
-    return &ERROR_TEXTS[index];
+    const ErrorTexts* const texts = rowAt(ERROR_TEXTS, code);
+    return texts == nullptr || texts->name == nullptr ? nullptr : texts;
 }
 
 }  // namespace
 
 String toString(const ERROR_CODE& code) {
-    // Naming a CUDA error consumes it; callers rely on a clean state afterwards.
+    // Asking for the name clears the error; callers rely on it.
     if (code == ERROR_CODE::CUDA_ERROR) cudaGetLastError();
     const ErrorTexts* const texts = findTexts(code);
     return texts == nullptr ? UNKNOWN_NAME : texts->name;

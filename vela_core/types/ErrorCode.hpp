@@ -9,7 +9,8 @@
 
 namespace vela VELA_API {
 
-/// Status of every operation that can fail. Only `SUCCESS` means success; value 5 is reserved.
+/// Status of every operation that can fail. Only `SUCCESS` means success; value 5 is reserved. `toVerbose`
+/// has a sentence for each.
 enum class ERROR_CODE : std::int32_t {
     SUCCESS = 0,
     FAILURE = 1,
@@ -47,11 +48,11 @@ enum class ERROR_CODE : std::int32_t {
 };
 
 /// Display name in upper case; "Unknown" for a value without enumerator.
-/// Asking for the name of `CUDA_ERROR` clears the calling thread's last CUDA error.
+/// Asking for the name of `CUDA_ERROR` clears the last CUDA error of the calling thread.
 String toString(const ERROR_CODE& code);
 
 /// Sentence for the user; "Unknown error" for a value without enumerator.
-/// For `CUDA_ERROR` it ends with the text of the calling thread's last CUDA error, which is cleared.
+/// For `CUDA_ERROR` it ends with the text of the calling thread's last CUDA error and clears that error.
 String toVerbose(const ERROR_CODE& code);
 
 /// The same text as `toString`.

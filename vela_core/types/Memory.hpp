@@ -15,22 +15,22 @@ enum class MEM : std::int32_t {
     GPU = 2,  ///< CUDA device memory
 };
 
-/// One host and one device buffer, kept in step by explicit copies.
+/// One host and one device buffer, synchronised by explicit copies.
 constexpr MEM MEM_BOTH = static_cast<MEM>(3);
-/// One CUDA managed buffer that both sides address.
+/// One CUDA managed buffer, which host and device address alike.
 constexpr MEM MEM_MANAGED = static_cast<MEM>(4);
 
-/// Direction of a copy: the source's side, then the destination's.
+/// Direction of a copy: side of the source, then side of the destination.
 enum class COPY_TYPE : std::int32_t {
-    CPU_CPU = 0,
-    CPU_GPU = 1,
-    GPU_GPU = 2,
-    GPU_CPU = 3,
+    CPU_CPU = 0,  ///< host to host
+    CPU_GPU = 1,  ///< host to device
+    GPU_GPU = 2,  ///< device to device
+    GPU_CPU = 3,  ///< device to host
 };
 
-/// @{ The display name; "Unknown" for a value without enumerator.
+/// The display name; "Unknown" for a value without enumerator.
 String toString(const MEM& value);
+/// The display name; "Unknown" for a value without enumerator.
 String toString(const COPY_TYPE& value);
-/// @}
 
 }  // namespace vela

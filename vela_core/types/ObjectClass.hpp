@@ -49,13 +49,13 @@ enum class OBJECT_SUBCLASS : std::int32_t {
     SPORTSBALL = 23,
 };
 
-/// @{ The display name; "Unknown" for a value without enumerator.
+/// The display name; "Unknown" for a value without enumerator.
 String toString(const OBJECT_CLASS& value);
+/// The display name; "Unknown" for a value without enumerator.
 String toString(const OBJECT_SUBCLASS& value);
-/// @}
 
-/// The class that a sub-class belongs to. For a value without enumerator it says so on standard output and
-/// returns 7, a class without enumerator.
+/// The class of a sub-class. For a value without enumerator, prints a line on standard output and returns 7,
+/// a class without enumerator.
 OBJECT_CLASS getObjectClass(OBJECT_SUBCLASS subclass);
 
 /// The sub-classes of a class, in the order of their values; none for a value without enumerator.

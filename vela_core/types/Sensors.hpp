@@ -11,10 +11,10 @@ namespace vela VELA_API {
 
 /// Kind of a motion or environment sensor.
 enum class SENSOR_TYPE : std::int32_t {
-    ACCELEROMETER = 0,
-    GYROSCOPE = 1,
-    MAGNETOMETER = 2,
-    BAROMETER = 3,
+    ACCELEROMETER = 0,  ///< linear acceleration
+    GYROSCOPE = 1,      ///< angular velocity
+    MAGNETOMETER = 2,   ///< magnetic field
+    BAROMETER = 3,      ///< air pressure
 };
 
 /// Physical unit of a sensor's values.
@@ -27,9 +27,9 @@ enum class SENSORS_UNIT : std::int32_t {
     HZ = 5,     ///< hertz
 };
 
-/// @{ The display name; the empty text for a value without enumerator.
+/// The display name; the empty text for a value without enumerator.
 String toString(const SENSOR_TYPE& value);
+/// The display name; the empty text for a value without enumerator.
 String toString(const SENSORS_UNIT& value);
-/// @}
 
 }  // namespace vela

@@ -114,7 +114,7 @@ void Mat::alloc(std::size_t newWidth, std::size_t newHeight, MAT_TYPE type, MEM 
         reportFailure(allocateDeviceBuffer(ptrGPU, stepBytesGPU, width, pixelBytes, height),
                       signature::ALLOC);
     }
-    // Also after a failed allocation and for a `mem` without a side: existing callers look at the pointers.
+    // Even after a failed allocation and for a `mem` without a side: existing callers test the pointers.
     isInit = true;
     memoryOwner = true;
     memType = mem;

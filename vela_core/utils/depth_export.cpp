@@ -27,7 +27,7 @@ bool save16Bit(const vela::Mat& depth, const std::string& path, float factor,
     return cv::imwrite(path, samples, parameters);
 }
 
-/// Adds `count` floats, which need not be aligned, with 0 in the place of NaN and infinities.
+/// Appends `count` floats, which need not be aligned, with 0 in place of NaN and infinities.
 void appendFloats(vela::detail::BlockFile& file, const unsigned char* floats, std::size_t count) {
     constexpr std::size_t PART = vela::detail::BlockFile::LARGEST_RESERVE / sizeof(float);
     for (std::size_t done = 0; done < count; done += PART) {
@@ -45,7 +45,7 @@ void appendFloats(vela::detail::BlockFile& file, const unsigned char* floats, st
 
 bool savePfm(const vela::Mat& depth, const std::string& path) {
     vela::detail::BlockFile file;
-    // The negative scale says that the floats are little-endian.
+    // The negative scale means little-endian floats.
     const std::string header = vela::detail::formatText(
         "Pf\n%d %d\n-1.000000\n", static_cast<int>(depth.width), static_cast<int>(depth.height));
     if (!file.open(path)) return false;

@@ -2,7 +2,7 @@
 #include "vela_core/utils/fct_intern.hpp"
 
 #include "vela_core/log/detail/statements.hpp"
-#include "vela_core/types/detail/enum_cast.hpp"
+#include "vela_core/utils/detail/cv_types.hpp"
 
 namespace vela {
 using namespace detail;
@@ -22,18 +22,8 @@ std::string writtenText(Value value) {
 }  // namespace
 
 MAT_TYPE getMatTypeFromCvMat(const cv::Mat& mat) {
-    struct Known {
-        int cvType;
-        MAT_TYPE type;
-    };
-    static constexpr Known KNOWN[] = {
-        {CV_8UC1, MAT_TYPE::MAT_8U_C1},   {CV_8UC2, MAT_TYPE::MAT_8U_C2},   {CV_8UC3, MAT_TYPE::MAT_8U_C3},
-        {CV_8UC4, MAT_TYPE::MAT_8U_C4},   {CV_32FC1, MAT_TYPE::MAT_32F_C1}, {CV_32FC2, MAT_TYPE::MAT_32F_C2},
-        {CV_32FC3, MAT_TYPE::MAT_32F_C3}, {CV_32FC4, MAT_TYPE::MAT_32F_C4}, {CV_16UC1, MAT_TYPE::MAT_US16_C1},
-        {CV_8SC4, MAT_TYPE::MAT_8S_C4},
-    };
-    for (const Known& known : KNOWN) {
-        if (known.cvType == mat.type()) return known.type;
+    for (const CvType& known : CV_TYPES) {
+        if (known.cvType == mat.type()) return known.value;
     }
     return MAT_TYPE::MAT_8U_C1;
 }

@@ -10,12 +10,12 @@
 
 namespace vela VELA_API {
 
-/// The pixel type that a picture is read as: bytes of 1 to 4 channels, floats of 1 to 4 channels, 16 unsigned
-/// bits of one channel, signed bytes of 4 channels; `MAT_8U_C1` for every other.
+/// The pixel type of a `cv::Mat`: unsigned bytes and floats of 1 to 4 channels, unsigned 16-bit numbers of
+/// one channel, signed bytes of 4 channels; `MAT_8U_C1` for every other type.
 MAT_TYPE getMatTypeFromCvMat(const cv::Mat& mat);
 
-/// Reads a parameter of a parameter file: text as it is, a number in the text that OpenCV writes for it. A
-/// parameter that is not there is logged and leaves `value`, the default, as it is.
+/// Reads a parameter from a parameter file: text as it stands, a number as the text that OpenCV writes for
+/// it. A missing parameter is logged and leaves `value`, the default, unchanged.
 void getField(cv::FileNode& node, std::string name, std::string& value);
 
 }  // namespace vela

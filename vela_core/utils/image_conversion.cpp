@@ -27,8 +27,8 @@ ERROR_CODE convertImage(Mat& source, Mat& destination, cudaStream_t stream) {
     const bool fits = isDeviceImage(destination, MAT_TYPE::MAT_8S_C4) && destination.width == source.width &&
                       destination.height == source.height;
     if (!fits && sharesBuffersOf(source, destination)) {
-        // What the destination has is released, which waits for the kernel, after the source was read from
-        // it.
+        // The destination's old buffers are released, which waits for the kernel, after the source was read
+        // from them.
         Mat earlier;
         destination.move(earlier);
         return convertImage(&source == &destination ? earlier : source, destination, stream);

@@ -39,7 +39,7 @@ constexpr const char* PIXEL_NAME<Vector4<char>> = "vela::Vector4<char>";
 template <>
 constexpr const char* PIXEL_NAME<unsigned short> = "unsigned short";
 
-/// Reports a failed copy of a pixel; the signature's text needs no memory of its own.
+/// Reports a failed copy of a pixel without allocating memory for the signature.
 template <class N>
 void reportFailedPixel(cudaError status, const char* signatureStart) {
     if (status == cudaSuccess) return;
@@ -107,7 +107,7 @@ ERROR_CODE Mat::setValue(std::size_t x, std::size_t y, N value, MEM mem) {
 template <class N, class>
 ERROR_CODE Mat::getValue(std::size_t x, std::size_t y, N* value, MEM mem) const {
     *value = N{};
-    // For a width or height of 0 the bound wraps and does not reject.
+    // For a width or height of 0 the bound wraps around, so nothing is rejected.
     if (!holdsPixelsLike<N>(*this) || x > width - 1 || y > height - 1) return ERROR_CODE::FAILURE;
     if (mem == MEM::GPU && hasDeviceSide(memType)) {
         const cudaError status =

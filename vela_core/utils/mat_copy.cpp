@@ -2,12 +2,12 @@
 #include "vela_core/utils/detail/mat_copy.hpp"
 
 #include "vela_core/log/detail/statements.hpp"
+#include "vela_core/types/detail/enum_table.hpp"
 #include "vela_core/utils/detail/buffers.hpp"
 #include "vela_core/utils/detail/mat_sides.hpp"
 #include "vela_core/utils/detail/signatures.hpp"
 
 #include <functional>
-#include <iterator>
 
 namespace vela {
 using namespace detail;
@@ -29,8 +29,7 @@ constexpr Direction DIRECTIONS[] = {
 
 /// Null for a value without enumerator.
 const Direction* findDirection(COPY_TYPE type) {
-    const auto index = static_cast<std::uint32_t>(toValue(type));
-    return index < std::size(DIRECTIONS) ? &DIRECTIONS[index] : nullptr;
+    return rowAt(DIRECTIONS, type);
 }
 
 bool hasSide(const Mat& mat, MEM side) {
@@ -41,9 +40,9 @@ unsigned char* bufferOf(const Mat& mat, MEM side) {
     return side == MEM::CPU ? mat.ptrCPU : mat.ptrGPU;
 }
 
-/// One two-dimensional copy of all of the source's rows: complete on return without a stream, queued on
-/// `stream` otherwise. Without a direction it reads a null pointer, which the runtime refuses.
-cudaError cpy(const Mat& source, Mat& destination, const Direction* direction, cudaStream_t stream) {
+/// One two-dimensional copy of all rows of the source: complete on return without a stream, queued on
+/// `stream` otherwise. Without a direction it reads from a null pointer, which the runtime rejects.
+cudaError copyRows(const Mat& source, Mat& destination, const Direction* direction, cudaStream_t stream) {
     const bool known = direction != nullptr;
     const unsigned char* const from = known ? bufferOf(source, direction->read) : nullptr;
     const std::size_t fromStep = known ? source.getStepBytes(direction->read) : 0;
@@ -56,8 +55,8 @@ cudaError cpy(const Mat& source, Mat& destination, const Direction* direction, c
     return cudaMemcpy2DAsync(to, toStep, from, fromStep, rowBytes, source.height, kind, stream);
 }
 
-/// Whether the destination can stay as it is: it has the source's size and type and the side that is written,
-/// and the source has the side that is read.
+/// Whether the destination can be kept: it has the source's size and type and the side to be written, and the
+/// source has the side to be read.
 bool fits(const Mat& source, const Mat& destination, const Direction& direction) {
     return destination.isInit && destination.width == source.width && destination.height == source.height &&
            destination.dataType == source.dataType && hasSide(source, direction.read) &&
@@ -78,7 +77,7 @@ ERROR_CODE copyMat(const Mat& source, Mat& destination, COPY_TYPE type, cudaStre
     const Direction* const direction = findDirection(type);
     if (direction != nullptr && !fits(source, destination, *direction) &&
         sharesBuffersOf(source, destination)) {
-        // The destination gets new buffers; what it has is kept until the source has been read from there.
+        // The destination gets new buffers; its old ones are kept until the source has been read from them.
         Mat earlier;
         destination.move(earlier);
         const Mat& kept = &source == &destination ? earlier : source;
@@ -88,14 +87,14 @@ ERROR_CODE copyMat(const Mat& source, Mat& destination, COPY_TYPE type, cudaStre
     }
     prepareCopyDestination(source, destination, direction);
     destination.timestamp = source.timestamp;
-    return checked(cpy(source, destination, direction, stream), signature);
+    return checked(copyRows(source, destination, direction, stream), signature);
 }
 
 ERROR_CODE copySides(Mat& mat, COPY_TYPE type, cudaStream_t stream, const char* signature) {
-    return checked(cpy(mat, mat, findDirection(type), stream), signature);
+    return checked(copyRows(mat, mat, findDirection(type), stream), signature);
 }
 
-/// Whether an address lies in a buffer of so many bytes; null lies in none.
+/// Whether an address lies in a buffer of `bytes` bytes; null lies in none.
 bool liesIn(const unsigned char* address, const unsigned char* buffer, std::size_t bytes) {
     const std::less<> before;
     return address != nullptr && buffer != nullptr && !before(address, buffer) &&

@@ -2,8 +2,9 @@
 #include "vela_core/utils/detail/mat_files.hpp"
 
 #include "vela_core/log/detail/statements.hpp"
-#include "vela_core/types/detail/enum_cast.hpp"
+#include "vela_core/types/detail/enum_table.hpp"
 #include "vela_core/utils/depth_export.hpp"
+#include "vela_core/utils/detail/cv_types.hpp"
 #include "vela_core/utils/fct_intern.hpp"
 #include "vela_core/utils/point_cloud_export.hpp"
 
@@ -22,18 +23,13 @@ namespace vela {
 using namespace detail;
 namespace {
 
-constexpr int NOT_FOR_OPENCV = -1;
-
-// OpenCV's type for the images that it encodes. Indexed by MAT_TYPE.
-constexpr int CV_TYPES[] = {NOT_FOR_OPENCV, NOT_FOR_OPENCV, NOT_FOR_OPENCV, NOT_FOR_OPENCV, CV_8UC1,
-                            NOT_FOR_OPENCV, CV_8UC3,        CV_8UC4,        CV_16UC1,       CV_8SC4};
-
-int cvTypeOf(MAT_TYPE type) {
-    const auto index = static_cast<std::uint32_t>(toValue(type));
-    return index < std::size(CV_TYPES) ? CV_TYPES[index] : NOT_FOR_OPENCV;
+/// OpenCV's type for the images that it encodes; null for others.
+const CvType* findEncoded(MAT_TYPE type) {
+    const CvType* const known = rowAt(CV_TYPES, type);
+    return known != nullptr && known->isEncoded ? known : nullptr;
 }
 
-/// What follows the last dot; nothing without a dot or with more than four characters.
+/// The characters after the last dot; none without a dot or if there are more than four.
 std::string extensionOf(const std::string& path) {
     const std::size_t dot = path.rfind('.');
     std::string extension = dot == std::string::npos ? "" : path.substr(dot + 1);
@@ -90,8 +86,8 @@ std::vector<int> encoderParameters(const std::string& extension, int compression
 
 ERROR_CODE writeImage(const Mat& image, const std::string& path, const std::string& extension,
                       int compression) {
-    // 16-bit samples go to PNG files only.
-    const bool encodable = cvTypeOf(image.dataType) != NOT_FOR_OPENCV &&
+    // 16-bit samples are written to PNG files only.
+    const bool encodable = findEncoded(image.dataType) != nullptr &&
                            (image.dataType != MAT_TYPE::MAT_US16_C1 || extension == "png");
     const cv::Mat encoded = encodable ? wrapAsCvMat(image) : cv::Mat();
     if (encoded.empty()) return failed(LogStatement::WRITE_UNSUPPORTED_TYPE);
@@ -103,12 +99,12 @@ ERROR_CODE writeImage(const Mat& image, const std::string& path, const std::stri
 }  // namespace
 
 cv::Mat detail::wrapAsCvMat(const Mat& mat) {
-    const int type = cvTypeOf(mat.dataType);
-    if (type == NOT_FOR_OPENCV) {
+    const CvType* const type = findEncoded(mat.dataType);
+    if (type == nullptr) {
         logError(LogStatement::WRAP_UNSUPPORTED_TYPE);
         return {};
     }
-    return {static_cast<int>(mat.height), static_cast<int>(mat.width), type, mat.ptrCPU,
+    return {static_cast<int>(mat.height), static_cast<int>(mat.width), type->cvType, mat.ptrCPU,
             mat.getStepBytes(MEM::CPU)};
 }
 
@@ -151,7 +147,7 @@ ERROR_CODE Mat::read(const String& path) {
     } catch (const cv::Exception& exception) {
         logError(LogStatement::READ_EXCEPTION, exception.what());
     } catch (const std::exception&) {
-        // Memory that cannot be had is no message.
+        // A failed allocation is not logged.
     }
     return ERROR_CODE::FAILURE;
 }

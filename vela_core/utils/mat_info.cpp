@@ -10,7 +10,7 @@ namespace vela {
 using namespace detail;
 namespace {
 
-/// The word for one channel's type with a blank behind it; nothing for an unknown pixel type.
+/// The type of one channel, followed by a blank; nothing for an unknown pixel type.
 std::string elementOf(MAT_TYPE type) {
     const PixelType* const known = rowAt(PIXEL_TYPES, type);
     return known == nullptr ? "" : std::string(known->element) + " ";

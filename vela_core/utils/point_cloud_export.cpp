@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_core/utils/point_cloud_export.hpp"
 
-#include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/types/detail/enum_table.hpp"
 #include "vela_core/types/detail/text_format.hpp"
 #include "vela_core/utils/detail/BlockFile.hpp"
@@ -12,7 +11,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 #include <limits>
 #include <new>
 
@@ -108,16 +106,16 @@ constexpr CloudFormat FORMATS[] = {
     {".vtk", vtkHeader, nullptr, true},
 };
 
-// Bare lines of points: any other value is taken like this and not refused.
+// For any other value: bare lines of points, no error.
 constexpr CloudFormat UNKNOWN_FORMAT = {"", noHeader, nullptr, false};
 
 const CloudFormat& formatOf(POINT_CLOUD_FORMAT format) {
-    const auto index = static_cast<std::uint32_t>(vela::detail::toValue(format));
-    return index < std::size(FORMATS) ? FORMATS[index] : UNKNOWN_FORMAT;
+    const CloudFormat* const known = vela::detail::rowAt(FORMATS, format);
+    return known == nullptr ? UNKNOWN_FORMAT : *known;
 }
 
-/// Elements of four floats to take from the host buffer: of a reference as many as it has pixels, of an owner
-/// those that lie inside its buffer.
+/// Number of elements of four floats to read from the host buffer: one per pixel, but of an owner only those
+/// inside its buffer.
 std::int32_t elementCount(const vela::Mat& cloud) {
     if (cloud.ptrCPU == nullptr) return 0;
     const auto pixels = static_cast<std::int32_t>(cloud.width * cloud.height);
@@ -127,7 +125,7 @@ std::int32_t elementCount(const vela::Mat& cloud) {
                                                                    : pixels;
 }
 
-/// Writes the line of every point with a finite x and returns how many there are.
+/// Writes a line for every point with a finite x and returns their number.
 int writePoints(BlockFile& file, const vela::Mat& cloud, ColorWriter writeColor) {
     const std::int32_t count = elementCount(cloud);
     int written = 0;
@@ -170,7 +168,7 @@ vela::String vela::toString(const POINT_CLOUD_FORMAT& value) {
 bool savePointCloudAs(vela::Mat& cloud, POINT_CLOUD_FORMAT format, vela::String name, bool color) try {
     const CloudFormat& chosen = formatOf(format);
     const bool withColor = color && chosen.writeColor != nullptr;
-    // Named after the path as it was given, before its extension is added.
+    // Named after the path as given, before its extension is added.
     const std::string bodyPath = vela::toStdString(name) + "_tmp0.txt";
     const std::string path = vela::detail::withExtension(vela::toStdString(name), chosen.extension);
     BlockFile body;

@@ -7,14 +7,14 @@ namespace {
 
 using software_device::SoftwareDevice;
 
-/// The same rows over the bytes behind a device address; without data where not all of it can be reached.
+/// Translates a view of device addresses to host addresses; `data` is null unless every byte is live.
 template <class T>
 PixelView<T> reach(const SoftwareDevice& device, PixelView<T> rows) {
     rows.data = device.kernelAddress(rows.data, rows.spanBytes());
     return rows;
 }
 
-/// Points an operation to memory that this process can reach; false if it cannot.
+/// Translates the address of an operation's matrix; false if it cannot be reached.
 template <class Op>
 bool reachMatrix(const SoftwareDevice& /*device*/, const Op& /*op*/) {
     return true;
@@ -43,7 +43,7 @@ bool reach(const SoftwareDevice& device, MapRows<From, To, Op>& walker) {
 
 template <class Visit>
 void forEachLane(Visit visit) {
-    for (unsigned lane = 0; lane < LANES; ++lane) {
+    for (unsigned lane = 0; lane < WARP_LANES; ++lane) {
         visit(lane);
     }
 }

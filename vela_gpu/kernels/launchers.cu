@@ -12,19 +12,19 @@ namespace {
 
 // Small blocks, so that images of a megabyte still spread over all multiprocessors.
 constexpr unsigned int BLOCK_WARPS = 4;
-constexpr unsigned int BLOCK_THREADS = BLOCK_WARPS * LANES;
+constexpr unsigned int BLOCK_THREADS = BLOCK_WARPS * WARP_LANES;
 constexpr std::size_t LARGEST_GRID_HEIGHT = 65535;
 
-/// Calls visit(tile, y, lane) for the tiles of this thread's warp; rows beyond the grid's height are met by
-/// striding. A warp's lanes go together.
+/// Calls visit(tile, y, lane) for the tiles of this thread's warp, striding over rows beyond the grid's
+/// height. The lanes of a warp stay together.
 template <class Walker, class Visit>
 __device__ void forEachTile(const Walker& walker, Visit visit) {
-    const std::size_t tile = std::size_t{blockIdx.x} * (blockDim.x / LANES) + threadIdx.x / LANES;
+    const std::size_t tile = std::size_t{blockIdx.x} * (blockDim.x / WARP_LANES) + threadIdx.x / WARP_LANES;
     if (tile >= walker.tilesPerRow()) return;
     const std::size_t stride = std::size_t{gridDim.y} * blockDim.y;
     for (std::size_t y = std::size_t{blockIdx.y} * blockDim.y + threadIdx.y; y < walker.height();
          y += stride) {
-        visit(tile, y, threadIdx.x % LANES);
+        visit(tile, y, threadIdx.x % WARP_LANES);
     }
 }
 
@@ -36,7 +36,7 @@ __device__ void walk(const Walker& walker) {
 template <class From, class To, class Op>
 __device__ void walk(const ExchangingMapTiles<From, To, Op>& walker) {
     __shared__ Word shared[BLOCK_WARPS][TILE_WORDS<From>];
-    Word* const words = shared[threadIdx.y * (blockDim.x / LANES) + threadIdx.x / LANES];
+    Word* const words = shared[threadIdx.y * (blockDim.x / WARP_LANES) + threadIdx.x / WARP_LANES];
     forEachTile(walker, [&](std::size_t tile, std::size_t y, unsigned int lane) {
         const auto op = walker.load(tile, y, lane, words);
         __syncwarp();
@@ -51,7 +51,7 @@ __global__ void __launch_bounds__(BLOCK_THREADS) tileKernel(const __grid_constan
     walk(walker);
 }
 
-/// Blocks as wide as the rows have use for, and as many of them as it takes.
+/// Launch shape: blocks no wider than a row needs, enough to cover the image.
 struct Shape {
     dim3 grid;
     dim3 block;
@@ -59,12 +59,12 @@ struct Shape {
     Shape(std::size_t tiles, std::size_t height) {
         const unsigned int blockTiles = tiles >= BLOCK_WARPS ? BLOCK_WARPS : tiles >= 2 ? 2 : 1;
         const unsigned int blockRows = BLOCK_WARPS / blockTiles;
-        // More blocks than a launch takes are refused by it, not wrapped around.
+        // A launch refuses more blocks than it can take; they must not wrap around.
         const std::size_t width =
             std::min<std::size_t>((tiles - 1) / blockTiles + 1, std::numeric_limits<unsigned int>::max());
         const std::size_t rows = std::min((height - 1) / blockRows + 1, LARGEST_GRID_HEIGHT);
         grid = dim3(static_cast<unsigned int>(width), static_cast<unsigned int>(rows));
-        block = dim3(blockTiles * LANES, blockRows);
+        block = dim3(blockTiles * WARP_LANES, blockRows);
     }
 };
 

@@ -10,22 +10,24 @@
 namespace vela {
 namespace software_device VELA_API {
 
-/// Lets the nth (1 = next) coming call of the runtime function `name`, say "cudaMallocPitch", fail with
-/// `status` and have no effect; the calls before and after it work. Kernel launches go by "cudaLaunchKernel".
+/// Makes the nth (1 = next) call from now of the runtime function `name`, for example "cudaMallocPitch", fail
+/// with `status` and have no effect; the calls before and after it work. Kernel launches are called
+/// "cudaLaunchKernel".
 void failCall(const char* name, int nth, cudaError status);
 
 /// Forgets pending failures and the calling thread's pending last error.
 void reset();
 
-/// Device and managed allocations not yet freed.
+/// Number of device and managed allocations not yet freed.
 std::size_t liveAllocations();
 
-/// What the latest call of each kind was given, whichever thread made it and whether or not it failed.
+/// Arguments of the latest call of each kind, from any thread, failed or not.
 struct Arguments {
     unsigned int managedFlags = 0;                   ///< of cudaMallocManaged
     unsigned int attachFlags = 0;                    ///< of cudaStreamAttachMemAsync
     cudaMemcpyKind copyKind = cudaMemcpyHostToHost;  ///< of any copy
 };
+/// Arguments of the latest calls.
 Arguments latestArguments();
 
 }  // namespace software_device

@@ -12,7 +12,7 @@ struct ErrorText {
     const char* text;
 };
 
-// As the CUDA runtime words them.
+// The words of the CUDA runtime.
 constexpr ErrorText ERROR_TEXTS[] = {
     {cudaSuccess, "no error"},
     {cudaErrorInvalidValue, "invalid argument"},

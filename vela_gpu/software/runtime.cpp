@@ -30,8 +30,8 @@ struct Copy {
     bool writesDevice() const { return kind == cudaMemcpyHostToDevice || kind == cudaMemcpyDeviceToDevice; }
 };
 
-/// Where this process finds the rows of one side of a copy; null when they are not all on that side, or reach
-/// past the last address there is.
+/// Host address of the rows of one side of a copy; null if they are not all on that side or exceed the
+/// address space.
 std::byte* findSide(const SoftwareDevice& device, const void* address, std::size_t pitch, const Copy& copy,
                     bool onDevice) {
     std::size_t bytes = 0;
@@ -62,7 +62,7 @@ void moveRows(std::byte* destination, std::size_t destinationPitch, const std::b
     }
 }
 
-/// Checks a copy and carries it out, or gives it to a stream; the addresses are looked up again when it runs.
+/// Checks a copy and runs it, or queues it on a stream; its addresses are looked up again when it runs.
 cudaError_t submitCopy(SoftwareDevice& device, const Copy& copy, cudaStream_t stream) {
     device.latest.copyKind = copy.kind;
     if (stream == nullptr) {
@@ -85,7 +85,7 @@ cudaError_t submitCopy(SoftwareDevice& device, const Copy& copy, cudaStream_t st
         return cudaSuccess;
     };
     if (const cudaError_t status = run(true); status != cudaSuccess) return status;
-    if (stream == nullptr) return run(false);  // so that it takes no memory
+    if (stream == nullptr) return run(false);  // so that it allocates nothing
     return device.submit(stream, [run] { return run(false); });
 }
 
@@ -108,7 +108,7 @@ cudaError_t cudaMallocPitch(void** pointer, std::size_t* pitch, std::size_t widt
         if (padded != 0 && height > std::numeric_limits<std::size_t>::max() / padded) {
             return cudaErrorMemoryAllocation;
         }
-        // Nothing lies behind the only row, whereas further rows make their pitch part of the allocation.
+        // A single row is allocated without padding, so that accesses beyond it are detected.
         const std::size_t bytes = height == 1 ? width : padded * height;
         const cudaError_t status = allocate(device, pointer, bytes, DeviceMemory::Kind::DEVICE);
         if (status == cudaSuccess) *pitch = padded;

@@ -7,9 +7,8 @@
 
 namespace vela {
 
-/// The part of the CUDA runtime's interface that the library uses, carried out on this machine's memory: the
-/// same names, values and results. It has a namespace of its own, so that a program may also load the real
-/// runtime.
+/// The part of the CUDA runtime's interface that the library uses, on this machine's memory: the same names,
+/// values and results. It has its own namespace, so that a program may also load the real runtime.
 namespace software_runtime VELA_API {
 
 enum cudaError {
@@ -97,7 +96,7 @@ using namespace software_runtime;
 
 }  // namespace vela
 
-// The names of the runtime are global, unless CUDA's own header has taken them.
+// The names of the runtime are global, unless CUDA's own header has defined them.
 #if !defined(__CUDA_RUNTIME_API_H__) && !defined(__DRIVER_TYPES_H__)
 using namespace vela::software_runtime;
 #endif

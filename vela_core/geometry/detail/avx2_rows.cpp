@@ -5,7 +5,7 @@
 
 #include <immintrin.h>
 
-// Only the functions marked so are compiled for AVX2: the rest of the library runs on every processor.
+// Only functions with this mark are compiled for AVX2; the rest of the library runs on every processor.
 #define VELA_AVX2 __attribute__((target("avx2")))
 
 namespace vela::detail {
@@ -13,8 +13,7 @@ namespace {
 
 constexpr std::size_t LANES = 8;
 
-/// How many floats ahead of the current ones to prefetch, so that arithmetic overlaps with waiting for
-/// memory.
+/// Distance of prefetches in floats, so that arithmetic overlaps with memory latency.
 constexpr std::size_t AHEAD = 512;
 
 /// Column `column` of the first three rows of a 4x4 matrix, twice: for the two pixels of a vector.

@@ -7,16 +7,16 @@
 
 namespace vela::detail {
 
-// The one place where the arithmetic of pixel_ops.hpp is written a second time: the portable loop takes 1.4
-// times as long for three floats and 2.1 times for four, in cache, also when it is compiled for AVX2; 1.6
-// times for plain scaling.
+// The only place that repeats the arithmetic of pixel_ops.hpp: in cache, the portable loop takes 1.4 times as
+// long for three floats and 2.1 times as long for four, even compiled for AVX2, and 1.6 times as long for plain
+// scaling.
 
 #if defined(__x86_64__)
 
-/// Whether this processor has AVX2; the functions below may only be called if it has.
+/// Whether this processor has AVX2, which the functions below require.
 bool hasAvx2();
 
-// Each applies `op` to the first pixels of a row, as many as fill whole vectors, and returns how many.
+// Each applies `op` to the first pixels of a row, as many as fill whole vectors, and returns their number.
 
 std::size_t applyToRowByAvx2(float* row, std::size_t width, const ScaleAll& op);
 std::size_t applyToRowByAvx2(Vector3<float>* row, std::size_t width, const ApplyMatrix3& op);

@@ -7,8 +7,8 @@
 
 namespace vela::detail {
 
-// What conversions of transforms and of whole Mats accept. Comparisons are signed and against the last
-// enumerator only: negative values pass, and count as the first.
+// Checks of the arguments of conversions. Comparisons are signed and against the last enumerator only:
+// negative values pass and count as the first.
 
 /// `INVALID_COORDINATE_SYSTEM` for a value above the last.
 ERROR_CODE checkFrames(COORDINATE_SYSTEM from, COORDINATE_SYSTEM to);

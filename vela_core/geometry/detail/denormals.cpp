@@ -19,11 +19,11 @@ namespace vela::detail {
 namespace {
 
 constexpr std::size_t LANES = 8;
-/// Vectors that are looked at together.
+/// Vectors that are tested together.
 constexpr std::size_t GROUP = 4;
 
-// Lanes whose operand or product may be denormal are scaled by 2^149 first, which makes whole numbers of
-// denormals and keeps normal ones normal, then multiplied exactly in double, and rounded once.
+// Lanes whose operand or product may be denormal are scaled by 2^149 first, which turns denormals into whole
+// numbers and keeps normal numbers normal, then multiplied exactly in double, and rounded once.
 constexpr int TINY_EXPONENT = 149;
 constexpr int MANTISSA_BITS = 23;
 /// Below this, the bits of a float are its value times 2^149: denormals and the smallest normal binade.
@@ -38,7 +38,7 @@ int slowBitsEnd(float factor) {
     return std::max(2, 1 - std::ilogb(factor)) << MANTISSA_BITS;
 }
 
-/// Bits of 2^-149 times four products.
+/// Bits of four products times 2^-149.
 VELA_AVX2 inline __m128i roundedBits(__m256d products) {
     const __m128i denormal = _mm256_cvtpd_epi32(products);
     const __m128i normal = _mm_sub_epi32(_mm_castps_si128(_mm256_cvtpd_ps(products)),
@@ -50,7 +50,7 @@ VELA_AVX2 inline __m128i roundedBits(__m256d products) {
     return _mm_blendv_epi8(normal, denormal, _mm_castps_si128(select));
 }
 
-/// values * factor where the given lanes would be slow; the factor is positive and normal.
+/// values * factor, avoiding slow multiplication in the given lanes; the factor is positive and normal.
 VELA_AVX2 __attribute__((noinline)) __m256 scaleSlowLanes(__m256 values, __m256i slow, float factor) {
     const __m256i bits = _mm256_and_si256(magnitudeBits(values), slow);
     const __m256i raised = _mm256_add_epi32(bits, _mm256_set1_epi32(TINY_EXPONENT << MANTISSA_BITS));
@@ -68,7 +68,7 @@ VELA_AVX2 __attribute__((noinline)) __m256 scaleSlowLanes(__m256 values, __m256i
     return _mm256_blendv_ps(_mm256_mul_ps(fast, _mm256_set1_ps(factor)), scaled, _mm256_castsi256_ps(slow));
 }
 
-/// 0 for the smallest number, larger for larger ones: 0 - 1 wraps to the largest, since zeros are fast.
+/// Orders numbers by magnitude, except that 0 - 1 wraps to the largest value, because zeros are fast.
 VELA_AVX2 inline __m256i sizeOf(__m256 values) {
     return _mm256_sub_epi32(magnitudeBits(values), _mm256_set1_epi32(1));
 }
@@ -90,14 +90,14 @@ Clock::duration shortestTime(Work work) {
     return shortest;
 }
 
-/// A race over a few points with colours of alpha 0.
+/// Times both loops on a few points with colours of alpha 0.
 bool winsAgainstPlainLoop() {
     if (!canScaleAroundDenormals()) return false;
     constexpr float COLOR = 9.2e-39F;
     std::array<Vector4<float>, 64> points;
     points.fill({1, 2, 3, COLOR});
     const auto values = asFloats(PixelView<Vector4<float>>{points.data(), points.size(), 1, sizeof points});
-    const volatile float one = 1;  // keeps the values, and the compiler from leaving the products out
+    const volatile float one = 1;  // keeps the values, and keeps the compiler from omitting the products
     const Clock::duration plain =
         shortestTime([&] { applyToRowByAvx2(values.data, values.width, ScaleAll{one}); });
     return shortestTime([&] { scaleAroundDenormals(values.data, values.width, one); }) < plain;

@@ -8,9 +8,9 @@
 namespace vela::detail {
 namespace {
 
-/// Calls `vectorPart(pixels, width)` for the beginning of each row; it returns how many pixels it converted.
-/// The rest of the row goes pixel by pixel. Packed rows count as one, which has one such rest. Returns the
-/// sum of what `vectorPart` returned.
+/// Calls `vectorPart(pixels, width)` for the beginning of each row; it returns the number of pixels it
+/// converted. The rest of the row is converted pixel by pixel. Packed rows count as one row, which has one
+/// such rest. Returns the sum of the results of `vectorPart`.
 template <class Pixel, class Op, class VectorPart>
 std::size_t applyByRows(PixelView<Pixel> view, const Op& op, VectorPart vectorPart) {
     std::size_t vectorised = 0;

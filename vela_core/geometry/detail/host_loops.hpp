@@ -6,16 +6,16 @@
 
 namespace vela::detail {
 
-// What forEachPixel does, at the speed of memory for whole clouds. Results are the same to the bit, apart
-// from the sign and payload of NaNs, which no formula settles. Each returns how many pixels were converted by
-// vector instructions.
+// `forEachPixel` at the speed of memory, for whole clouds. Results are identical bit for bit, except for the
+// sign and payload of NaNs, which no formula determines. Each returns the number of pixels that vector
+// instructions converted.
 
-/// Multiplies every float. Rows of pixels are rows of floats here: see `asFloats`.
+/// Multiplies every float. Pass rows of pixels as rows of floats: see `asFloats`.
 std::size_t applyOnHost(const PixelView<float>& view, const ScaleAll& op);
 std::size_t applyOnHost(const PixelView<Vector3<float>>& view, const ApplyMatrix3& op);
 std::size_t applyOnHost(const PixelView<Vector4<float>>& view, const ApplyMatrix4& op);
 
-/// The components of all pixels as an image of one float a pixel.
+/// The components of all pixels as an image with one float per pixel.
 template <class Pixel>
 PixelView<float> asFloats(const PixelView<Pixel>& view) {
     // NOLINTNEXTLINE(bugprone-sizeof-expression): a pixel may be one float

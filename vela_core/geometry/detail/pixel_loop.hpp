@@ -9,8 +9,9 @@
 
 namespace vela::detail {
 
-// Pixels come and go float by float: compilers then put several pixels into a vector register, which they do
-// not for whole structs. By copies, since a step that a user gave may leave rows at any address.
+// Pixels are loaded and stored float by float: compilers then put several of them into a vector register,
+// which they do not do for whole structs. By memcpy, because a step given by the user may put rows at any
+// address.
 
 inline float loadFloat(const std::byte* address) {
     float value;

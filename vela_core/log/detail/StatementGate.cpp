@@ -11,8 +11,8 @@ namespace {
 
 enum class State { OPEN, PAUSED, CLOSED };
 
-// Sequentially consistent: whoever enters counts itself before it reads the state, whoever closes sets the
-// state before it reads the count.
+// Sequentially consistent: a thread that enters increments the count before it reads the state; a thread that
+// closes sets the state before it reads the count.
 std::atomic<State> state{State::OPEN};
 std::atomic<int> inside{0};
 std::mutex oneAtATime;
@@ -60,7 +60,7 @@ void StatementGate::resume() noexcept {
 }
 
 void StatementGate::resumeInChild() noexcept {
-    inside = 0;  // the others who were about to enter do not exist here
+    inside = 0;  // threads that were about to enter do not exist in the child
     resume();
 }
 

@@ -3,11 +3,12 @@
 
 namespace vela::detail {
 
-/// Where statements pass on their way to quill. It is closed while the process forks, since a child must not
-/// inherit a queue or a lock of quill's that another thread was using, and for good when the registry dies.
+/// The gate that statements pass on their way to quill. It is closed while the process forks, because a child
+/// must not inherit a queue or lock of quill's that another thread was using, and for good when the registry
+/// is destroyed.
 class StatementGate {
 public:
-    /// Lets one statement pass while it lives. Waits while the process forks.
+    /// Lets one statement pass during its lifetime. Waits while the process forks.
     class Pass {
     public:
         Pass() noexcept;
@@ -22,11 +23,11 @@ public:
         bool granted_;
     };
 
-    /// Closes the gate and waits until nobody is inside. One thread at a time: `pause` waits for the `resume`
-    /// of another thread.
+    /// Closes the gate and waits until no statement is inside. One thread at a time: `pause` waits for the
+    /// `resume` of another thread.
     static void pause() noexcept;
     static void resume() noexcept;
-    /// In a forked child, by the thread that paused.
+    /// For a forked child, called by the thread that paused.
     static void resumeInChild() noexcept;
 
     static void closeForGood() noexcept;

@@ -21,10 +21,10 @@ using quill::MacroMetadata;
 struct Statement {
     MacroMetadata metadata;
     const char* tag;
-    const char* subject;  // the argument after the tag that is the same each time, or null
+    const char* subject;  // constant argument after the tag, or null
 };
 
-constexpr const char* MAT = "[Mat] ";  // with the blank of the format, two blanks follow the tag
+constexpr const char* MAT = "[Mat] ";  // its blank and the one of the format follow the tag
 constexpr const char* CORE = "[Core] ";
 
 constexpr Statement statement(const char* source, const char* function, const char* format, const char* tag,
@@ -44,7 +44,7 @@ constexpr const char* FORBIDDEN = "{} {} for reference Mat is forbidden.";
 constexpr const char* EXCEPTION = "{} in {} : {}";
 constexpr const char* INVALID = "{} {} Invalid Parameters.";
 
-// Indexed by LogStatement. Tools that watch logs match on path and line: both are fixed identifiers and do
+// Indexed by LogStatement. Tools that watch logs match on path and line: both are fixed identifiers that do
 // not follow the code.
 constexpr Statement STATEMENTS[] = {
     statement("vela_core/utils/fct_intern.cpp:108", "getField", NOT_FOUND, CORE),
@@ -65,7 +65,7 @@ constexpr Statement STATEMENTS[] = {
 
 std::atomic<LogHook> logHook{nullptr};
 
-/// A message as quill's back end makes it.
+/// A message as quill's back end formats it.
 template <class... Arguments>
 std::string textOf(const Statement& statement, const Arguments&... arguments) {
     const auto format = fmtquill::runtime(statement.metadata.message_format());
@@ -80,7 +80,7 @@ std::string textOf(const Statement& statement, const Arguments&... arguments) {
     return text;
 }
 
-/// The logger that takes error-level statements; null if there is none.
+/// The logger for error-level statements; null if there is none.
 quill::Logger* findErrorLogger() {
     const auto& loggers = KLogger::get_instance().loggers;
     const auto found = loggers.find(LOGGER_NAME::CORE);
@@ -88,8 +88,8 @@ quill::Logger* findErrorLogger() {
     return found->second->get_log_level() > quill::LogLevel::Error ? nullptr : found->second;
 }
 
-/// Whether quill still has this thread's context, which is made here if the thread never logged. Its address
-/// can still be asked for when it is gone, so it is looked up among those that are there.
+/// Whether quill still has this thread's context, which this call creates if the thread never logged. quill
+/// still returns its address when it is destroyed, so look it up among those that exist.
 bool contextIsAlive() {
     const auto* const ours = quill::detail::get_local_thread_context<quill::FrontendOptions>();
     bool alive = false;
@@ -100,13 +100,13 @@ bool contextIsAlive() {
     return alive;
 }
 
-/// Whether this thread may log: quill's context of a thread ends with the thread's `thread_local` objects,
-/// but some of these, and static objects of the main thread, live longer.
+/// Whether this thread may log: quill destroys a thread's context with its `thread_local` objects, but some
+/// of those, and static objects on the main thread, live longer.
 bool threadMayLog() {
-    static thread_local bool over = false;  // without a destructor, so that it can be read to the end
+    static thread_local bool over = false;  // has no destructor, so that it stays readable
     if (over) return false;
     struct Span {
-        bool begun = contextIsAlive();  // younger than the context, so that it ends first
+        bool begun = contextIsAlive();  // created after the context, so destroyed before it
         Span() = default;
         ~Span() { over = true; }
         Span(const Span&) = delete;

@@ -7,7 +7,8 @@
 
 namespace vela::detail {
 
-/// The layer's log statements, one for each place that logs. Formats, sources and levels stand in the source.
+/// The library's log statements, one for each place that logs. The source file has their formats and
+/// positions.
 enum class LogStatement : std::size_t {
     PARAMETER_NOT_FOUND,    ///< detail: the parameter's name
     WRAP_UNSUPPORTED_TYPE,  ///< no detail
@@ -25,9 +26,9 @@ enum class LogStatement : std::size_t {
     SET_SUB_VECTOR4F,
 };
 
-/// Gives the statement's text to the `LogHook`, or, without one, hands the statement with its arguments to
-/// the core logger, unless that logger's level is above error or the message is late (see `KLogger`). Without
-/// a hook nothing is formatted here. Nothing is thrown.
+/// Passes the statement's text to the `LogHook` or, without one, the statement and its arguments to the core
+/// logger, unless that logger's level is above error or the message is late (see `KLogger`). Without a hook,
+/// formatting is left to quill's back end. Throws nothing.
 VELA_API void logError(LogStatement statement) noexcept;
 VELA_API void logError(LogStatement statement, const char* detail) noexcept;
 

@@ -6,7 +6,7 @@
 
 namespace vela::detail {
 
-/// The number behind an enumerator. All enumerations here have 32 signed bits underneath.
+/// The number of an enumerator. All enumerations of the library are signed 32-bit.
 template <class Enum>
 constexpr std::int32_t toValue(Enum enumerator) noexcept {
     static_assert(std::is_same_v<std::underlying_type_t<Enum>, std::int32_t>);
@@ -20,7 +20,7 @@ constexpr Enum fromValue(std::int32_t value) noexcept {
     return static_cast<Enum>(value);
 }
 
-/// The range check of the whole library: signed, against the last value only, so negative values pass.
+/// Whether a value is above the last one. This is how the library checks ranges: negative values pass.
 template <class Enum>
 constexpr bool isPast(Enum value, Enum last) noexcept {
     return toValue(value) > toValue(last);

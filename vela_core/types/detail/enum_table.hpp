@@ -9,17 +9,17 @@
 
 namespace vela::detail {
 
-/// A row of a table of display names; rows with more members serve as well.
+/// A row of a table of display names; rows with more members work as well.
 template <class Enum>
 struct EnumName {
     Enum value;
     const char* name;
 };
 
-/// The answer to a value without a name. A constant, so that it can be read at any time, static
-/// initialisation and exit included.
+/// The name of values without enumerator. A constant, so that it can be read during static initialisation and
+/// exit.
 inline constexpr const char* UNKNOWN_NAME = "Unknown";
-/// The answer of the few enumerations that do not say "Unknown".
+/// The same for the few enumerations that do not say "Unknown".
 inline constexpr const char* NO_NAME = "";
 
 /// The row of a value, or null for a value that is not in the table.

@@ -8,11 +8,11 @@
 
 namespace vela::detail {
 
-/// The text that `std::printf` makes of the same arguments.
+/// The text that `std::printf` would write.
 [[gnu::format(printf, 1, 2)]] VELA_API std::string formatText(const char* format, ...);
 
-/// How objects name themselves in their descriptions: the label, or without one the object's address in
-/// upper-case hexadecimal digits, at least two of them.
+/// The name of an object in its description: the label, or without one the object's address in upper-case
+/// hexadecimal, at least two digits.
 std::string labelOrAddress(const String& label, const void* object);
 
 }  // namespace vela::detail

@@ -7,25 +7,26 @@
 
 namespace vela VELA_API {
 
-/// What is known of one sensor. Each starts as an accelerometer that is not available, whatever sensor it is
-/// for: whoever describes a sensor sets `type` and `unit` as well.
+/// Data sheet of one sensor. Each starts as an accelerometer that is not available, whatever sensor it is
+/// for: whoever describes a sensor sets `type` and `unit` as well. The units of the two noise figures are
+/// this library's convention; it carries the values and does not compute with them.
 struct SensorParameters {
-    SENSOR_TYPE type = SENSOR_TYPE::ACCELEROMETER;
-    float resolution = 0.0F;     ///< least step between two readings, in `unit`
-    float sampling_rate = 0.0F;  ///< Hz
-    Vector2<float> range;        ///< x the least, y the largest reading, in `unit`; 0, 0 at first
-    float noise_density = 0.0F;  ///< of the white noise, in `unit` per square root of a hertz
-    float random_walk = 0.0F;    ///< of the bias, in `unit` per second and square root of a hertz
-    SENSORS_UNIT unit = SENSORS_UNIT::M_S2;
-    bool available = false;  ///< whether the camera has the sensor
+    SENSOR_TYPE type = SENSOR_TYPE::ACCELEROMETER;  ///< kind of sensor
+    float resolution = 0.0F;                        ///< smallest step between two readings, in `unit`
+    float sampling_rate = 0.0F;                     ///< samples per second, in Hz
+    Vector2<float> range;        ///< x the smallest, y the largest reading, in `unit`; 0, 0 at first
+    float noise_density = 0.0F;  ///< white noise, in `unit` / sqrt(Hz)
+    float random_walk = 0.0F;    ///< random walk of the bias, in `unit` / s / sqrt(Hz)
+    SENSORS_UNIT unit = SENSORS_UNIT::M_S2;  ///< unit of the readings
+    bool available = false;                  ///< whether the camera has the sensor
 };
 
 /// The sensors of a camera.
 struct SensorsConfiguration {
-    SensorParameters accelerometer;
-    SensorParameters gyroscope;  ///< starts with the type and unit of an accelerometer, as the next two do
-    SensorParameters magnetometer;
-    SensorParameters barometer;
+    SensorParameters accelerometer;  ///< linear acceleration
+    SensorParameters gyroscope;      ///< angular velocity; starts with the type and unit of an accelerometer
+    SensorParameters magnetometer;   ///< magnetic field; starts likewise
+    SensorParameters barometer;      ///< air pressure; starts likewise
 
     /// Whether the camera has the sensor; false for a value without enumerator.
     bool isSensorAvailable(const SENSOR_TYPE& type) const;

@@ -32,7 +32,7 @@ constexpr EnumName<SENSOR_LOCATION> SENSOR_LOCATION_NAMES[] = {
     {SENSOR_LOCATION::IMU, "IMU"},
     {SENSOR_LOCATION::BAROMETER, "BAROMETER"},
     {SENSOR_LOCATION::ONBOARD_LEFT, "ONBOARD LEFT"},
-    {SENSOR_LOCATION::ONBOARD_SECOND, "ONBOARD LEFT"},  // the same, and kept
+    {SENSOR_LOCATION::ONBOARD_SECOND, "ONBOARD LEFT"},  // identical to ONBOARD_LEFT on purpose
 };
 
 /// Copies numbers and label; the assignment of matrices leaves the label out.
@@ -46,7 +46,8 @@ void copyLabelled(Matrix& to, const Matrix& from) {
 
 SensorsData::IMUData& SensorsData::IMUData::operator=(const IMUData& other) {
     if (this == &other) return *this;
-    std::memcpy(&available, &other.available, sizeof available);  // a bool that was never set is no bool
+    std::memcpy(&available, &other.available,
+                sizeof available);  // reading an uninitialised bool is undefined
     timestamp = other.timestamp;
     copyLabelled(pose, other.pose);
     copyLabelled(pose_covariance, other.pose_covariance);

@@ -9,11 +9,11 @@
 
 namespace vela VELA_API {
 
-/// The bones of a `POSE_18` skeleton, 19 pairs of keypoints, in the order that drawing code relies on.
+/// The bones of a `POSE_18` skeleton: 19 pairs of keypoints, in an order that drawing code relies on.
 /// Built before a program's own globals and destroyed after them.
 extern const std::vector<std::pair<BODY_PARTS, BODY_PARTS>> BODY_BONES;
 
-/// The bones of a `POSE_34` skeleton, 35 pairs of keypoints, in the order that drawing code relies on.
+/// The bones of a `POSE_34` skeleton: 35 pairs of keypoints, in an order that drawing code relies on.
 /// Built before a program's own globals and destroyed after them.
 extern const std::vector<std::pair<BODY_PARTS_POSE_34, BODY_PARTS_POSE_34>> BODY_BONES_POSE_34;
 

@@ -18,12 +18,12 @@ using namespace detail;
 
 namespace {
 
-/// A forked child would draw what its parent draws.
+/// A forked child would draw the numbers of its parent.
 void reseedChild() noexcept {
     try {
         uuid::gen.seed(uuid::rd());
     } catch (const std::exception&) {
-        // A device that has no numbers leaves the parent's.
+        // Without a working random device the child keeps the parent's state.
     }
 }
 
@@ -37,7 +37,7 @@ struct IdentifierText {
 };
 
 constexpr int RANDOM_DIGITS = 31;
-constexpr int VARIANT = 15;  // which of them comes from `dis2`
+constexpr int VARIANT = 15;  // index of the one from `dis2`
 
 inline IdentifierText draw() {
     std::uint8_t digits[RANDOM_DIGITS];
@@ -61,8 +61,8 @@ inline IdentifierText draw() {
 }
 
 #if defined(__x86_64__)
-// The engine makes 312 numbers at a time, which is half of the work; `flatten` brings that loop in here,
-// where it may be compiled to vectors of four. The numbers are the same.
+// The engine makes 312 numbers at a time, which is half of the work; `flatten` inlines that loop here, where
+// the compiler can vectorise it. The numbers are the same.
 [[gnu::target("avx2"), gnu::flatten]] IdentifierText drawByAvx2() {
     return draw();
 }

@@ -9,19 +9,19 @@
 
 namespace vela VELA_API {
 
-/// The source of unique identifiers. The engine is seeded once, from `rd`, and once more in each forked
-/// child; it exists before a program's own globals. It has no lock: calls from several threads, those of
-/// `CustomBoxObjectData()` among them, must be serialised by the caller.
+/// Source of unique identifiers. The engine is seeded once from `rd`, and once more in each forked child; it
+/// is built before a program's own globals. It has no lock: callers on several threads must serialise their
+/// calls, constructions of `CustomBoxObjectData` included.
 namespace uuid {
 
-extern std::random_device rd;
-extern std::mt19937_64 gen;
-extern std::uniform_int_distribution<> dis;   ///< a hexadecimal digit
+extern std::random_device rd;                 ///< source of the seeds, opened as "default"
+extern std::mt19937_64 gen;                   ///< engine that every digit is drawn from
+extern std::uniform_int_distribution<> dis;   ///< a hexadecimal digit, 0 to 15
 extern std::uniform_int_distribution<> dis2;  ///< the variant digit, 8 to 11
 
 /// A random identifier (RFC 4122, version 4), 36 characters in lower case. Each of its 31 random digits is
-/// one draw from `gen`, in order, so that a copy of the engine replays it. An engine that is seeded with 32
-/// bits tells identifiers apart; it keeps nothing secret.
+/// one draw from `gen`, in order, so that a copy of the engine replays it. An engine seeded with 32 bits
+/// makes identifiers unlikely to collide, not hard to guess.
 std::string generate_uuid_v4();
 
 }  // namespace uuid

@@ -12,7 +12,7 @@
 namespace vela::detail {
 namespace {
 
-constexpr mode_t READ_WRITE_ALL = 0666;  // less the process's umask
+constexpr mode_t READ_WRITE_ALL = 0666;  // the umask still applies
 
 /// Repeats a system call that a signal interrupted.
 template <class Call>
@@ -29,14 +29,14 @@ int openFile(const std::string& path, int flags) {
     const int descriptor =
         uninterrupted([&] { return open(path.c_str(), flags | O_CLOEXEC, READ_WRITE_ALL); });
     if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
-    // A standard stream is closed: the file must not take its place, or messages would land in it.
+    // A standard stream is closed: the file must not take its number, or messages would land in it.
     const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     close(descriptor);
     return moved;
 }
 
-/// Makes a file that was not there before; -1 on failure. Another program may make one of the same name
-/// between the two calls: then they are tried again.
+/// Creates a file that did not exist before; -1 on failure. Another program may create one of the same name
+/// between the two calls: then they are repeated.
 int makeFile(const std::string& path) {
     constexpr int TRIES = 100;
     for (int i = 0; i < TRIES; ++i) {
@@ -47,7 +47,7 @@ int makeFile(const std::string& path) {
     return -1;
 }
 
-/// Number of bytes to take of a file that should not end with `unwantedEnd`; -1 if that cannot be told.
+/// Size of a file without a last byte equal to `unwantedEnd`; -1 if it cannot be determined.
 off_t wantedSize(int descriptor, char unwantedEnd) {
     const off_t size = lseek(descriptor, 0, SEEK_END);
     if (size <= 0) return size;
@@ -91,7 +91,7 @@ void BlockFile::appendFile(BlockFile& temporary, char unwantedEnd) noexcept {
 }
 
 void BlockFile::copyFrom(int source, std::size_t count) noexcept {
-    // The kernel moves the bytes where both files allow it; otherwise they pass through the buffer.
+    // The kernel copies the bytes where both files allow it; otherwise they pass through the buffer.
     while (count > 0 && !failed_) {
         const ssize_t moved =
             uninterrupted([&] { return copy_file_range(source, nullptr, descriptor_, nullptr, count, 0); });

@@ -10,47 +10,46 @@
 
 namespace vela::detail {
 
-/// A file that is written in large blocks. Errors are not reported; after the first one nothing more is
-/// written, so that what is there is the beginning of what should be.
+/// A file written in large blocks. Errors are not reported; after the first one nothing more is written, so
+/// that the file is cut short there.
 class VELA_API BlockFile {
 public:
-    /// The most that one `reserve` may ask for.
+    /// Characters that `reserve` makes room for.
     static constexpr std::size_t LARGEST_RESERVE = 4096;
 
-    /// A file that is not open yet. Takes all the memory that it needs; throws `std::bad_alloc`.
+    /// A file that is not yet open. Allocates all the memory it will need; throws `std::bad_alloc`.
     BlockFile();
     ~BlockFile();
     BlockFile(const BlockFile&) = delete;
     BlockFile& operator=(const BlockFile&) = delete;
 
-    /// Opens a file for writing, empty; false if that fails.
+    /// Opens an empty file for writing; returns false if that fails.
     bool open(const std::string& path) noexcept;
 
-    /// Makes a file of its own under `path`, replacing what has the name, to be written and then read by
-    /// `appendFile`. Where that fails the existing file is opened, empty; a symbolic link is never followed.
+    /// Creates a new file under `path`, replacing any that exists, to be written and then read by
+    /// `appendFile`. Where that fails, truncates and opens the existing file. Never follows a symbolic link.
     bool openTemporary(const std::string& path) noexcept;
 
     bool isOpen() const { return descriptor_ >= 0; }
 
-    /// Room for at least LARGEST_RESERVE characters, to be written from the returned place on and then
-    /// committed with the place behind the last one.
+    /// Returns room for LARGEST_RESERVE characters; `commit` takes the end of what was written there.
     char* reserve() noexcept {
         if (used_ > BLOCK - LARGEST_RESERVE) flush();
         return buffer_.get() + used_;
     }
     void commit(const char* end) noexcept { used_ = static_cast<std::size_t>(end - buffer_.get()); }
 
-    /// Writes what was committed so far.
+    /// Writes everything committed so far.
     void flush() noexcept;
 
-    /// Adds a text of up to LARGEST_RESERVE characters.
+    /// Appends a text of up to LARGEST_RESERVE characters.
     void append(std::string_view text) noexcept;
 
-    /// Adds all that was written to a temporary file, without its last byte if that is `unwantedEnd`. If some
-    /// of it could not be written there or read back, nothing more is written here either.
+    /// Appends the content of a temporary file, without its last byte if that is `unwantedEnd`. If part of it
+    /// could not be written or read back, nothing more is written here either.
     void appendFile(BlockFile& temporary, char unwantedEnd) noexcept;
 
-    /// Writes what is left and closes the file.
+    /// Writes the rest and closes the file.
     void close() noexcept;
 
 private:

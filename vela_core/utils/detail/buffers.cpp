@@ -9,11 +9,11 @@
 namespace vela::detail {
 namespace {
 
-// The least common multiple of the pixel sizes that are no power of two and of the device's row alignment,
-// 512.
+// Least common multiple of 3 and 12, the pixel sizes that are not powers of two, and 512, the row alignment
+// of devices.
 constexpr std::size_t WHOLE_PIXEL_ROW = 1536;
 
-/// The bytes of packed rows; nothing if the number does not fit.
+/// Size of packed rows in bytes; nothing if it overflows.
 std::optional<std::size_t> packedBytes(std::size_t width, std::size_t pixelBytes, std::size_t height) {
     std::size_t rowBytes = 0;
     std::size_t bytes = 0;

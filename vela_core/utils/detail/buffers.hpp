@@ -8,30 +8,31 @@
 
 namespace vela::detail {
 
-// Allocates and frees pixel buffers; nothing else in the library does. A number of bytes that does not fit
-// into `size_t` is memory that cannot be had.
+// Allocates and frees pixel buffers; nothing else in the library does. A size that does not fit into `size_t`
+// is a failed allocation.
 
 /// Uninitialised host memory for packed rows; throws `std::bad_alloc`.
 unsigned char* allocateHostBuffer(std::size_t width, std::size_t pixelBytes, std::size_t height);
 void releaseHostBuffer(unsigned char* buffer) noexcept;
 
 /// Pitched device memory for rows of `width` pixels; on failure `buffer` and `stepBytes` are as the runtime
-/// left them. Rows of 3- and 12-byte pixels are padded so that the pitch, too, is a whole number of pixels:
+/// left them. Rows of 3- and 12-byte pixels are padded so that the pitch is a whole number of pixels, because
 /// kernels address rows by whole pixels.
 cudaError_t allocateDeviceBuffer(unsigned char*& buffer, std::size_t& stepBytes, std::size_t width,
                                  std::size_t pixelBytes, std::size_t height);
 
-/// Managed memory for packed rows, which host and device address alike.
+/// Managed memory for packed rows, which host and device both address.
 cudaError_t allocateManagedBuffer(unsigned char*& buffer, std::size_t width, std::size_t pixelBytes,
                                   std::size_t height);
 
 /// Releases device or managed memory.
 cudaError_t releaseDeviceBuffer(unsigned char* buffer);
 
-/// Prints a failure under the signature of the function that met it; prints nothing for `cudaSuccess`.
+/// Prints a failure with the signature of the function in which it happened; prints nothing for
+/// `cudaSuccess`.
 void reportFailure(cudaError_t status, const char* signature) noexcept;
 
-/// `reportFailure`, and the library's code for the status: `SUCCESS` or `FAILURE`.
+/// Calls `reportFailure` and returns `SUCCESS` or `FAILURE`.
 ERROR_CODE checked(cudaError_t status, const char* signature) noexcept;
 
 }  // namespace vela::detail

@@ -6,7 +6,7 @@
 
 namespace vela::detail {
 
-/// The path with the extension added, unless it ends so already; case matters.
+/// The path with the extension added unless it already has it; case matters.
 inline std::string withExtension(std::string path, std::string_view extension) {
     const bool ends = path.size() >= extension.size() &&
                       path.compare(path.size() - extension.size(), extension.size(), extension) == 0;

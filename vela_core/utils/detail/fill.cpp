@@ -7,8 +7,8 @@
 namespace vela::detail {
 
 void fillWithPixel(void* buffer, std::size_t bytes, const void* pixel, std::size_t pixelBytes) {
-    // The filled beginning doubles until it is a good block to copy: large enough for the widest stores of
-    // this machine's memcpy, small enough to be read from the first-level cache again and again.
+    // Doubles the filled part until it is a good block to copy: large enough for memcpy's widest stores,
+    // small enough to stay in the first-level cache.
     constexpr std::size_t LARGE_ENOUGH = 8192;
     auto* const out = static_cast<unsigned char*>(buffer);
     std::size_t block = std::min(bytes, pixelBytes);

@@ -8,10 +8,10 @@
 
 namespace vela::detail {
 
-/// Whether pixels of `mat` lie in a buffer that `owner` owns and would release.
+/// Whether pixels of `mat` lie in a buffer that `owner` owns.
 bool sharesBuffersOf(const Mat& mat, const Mat& owner);
 
-/// Truncates a size to 32 bits, sign-extended: what survives of sizes that pass through copies.
+/// Truncates a size to 32 bits, sign-extended, as copies have always done.
 constexpr std::size_t throughInt32(std::size_t size) {
     return static_cast<std::size_t>(static_cast<std::int32_t>(size));
 }

@@ -7,8 +7,8 @@
 
 namespace vela::detail {
 
-/// An OpenCV matrix over the host side of an image of bytes or 16-bit samples, without a copy. A type that
-/// OpenCV is not asked to write (floats, two channels) is logged and gives an empty matrix.
+/// An OpenCV matrix over the host side of an image of bytes or 16-bit samples, without a copy. Types that
+/// `Mat::write` does not leave to OpenCV (floats, two channels) are logged and give an empty matrix.
 cv::Mat wrapAsCvMat(const Mat& mat);
 
 }  // namespace vela::detail

@@ -6,7 +6,7 @@
 
 namespace vela::detail {
 
-// Which sides of memory a MEM value names.
+// The sides of memory that a MEM value names.
 
 inline bool hasHostSide(MEM mem) {
     return mem == MEM::CPU || mem == MEM_BOTH || mem == MEM_MANAGED;
@@ -16,7 +16,7 @@ inline bool hasDeviceSide(MEM mem) {
     return mem == MEM::GPU || mem == MEM_BOTH || mem == MEM_MANAGED;
 }
 
-// Releasing memory takes every value above `GPU` for both sides, whether it has a name or not.
+// `Mat::free` treats every value above `GPU`, named or not, as both sides.
 
 inline bool coversBothSides(MEM mem) {
     return isPast(mem, MEM::GPU);

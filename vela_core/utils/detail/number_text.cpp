@@ -22,7 +22,7 @@ std::uint32_t bitsOf(float value) {
     return bits;
 }
 
-/// Three digits of a value below 1000. Four characters are written, which is one store.
+/// Three digits of a value below 1000. It writes four characters, in one store.
 char* writeGroup(char* out, std::uint32_t value) {
     std::memcpy(out, &DIGIT_GROUPS.digits[value * DigitGroups::GROUP], 4);
     return out + DigitGroups::GROUP;
@@ -43,8 +43,8 @@ char* writeByLibrary(char* out, float value, std::chars_format form) {
         .ptr;
 }
 
-/// m * 2^-shift in millionths, rounded to the nearest, halves to even. m * 10^6 fits 44 bits, so that all of
-/// it is exact, and less than half a millionth is left from a shift of 45 on.
+/// m * 2^-shift in millionths, rounded to nearest, ties to even. m * 10^6 fits 44 bits, so everything is
+/// exact, and a shift of 45 or more leaves less than half a millionth.
 std::uint64_t inMillionths(std::uint32_t m, std::uint32_t shift) {
     if (shift > 44) return 0;
     const std::uint64_t scaled = std::uint64_t{m} * 1000000;
@@ -52,9 +52,9 @@ std::uint64_t inMillionths(std::uint32_t m, std::uint32_t shift) {
     return (scaled + (std::uint64_t{1} << (shift - 1)) - 1 + odd) >> shift;
 }
 
-/// Floats whose bits are a number below 2^24 are that number times 2^-149; packed colours are such floats.
-/// Seven digits of one are a product with a constant of its decade: close enough for each of them to be
-/// rounded as it should.
+/// A float whose bits are a number below 2^24 is that number times 2^-149; packed colours are such floats.
+/// Multiplying by a per-decade constant gives seven digits, correctly rounded for every such float (tested
+/// exhaustively).
 char* writeTinyScientific(char* out, std::uint32_t number) {
     struct Decade {
         double scale;  ///< 2^-149 * 10^(6 - exponent)
@@ -66,7 +66,7 @@ char* writeTinyScientific(char* out, std::uint32_t number) {
         {0x1p-149 * 1e47, {'e', '-', '4', '1'}}, {0x1p-149 * 1e46, {'e', '-', '4', '0'}},
         {0x1p-149 * 1e45, {'e', '-', '3', '9'}}, {0x1p-149 * 1e44, {'e', '-', '3', '8'}},
     };
-    // The smallest number of each decade but the first; colours are too mixed to branch on them.
+    // The smallest number of each decade but the first. Branch-free, because random colours would mispredict.
     static constexpr std::uint32_t FIRST[] = {8, 72, 714, 7137, 71363, 713624, 7136239};
     std::size_t index = 0;
     for (const std::uint32_t first : FIRST) {

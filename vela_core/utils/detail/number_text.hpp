@@ -8,19 +8,19 @@
 
 namespace vela::detail {
 
-/// Room for any float in either form.
+/// Characters enough for any float in either form.
 inline constexpr std::size_t NUMBER_TEXT_SIZE = 64;
 
-/// Writes what `printf` makes of the value by "%f" and returns the end; no zero byte is added.
+/// Writes the value as `printf` does by "%f" and returns the end; no zero byte is added.
 char* writeFixed(char* out, float value);
 
-/// Writes what `printf` makes of the value by "%e" and returns the end; no zero byte is added.
+/// Writes the value as `printf` does by "%e" and returns the end; no zero byte is added.
 char* writeScientific(char* out, float value);
 
-/// Writes the value in decimal digits and returns the end; no zero byte is added.
+/// Writes the value in decimal and returns the end; no zero byte is added.
 char* writeInteger(char* out, std::uint32_t value);
 
-/// The digits of 0 to 999; a copy of four characters may start at any of the three.
+/// Three digits each for 0 to 999, padded so that a 4-byte load may start at any digit.
 struct DigitGroups {
     static constexpr std::size_t GROUP = 3;
     std::array<char, 1000 * GROUP + 3> digits{};
@@ -35,7 +35,7 @@ struct DigitGroups {
 };
 inline constexpr DigitGroups DIGIT_GROUPS;
 
-/// writeInteger for values below 1000. Four characters are written, which is one store.
+/// `writeInteger` for values below 1000. It writes four characters, in one store.
 inline char* writeBelow1000(char* out, std::uint32_t value) {
     const std::size_t zeros = (value < 10 ? 1U : 0U) + (value < 100 ? 1U : 0U);
     std::memcpy(out, &DIGIT_GROUPS.digits[value * DigitGroups::GROUP + zeros], 4);

@@ -3,8 +3,8 @@
 
 namespace vela::detail::signature {
 
-// The functions that CUDA failures are printed under. Written out, because compilers spell their built-in
-// function names differently.
+// Signatures printed in front of CUDA errors. Written out, because compilers spell their built-in function
+// names differently.
 inline constexpr const char* ALLOC = "void vela::Mat::alloc(size_t, size_t, vela::MAT_TYPE, vela::MEM)";
 inline constexpr const char* FREE = "void vela::Mat::free(vela::MEM)";
 inline constexpr const char* COPY_TO =

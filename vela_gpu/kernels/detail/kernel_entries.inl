@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Implements kernels.hpp on one function: `launchTiles(walker, stream)` calls the walker for all of its
-// tiles, by every lane. Each backend's launcher source defines it and then includes this file.
+// Implements kernels.hpp on one function, `launchTiles(walker, stream)`, which calls the walker for each of
+// its tiles and lanes. Each backend's launcher source defines it and then includes this file.
 
 #include "vela_gpu/kernels.hpp"
 #include "vela_gpu/kernels/detail/PixelView.hpp"
@@ -51,7 +51,7 @@ void cu_applyFactor(float* data, float factor, unsigned int stepElements, unsign
 template <>
 void cu_applyFactor(Vector3<float>* data, float factor, unsigned int stepElements, unsigned int width,
                     unsigned int height) {
-    // The components of a row are a row of floats, which words hold a whole number of.
+    // Treat the row as floats: a 16-byte word holds four of them, but no whole number of 3-float pixels.
     const auto view = elementView(data, stepElements, width, height);
     const PixelView<float> rows{reinterpret_cast<float*>(data), std::size_t{3} * width, height,
                                 view.stepBytes};

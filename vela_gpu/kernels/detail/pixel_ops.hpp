@@ -8,9 +8,10 @@
 
 namespace vela::detail {
 
-// What happens to one pixel, written once: host loops, CUDA launchers and software launchers only walk rows.
+// The operations on one pixel, written once: host loops, CUDA launchers and software launchers only walk
+// rows.
 
-/// All components times the factor.
+/// Multiplies all components by the factor.
 struct ScaleAll {
     float factor;
 
@@ -23,7 +24,7 @@ struct ScaleAll {
     }
 };
 
-/// The position times the factor; the fourth component, packed colour, keeps its bits.
+/// Multiplies the position by the factor; the fourth component, packed colour, keeps its bits.
 struct ScalePosition {
     float factor;
 
@@ -32,7 +33,7 @@ struct ScalePosition {
     }
 };
 
-/// The position (x, y, z) becomes K (x, y, z); K is row-major.
+/// Maps the position (x, y, z) to K (x, y, z); K is row-major.
 struct ApplyMatrix3 {
     float k[9];
 
@@ -42,7 +43,7 @@ struct ApplyMatrix3 {
     }
 };
 
-/// The position (x, y, z) becomes rows 0 to 2 of K times (x, y, z, 1); the fourth component keeps its bits.
+/// Maps the position (x, y, z) to rows 0 to 2 of K times (x, y, z, 1); the fourth component keeps its bits.
 struct ApplyMatrix4 {
     float k[16];
 
@@ -52,8 +53,8 @@ struct ApplyMatrix4 {
     }
 };
 
-/// An operation of a matrix that lies in device memory. Kernels call `fetched` once a tile, after they asked
-/// for its pixels, so that they wait for both together.
+/// An operation whose matrix lies in device memory. Kernels call `fetched` once per tile, after they have
+/// requested its pixels, so that they wait for both at once.
 template <class Op>
 struct MatrixInMemory {
     const float* matrix;
@@ -67,7 +68,7 @@ struct MatrixInMemory {
     }
 };
 
-/// What a lane applies to its pixels.
+/// The operation that a lane applies to its pixels.
 template <class Op>
 VELA_HOST_DEVICE const Op& fetched(const Op& op) {
     return op;
@@ -77,7 +78,8 @@ VELA_HOST_DEVICE Op fetched(const MatrixInMemory<Op>& op) {
     return op.fetched();
 }
 
-/// Every channel less 128, as a signed byte. Plain `char` has the same bits, whatever its sign here.
+/// Subtracts 128 from every channel. Plain `char` has the bits of a signed byte, whatever its sign on this
+/// machine.
 struct ToSigned {
     VELA_HOST_DEVICE Vector4<char> operator()(Vector4<unsigned char> p) const {
         return {shift(p.x), shift(p.y), shift(p.z), shift(p.w)};

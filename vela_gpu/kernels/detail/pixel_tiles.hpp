@@ -15,21 +15,21 @@ namespace vela::detail {
 //
 //     | lane 0 | lane 1 | ... | lane 31 | lane 0 | lane 1 | ...     words of 16 bytes
 //
-// so that the warp always touches neighbouring words, and each lane has several of them under way at once.
-// Three-byte and three-float pixels fill three words in turn and travel in words as well. The pixels at the
-// end of a row that fill no words, and rows that do not lie on words, go one by one; padding is not touched.
-// What an operation needs from memory itself is fetched once its pixels are on the way (pixel_ops.hpp).
-// Both backends call these functors, one with threads and one with loops.
+// so that accesses coalesce and each lane keeps several loads in flight. Three-byte and three-float pixels
+// fill three words exactly and are moved in words as well. The pixels at the end of a row that fill no word,
+// and rows that are not word-aligned, are processed one by one; padding is not touched. Data that an
+// operation needs from memory is requested after its pixels (pixel_ops.hpp). Both backends call these
+// functors, one from threads, one from loops.
 
-/// What a lane loads or stores at once.
+/// Unit of loads and stores of a lane.
 struct alignas(16) Word {
     std::uint32_t bits[4];
 };
 
-inline constexpr unsigned LANES = 32;
+inline constexpr unsigned WARP_LANES = 32;
 
-/// The shortest sequence of whole pixels that is also one of whole words. Pixel sizes are 1, 2, 4, 8 and 16
-/// bytes, or three times one of them.
+/// Run: the shortest sequence of whole pixels that is a sequence of whole words. Pixels are 1, 2, 4, 8 or 16
+/// bytes, or three times as many.
 template <class T>
 inline constexpr unsigned RUN_WORDS = sizeof(T) % 3 == 0 ? 3 : 1;
 template <class T>
@@ -39,7 +39,7 @@ inline constexpr unsigned RUN_PIXELS = static_cast<unsigned>(RUN_WORDS<T> * size
 template <class T>
 inline constexpr unsigned LANE_WORDS = RUN_WORDS<T> == 3 ? 3 : 4;
 template <class T>
-inline constexpr unsigned TILE_WORDS = LANES* LANE_WORDS<T>;
+inline constexpr unsigned TILE_WORDS = WARP_LANES* LANE_WORDS<T>;
 template <class T>
 inline constexpr unsigned TILE_PIXELS = TILE_WORDS<T> / RUN_WORDS<T>* RUN_PIXELS<T>;
 
@@ -59,7 +59,7 @@ template <class T>
 struct Tile {
     T* pixels;
     unsigned count;
-    unsigned words;  ///< that whole runs at its start fill; 0 when rows do not lie on words
+    unsigned words;  ///< words covered by whole runs; 0 if rows are not word-aligned
 
     VELA_HOST_DEVICE Tile(const PixelView<T>& rows, bool onWords, std::size_t index, std::size_t y) {
         const std::size_t first = index * TILE_PIXELS<T>;
@@ -80,7 +80,7 @@ struct FillTiles {
     PixelView<T> rows;
     bool onWords;
     T value;
-    Word run[RUN_WORDS<T>];  ///< full of the value
+    Word run[RUN_WORDS<T>];  ///< filled with the value
 
     FillTiles(const PixelView<T>& rows_, const T& value_)
         : rows(rows_.packed() ? rows_.joined() : rows_), onWords(liesOnWords(rows)), value(value_) {
@@ -94,18 +94,18 @@ struct FillTiles {
     VELA_HOST_DEVICE void operator()(std::size_t index, std::size_t y, unsigned lane) const {
         const Tile<T> tile(rows, onWords, index, y);
         for (unsigned i = 0; i < LANE_WORDS<T>; ++i) {
-            const unsigned word = lane + i * LANES;
+            const unsigned word = lane + i * WARP_LANES;
             if (word < tile.words) tile.word(word) = run[word % RUN_WORDS<T>];
         }
         VELA_RARE_LOOP
-        for (unsigned i = tile.pixelsInWords() + lane; i < tile.count; i += LANES) {
+        for (unsigned i = tile.pixelsInWords() + lane; i < tile.count; i += WARP_LANES) {
             tile.pixels[i] = value;
         }
     }
 };
 
-/// Sets every pixel of the destination to op(p) of the pixel p at its place in the source, which may be the
-/// same memory. Both have the same size, and their pixels too.
+/// Sets every pixel of the destination to op(p), p being the pixel at the same position in the source, which
+/// may be the same memory. Images and pixels of both have equal sizes.
 template <class From, class To, class Op>
 struct MapRows {
     PixelView<From> source;
@@ -138,18 +138,18 @@ struct MapRows {
         std::memcpy(run, after, sizeof after);
     }
 
-    /// Treats the pixels of a tile that lie in no words.
+    /// Processes the pixels of a tile that fill no word.
     template <class Fetched>
     VELA_HOST_DEVICE static void mapRest(const Fetched& apply, const Tile<From>& from, const Tile<To>& to,
                                          unsigned lane) {
         VELA_RARE_LOOP
-        for (unsigned i = from.pixelsInWords() + lane; i < from.count; i += LANES) {
+        for (unsigned i = from.pixelsInWords() + lane; i < from.count; i += WARP_LANES) {
             to.pixels[i] = apply(from.pixels[i]);
         }
     }
 };
 
-/// For pixels of which words hold a whole number: each word stays with its lane.
+/// For pixels that never cross a word boundary: each word stays with its lane.
 template <class From, class To, class Op>
 struct MapTiles : MapRows<From, To, Op> {
     static_assert(RUN_WORDS<From> == 1);
@@ -160,13 +160,13 @@ struct MapTiles : MapRows<From, To, Op> {
         const Tile<To> to(this->destination, this->onWords, index, y);
         Word words[LANE_WORDS<From>] = {};
         for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
-            if (lane + i * LANES < from.words) words[i] = from.word(lane + i * LANES);
+            if (lane + i * WARP_LANES < from.words) words[i] = from.word(lane + i * WARP_LANES);
         }
         const auto& apply = fetched(this->op);
         for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
-            if (lane + i * LANES >= from.words) continue;
+            if (lane + i * WARP_LANES >= from.words) continue;
             this->mapRun(apply, &words[i]);
-            to.word(lane + i * LANES) = words[i];
+            to.word(lane + i * WARP_LANES) = words[i];
         }
         this->mapRest(apply, from, to, lane);
     }
@@ -174,8 +174,8 @@ struct MapTiles : MapRows<From, To, Op> {
 template <class From, class To, class Op>
 MapTiles(const PixelView<From>&, const PixelView<To>&, const Op&) -> MapTiles<From, To, Op>;
 
-/// For pixels that cross the bounds of words: the tile's words pass through memory that the lanes share. All
-/// lanes finish one of the three steps before any of them starts the next.
+/// For pixels that cross word boundaries: the tile's words pass through memory shared by the lanes. All lanes
+/// finish one of the three steps before any of them starts the next.
 template <class From, class To, class Op>
 struct ExchangingMapTiles : MapRows<From, To, Op> {
     static_assert(RUN_WORDS<From> == LANE_WORDS<From>, "a lane has one run");
@@ -186,11 +186,11 @@ struct ExchangingMapTiles : MapRows<From, To, Op> {
         const Tile<From> from(this->source, this->onWords, index, y);
         Word words[LANE_WORDS<From>] = {};
         for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
-            if (lane + i * LANES < from.words) words[i] = from.word(lane + i * LANES);
+            if (lane + i * WARP_LANES < from.words) words[i] = from.word(lane + i * WARP_LANES);
         }
         const auto apply = fetched(this->op);
         for (unsigned i = 0; i < LANE_WORDS<From>; ++i) {
-            shared[lane + i * LANES] = words[i];
+            shared[lane + i * WARP_LANES] = words[i];
         }
         return apply;
     }
@@ -211,7 +211,8 @@ struct ExchangingMapTiles : MapRows<From, To, Op> {
         const Tile<From> from(this->source, this->onWords, index, y);
         const Tile<To> to(this->destination, this->onWords, index, y);
         for (unsigned i = 0; i < LANE_WORDS<To>; ++i) {
-            if (lane + i * LANES < to.words) to.word(lane + i * LANES) = shared[lane + i * LANES];
+            if (lane + i * WARP_LANES < to.words)
+                to.word(lane + i * WARP_LANES) = shared[lane + i * WARP_LANES];
         }
         this->mapRest(apply, from, to, lane);
     }

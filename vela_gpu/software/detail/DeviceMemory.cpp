@@ -10,13 +10,13 @@ namespace vela::software_device {
 namespace {
 
 constexpr std::size_t PAGES = 65536;  // a multiple of the page size of every machine
-/// Sizes of the address ranges that are asked for, until the system grants one: it may limit what a process
-/// takes (`ulimit -v`, locked memory). A refused one leaves most of a limit to the bytes themselves.
+/// Sizes of address ranges to try, until the system grants one: it may limit a process (`ulimit -v`, locked
+/// memory). The smaller ones leave most of such a limit to the data.
 constexpr std::size_t ARENAS[] = {std::size_t{64} << 30, std::size_t{1} << 30, std::size_t{64} << 20, 0};
 constexpr std::size_t LARGEST = std::size_t{1} << 46;
 constexpr int POISON = 0xCD;
 
-/// Fresh pages, at `address` if it is not null; null on failure.
+/// Maps new pages, at `address` unless it is null; null on failure.
 std::byte* mapPages(std::byte* address, std::size_t size, int protection) {
     const int fixed = address == nullptr ? 0 : MAP_FIXED;
     const int reserve = protection == PROT_NONE ? MAP_NORESERVE : 0;
@@ -35,7 +35,7 @@ bool DeviceMemory::addArena(std::size_t size) {
         return arena.live == 0 && munmap(arena.base, arena.size) == 0;
     };
     arenas_.erase(std::remove_if(arenas_.begin(), arenas_.end(), unused), arenas_.end());
-    arenas_.reserve(arenas_.size() + 1);  // so that nothing throws once the range is taken
+    arenas_.reserve(arenas_.size() + 1);  // so that nothing throws once the range is mapped
     for (const std::size_t usual : ARENAS) {
         const std::size_t arenaSize = std::max(size, usual);
         if (std::byte* const base = mapPages(nullptr, arenaSize, PROT_NONE)) {
@@ -58,7 +58,7 @@ std::byte* DeviceMemory::takeAddresses(std::size_t size) {
 void* DeviceMemory::allocate(std::size_t bytes, Kind kind) {
     if (bytes == 0 || bytes > LARGEST) return nullptr;
     const std::size_t size = roundedUpToPages(bytes);
-    std::byte* const address = takeAddresses(size + PAGES);  // untouchable pages lie behind each allocation
+    std::byte* const address = takeAddresses(size + PAGES);  // inaccessible pages follow each allocation
     if (address == nullptr) return nullptr;
     const auto entry = allocations_.emplace(address, Allocation{}).first;  // may throw, so before the mapping
     std::byte* const pages =
@@ -79,7 +79,7 @@ bool DeviceMemory::release(void* address) {
     const Allocation& allocation = found->second;
     const std::size_t size = roundedUpToPages(allocation.size);
     if (allocation.kind == Kind::MANAGED) {
-        mapPages(allocation.bytes, size, PROT_NONE);  // the addresses stay taken
+        mapPages(allocation.bytes, size, PROT_NONE);  // the addresses stay reserved
     } else {
         munmap(allocation.bytes, size);
     }

@@ -7,26 +7,26 @@
 
 namespace vela::software_device {
 
-/// The memory of the software device. A device address lies in a range that the host cannot touch; the bytes
-/// behind it live elsewhere and are reached through `reach` alone. A managed address holds its own bytes.
-/// Addresses are not handed out again for the next 64 GiB (less where the system refuses such a range), so
-/// that a stale one is told from a live one. Not thread-safe.
+/// Memory of the software device. Device addresses lie in a range that the host cannot access; their bytes
+/// are stored elsewhere, and only `reach` finds them. Managed addresses hold their own bytes. Addresses are
+/// not reused for the next 64 GiB of allocations (fewer where the system refuses such a range), so that stale
+/// pointers are detected. Not thread-safe.
 class DeviceMemory {
 public:
     enum class Kind { DEVICE, MANAGED };
 
-    /// A fresh allocation filled with 0xCD; null when `bytes` is 0 or cannot be had. May throw
-    /// std::bad_alloc, and then nothing has changed.
+    /// A new allocation filled with 0xCD; null if `bytes` is 0 or cannot be allocated. May throw
+    /// std::bad_alloc, without a change.
     void* allocate(std::size_t bytes, Kind kind);
 
-    /// False when `address` is not the start of a live allocation.
+    /// Frees an allocation; false if `address` is not the start of a live one.
     bool release(void* address);
 
-    /// Whether the address was ever handed out, live or stale.
+    /// Whether the address was ever allocated, live or stale.
     bool owns(const void* address) const;
 
-    /// The bytes behind [address, address + bytes) as this process may access them, and their kind; null
-    /// unless all of them belong to one live allocation.
+    /// Host address and kind of the bytes at [address, address + bytes); null unless all of them belong to
+    /// one live allocation.
     struct Reached {
         std::byte* bytes = nullptr;
         Kind kind = Kind::DEVICE;

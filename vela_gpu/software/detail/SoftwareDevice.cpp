@@ -10,7 +10,7 @@
 namespace vela::software_device {
 namespace {
 
-/// Built before there are threads, so that no fork falls into its construction.
+/// Constructed before there are threads, so that no fork happens during its construction.
 [[maybe_unused]] const SoftwareDevice& builtEarly = SoftwareDevice::get();
 
 }  // namespace

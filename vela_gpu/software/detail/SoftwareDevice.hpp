@@ -15,7 +15,7 @@
 
 namespace vela::software_runtime {
 
-/// Work that was given to a stream and not carried out yet.
+/// Work queued on a stream and not yet executed.
 struct CUstream_st {
     std::vector<std::function<cudaError_t()>> pending;
 };
@@ -24,16 +24,16 @@ struct CUstream_st {
 
 namespace vela::software_device {
 
-/// The software device: its memory, its streams, the failures that tests planned, and the lock over all of
-/// it. Every runtime function and every kernel launch goes through `call`.
+/// The software device: its memory, its streams, the failures that tests planned, and the lock that guards
+/// them. Every runtime function and kernel launch passes through `call`.
 class SoftwareDevice {
 public:
-    /// The one device. It is never destroyed: Mats with static storage duration free their memory at exit. A
-    /// forked child goes on with a copy of it, whatever other threads were doing when it was forked.
+    /// The only device. It is never destroyed, because static Mats free their memory at exit. A forked child
+    /// continues with a copy of it, whatever other threads were doing at the time.
     static SoftwareDevice& get();
 
-    /// Runs the body of runtime function `name` under the lock, unless a planned failure takes its place, and
-    /// keeps a failure as the calling thread's last error. A std::bad_alloc becomes
+    /// Runs the body of runtime function `name` under the lock, unless a planned failure replaces it, and
+    /// keeps a failure as the calling thread's last error. Turns std::bad_alloc into
     /// cudaErrorMemoryAllocation.
     template <class Body>
     cudaError_t call(const char* name, Body body) {
@@ -55,12 +55,12 @@ public:
     std::size_t liveAllocations();
     Arguments latestArguments();
 
-    // What follows is called from bodies only, with the lock held.
+    // The rest is called only from bodies, with the lock held.
 
     DeviceMemory memory;
     Arguments latest;
 
-    /// Gives work to a stream; with the null stream, completes what all streams hold and then does the work.
+    /// Queues work on a stream; with the null stream, completes the work of all streams, then runs this.
     cudaError_t submit(cudaStream_t stream, std::function<cudaError_t()> work);
     cudaError_t completeAll();
     static cudaError_t complete(CUstream_st& stream);
@@ -69,8 +69,8 @@ public:
     bool isStream(cudaStream_t stream) const;
     void forgetStream(cudaStream_t stream);
 
-    /// Where a kernel finds [address, address + bytes): null unless it is live device or managed memory and
-    /// aligned as hardware needs it.
+    /// Host address of [address, address + bytes) for a kernel; null unless it is live device or managed
+    /// memory, aligned as hardware requires.
     template <class T>
     T* kernelAddress(T* address, std::size_t bytes) const {
         return reinterpret_cast<T*>(alignedBytes(address, bytes, alignof(T)));
