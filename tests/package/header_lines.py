@@ -4,9 +4,9 @@
 import subprocess
 import sys
 
-# <string>, <random> and <map> of GCC 12 are 34,900 lines, and all three are part of the interface.
+# <random> and <map> of GCC 12, whose types are part of the interface, are 34,877 lines; the rest is our own.
 LIMITS = {
-    "vela_core/vela.hpp": 37000,
+    "vela_core/vela.hpp": 36400,
     "vela_core/utils/Mat.hpp": 15000,
     "vela_core/types/ErrorCode.hpp": 15000,
     "vela_core/types/Memory.hpp": 15000,

@@ -61,11 +61,14 @@ enum cudaMemcpyKind {
     cudaMemcpyDefault = 4,
 };
 
+#ifndef cudaMemAttachGlobal  // CUDA's header has macros of these names and values
 constexpr unsigned int cudaMemAttachGlobal = 1;
 constexpr unsigned int cudaMemAttachHost = 2;
 constexpr unsigned int cudaMemAttachSingle = 4;
+#endif
 
-using cudaStream_t = struct CUstream_st*;
+struct CUstream_st;  // declared here, or the name would mean CUDA's own
+using cudaStream_t = CUstream_st*;
 
 cudaError_t cudaMallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std::size_t height);
 cudaError_t cudaMallocManaged(void** pointer, std::size_t bytes, unsigned int flags = cudaMemAttachGlobal);

@@ -8,8 +8,8 @@
 namespace vela::detail {
 
 // The only place that repeats the arithmetic of pixel_ops.hpp: in cache, the portable loop takes 1.4 times as
-// long for three floats and 2.1 times as long for four, even compiled for AVX2, and 1.6 times as long for plain
-// scaling.
+// long for three floats and 2.1 times as long for four, even compiled for AVX2, and 1.6 times as long for
+// plain scaling.
 
 #if defined(__x86_64__)
 
