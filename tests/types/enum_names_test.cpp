@@ -104,14 +104,28 @@ TEST(ObjectClasses, EachSubclassIsInTheClassThatListsIt) {
     }
 }
 
-TEST(ObjectClasses, AComplaintIsWrittenAtOnce) {
-    const auto program = [] {
-        dup2(STDERR_FILENO, STDOUT_FILENO);
-        getObjectClass(fromValue<OBJECT_SUBCLASS>(24));
-        std::_Exit(0);  // writes no buffer
+TEST(Complaints, AreWrittenAtOnce) {
+    struct Case {
+        void (*complain)();
+        const char* text;
     };
+    const Case cases[] = {
+        {[] { getObjectClass(fromValue<OBJECT_SUBCLASS>(24)); }, "ERR : INVALID SUBLASS\n"},
+        {[] { Mat(1, 1, MAT_TYPE::MAT_8U_C1, fromValue<MEM>(5)); }, "ERROR ALLOC MEM TYPE 5\n"},
+        {[] {
+             Mat mat;
+             saveDepthAs(mat, static_cast<DEPTH_FORMAT>(3), "none", 1);
+         },
+         " Invalid Depth Format\n"}};
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(program(), testing::ExitedWithCode(0), "ERR : INVALID SUBLASS\n");
+    for (const auto& [complain, text] : cases) {
+        const auto program = [complain = complain] {
+            dup2(STDERR_FILENO, STDOUT_FILENO);
+            complain();
+            std::_Exit(0);  // writes no buffer
+        };
+        EXPECT_EXIT(program(), testing::ExitedWithCode(0), text);
+    }
 }
 
 }  // namespace
