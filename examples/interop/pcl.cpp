@@ -15,8 +15,8 @@ int main() {
 
     pcl::PointCloud<pcl::PointXYZRGB> points;
     if (!vela::interop::toPcl(cloud, points)) return 1;
-    std::printf("%u x %u points, red %d\n", points.width, points.height, points.at(0, 0).r);
-    points.at(0, 0).x = 7;
+    std::printf("%u x %u points, red %d\n", points.width, points.height, points(0, 0).r);
+    points(0, 0).x = 7;
     if (!vela::interop::fromPcl(points, cloud)) return 1;
     const vela::Mat& read = cloud;
     std::printf("x is %.0f\n",
