@@ -67,7 +67,7 @@ fi
 
 # Output is hidden unless the command fails, and nothing outlives it.
 expect 0 "" "$home/scripts/quietly" name "$work/log" echo hidden
-QUIETLY_S=1 expect 0 "name: 1 s  \[1/2\] a*" \
+QUIETLY_S=1 expect 0 "name: [1-9]* s  \[1/2\] a*" \
     "$home/scripts/quietly" name "$work/log" bash -c 'printf "[1/2] a\r\n"; sleep 1.5'
 expect 3 "shown" "$home/scripts/quietly" name "$work/log" bash -c 'echo shown; exit 3'
 expect 0 "" timeout 10 bash -c "'$home/scripts/quietly' name '$work/log' true | cat"
