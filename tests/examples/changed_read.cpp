@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// A library to load before the C library: the last byte of the file that VELA_CHANGED_FILE names, by the end
-// of its path, is read as another one.
+// A library to load before the C library: the last byte of the file that VELA_CHANGED_FILE names
+// is read as another one.
 #include <dlfcn.h>
 #include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 extern "C" ssize_t pread(int file, void* bytes, size_t count, off_t offset) {
@@ -17,11 +18,8 @@ extern "C" ssize_t pread(int file, void* bytes, size_t count, off_t offset) {
     if (done < 2 || wanted == nullptr || fstat(file, &status) != 0 || offset + done != status.st_size)
         return done;
     char path[PATH_MAX] = {};
-    if (readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), path, sizeof path - 1) < 0) return done;
-    const std::string name = wanted;
-    const std::string found = path;
-    if (found.size() < name.size() || found.compare(found.size() - name.size(), name.size(), name) != 0)
-        return done;
+    const ssize_t size = readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), path, sizeof path - 1);
+    if (size < 0 || std::filesystem::path(path).filename() != wanted) return done;
     char& changed = static_cast<char*>(bytes)[done - 2];
     changed = static_cast<char>(changed ^ 1);
     return done;

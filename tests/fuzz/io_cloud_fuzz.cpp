@@ -2,7 +2,8 @@
 // The readers of point clouds on arbitrary bytes: they give a whole cloud, which can be written and read
 // again bit for bit, or one line that says what is wrong and the Mat as it was.
 #include "MemoryFile.hpp"
-#include "vela_io/io.hpp"
+#include "requireOneLine.hpp"
+#include "tests/support/cloud_kinds.hpp"
 
 #include <cmath>
 #include <cstdint>
@@ -15,23 +16,9 @@ using namespace vela;
 using namespace vela::io;
 using fuzz::MemoryFile;
 using fuzz::require;
+using fuzz::requireOneLine;
 
 constexpr std::size_t MOST_POINTS = 1 << 20;
-
-struct Kind {
-    CLOUD_FILE format;
-    ENCODING encoding;
-    bool alpha;
-};
-constexpr Kind KINDS[] = {{CLOUD_FILE::PLY, ENCODING::ASCII, true},
-                          {CLOUD_FILE::PLY, ENCODING::BINARY, true},
-                          {CLOUD_FILE::PLY, ENCODING::BINARY_BIG_ENDIAN, true},
-                          {CLOUD_FILE::PCD, ENCODING::ASCII, true},
-                          {CLOUD_FILE::PCD, ENCODING::BINARY, true},
-                          {CLOUD_FILE::PCD, ENCODING::BINARY_COMPRESSED, true},
-                          {CLOUD_FILE::VTK, ENCODING::ASCII, false},
-                          {CLOUD_FILE::VTK, ENCODING::BINARY, false},
-                          {CLOUD_FILE::XYZ, ENCODING::ASCII, false}};
 
 void requireSameFloats(const float* a, const float* b, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
@@ -48,13 +35,8 @@ void requireSame(const Mat& a, const Mat& b) {
     }
 }
 
-void requireOneLine(const Result& result) {
-    const String& text = result.text;
-    require(text.c_str() != nullptr && std::strchr(text.c_str(), '\n') == nullptr);
-    require(result.ok() || (text.c_str()[0] != '\0' && result.code == ERROR_CODE::FAILURE));
-}
-
-void writeAndReadAgain(const Mat& cloud, const Mat& normals, const CloudInfo& info, const Kind& kind) {
+void writeAndReadAgain(const Mat& cloud, const Mat& normals, const CloudInfo& info,
+                       const test::CloudKind& kind) {
     static MemoryFile file;
     CloudOptions options;
     options.format = kind.format;
@@ -109,6 +91,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     require(cloud.width == info.width && cloud.height == info.height);
     require(cloud.dataType == (info.hasColor ? MAT_TYPE::MAT_32F_C4 : MAT_TYPE::MAT_32F_C3));
     require(normals.isInit == info.hasNormals);
-    writeAndReadAgain(cloud, normals, info, KINDS[size % std::size(KINDS)]);
+    writeAndReadAgain(cloud, normals, info, test::CLOUD_KINDS[size % std::size(test::CLOUD_KINDS)]);
     return 0;
 }

@@ -2,7 +2,7 @@
 // The readers of depth maps and arrays on arbitrary bytes: they give all pixels, which can be written and
 // read again, or one line that says what is wrong and the Mat as it was.
 #include "MemoryFile.hpp"
-#include "vela_io/io.hpp"
+#include "requireOneLine.hpp"
 
 #include <cmath>
 #include <cstdint>
@@ -14,14 +14,9 @@ using namespace vela;
 using namespace vela::io;
 using fuzz::MemoryFile;
 using fuzz::require;
+using fuzz::requireOneLine;
 
 constexpr std::size_t MOST_PIXELS = 1 << 20;
-
-void requireOneLine(const Result& result) {
-    const String& text = result.text;
-    require(text.c_str() != nullptr && std::strchr(text.c_str(), '\n') == nullptr);
-    require(result.ok() || (text.c_str()[0] != '\0' && result.code == ERROR_CODE::FAILURE));
-}
 
 /// Writes in the given format and reads that. 0 is no depth in samples.
 void writeAndReadAgain(const Mat& depth, const DepthInfo& info, DEPTH_FILE format) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Cloud files as other programs, and our own exporters, write them; and files that lie.
 #include "support/ScratchFolder.hpp"
+#include "support/cloud_kinds.hpp"
 #include "vela_core/utils/point_cloud_export.hpp"
 #include "vela_io/io.hpp"
 
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <regex>
 #include <vector>
 
 namespace vela::io {
@@ -25,31 +27,18 @@ std::string raw(std::initializer_list<T> values) {
 
 /// "x y z" of each point, with "r/g/b" or "r/g/b/a" and "(normal)" where there are such.
 std::string textOf(const Mat& cloud, const Mat& normals, bool alpha) {
-    std::string text;
-    const auto number = [&](float value) {
-        char digits[32];
-        std::snprintf(digits, sizeof digits, "%g", static_cast<double>(value));
-        text += digits;
-    };
+    std::ostringstream text;
     for (std::size_t i = 0; i < cloud.width * cloud.height; ++i) {
         const float* const p = cloud.getPtr<float>() + i * cloud.channels;
-        text += i == 0 ? "" : ", ";
-        for (std::size_t k = 0; k < 3; ++k) {
-            number(p[k]);
-            if (k < 2) text += " ";
-        }
-        std::uint8_t color[4];
-        std::memcpy(color, p + 3, cloud.channels == 4 ? 4 : 0);
-        for (std::size_t k = 0; cloud.channels == 4 && k < (alpha ? 4U : 3U); ++k) {
-            text += (k == 0 ? " " : "/") + std::to_string(color[k]);
-        }
-        for (std::size_t k = 0; normals.isInit && k < 3; ++k) {
-            text += k == 0 ? " (" : " ";
-            number(normals.getPtr<float>()[4 * i + k]);
-            if (k == 2) text += ")";
-        }
+        text << (i == 0 ? "" : ", ") << p[0] << ' ' << p[1] << ' ' << p[2];
+        const auto* const color = reinterpret_cast<const std::uint8_t*>(p + 3);
+        for (std::size_t k = 0; cloud.channels == 4 && k < (alpha ? 4U : 3U); ++k)
+            text << (k == 0 ? ' ' : '/') << int{color[k]};
+        if (!normals.isInit) continue;
+        const float* const n = normals.getPtr<float>() + 4 * i;
+        text << " (" << n[0] << ' ' << n[1] << ' ' << n[2] << ')';
     }
-    return text;
+    return text.str();
 }
 
 struct Habit {
@@ -59,9 +48,17 @@ struct Habit {
     std::string note = {};
 };
 
-const std::string PLY2 =
-    "ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\nproperty float y\nproperty float z\n";
-const std::string PLY1_BINARY = "ply\nformat binary_little_endian 1.0\nelement vertex 1\n";
+/// The elements are given as "vertex 2: float x, list uchar int v; face 0: ...".
+std::string ply(const std::string& format, const std::string& elements, const std::string& body) {
+    const std::string lines = std::regex_replace(elements, std::regex("; "), "\nelement ");
+    return "ply\nformat " + format + " 1.0\nelement " +
+           std::regex_replace(lines, std::regex("[:,] "), "\nproperty ") + "\nend_header\n" + body;
+}
+
+const std::string XYZ_FLOATS = ": float x, float y, float z";
+const std::string PLY2 = "vertex 2" + XYZ_FLOATS;
+const std::string TOO_SHORT = ": the file is too short for its ";
+const std::string LITTLE = "binary_little_endian";
 const std::string PCD_XYZ = "FIELDS x y z\nSIZE 4 4 4\nTYPE F F F\n";
 const std::string VTK_HEADER = "# vtk DataFile Version 3.0\nt\nASCII\nDATASET POLYDATA\n";
 
@@ -72,85 +69,67 @@ std::string big(T value) {
 }
 
 std::vector<Habit> plyHabits() {
-    const std::string header = "property float x\nproperty float y\nproperty float z\nend_header\n";
     return {
         {"CRLF, tabs, blank lines",
-         "ply\r\nformat ascii 1.0\r\ncomment by hand\r\nelement vertex 2\r\nproperty float "
-         "x\r\nproperty\tfloat "
-         "y\r\nproperty float z\r\nend_header\r\n 1 2\t3 \r\n\r\n4 5 6",
+         "ply\r\nformat ascii 1.0\r\ncomment by hand\r\nelement vertex 2\r\nproperty float x\r\n"
+         "property\tfloat y\r\nproperty float z\r\nend_header\r\n 1 2\t3 \r\n\r\n4 5 6",
          "1 2 3, 4 5 6"},
         {"lone returns and a body that begins with a line feed",
-         "ply\rformat binary_little_endian 1.0\relement vertex 1\rproperty int x\rproperty char y\rproperty "
-         "uchar "
-         "z\rend_header\r" +
+         std::regex_replace(ply(LITTLE, "vertex 1: int x, char y, uchar z", ""), std::regex("\n"), "\r") +
              raw<int>({10}) + "\xff\x05",
          "10 -1 5"},
-        {"a point over two lines, two on one", PLY2 + "end_header\n1\n2 3 4 5 6\n", "1 2 3, 4 5 6"},
+        {"a point over two lines, two on one", ply("ascii", PLY2, "1\n2 3 4 5 6\n"), "1 2 3, 4 5 6"},
         {"doubles, extra properties, any order",
-         PLY1_BINARY +
-             "property short quality\nproperty double z\nproperty float32 y\nproperty double x\nproperty "
-             "uint8 blue\nproperty uint8 green\nproperty uint8 red\nend_header\n" +
-             raw<short>({9}) + raw<double>({3.5}) + raw<float>({2}) + raw<double>({-1}) + "\x01\x02\x03",
+         ply(LITTLE,
+             "vertex 1: short quality, double z, float32 y, double x, uint8 blue, uint8 green, uint8 red",
+             raw<short>({9}) + raw<double>({3.5}) + raw<float>({2}) + raw<double>({-1}) + "\x01\x02\x03"),
          "-1 2 3.5 3/2/1"},
         {"big-endian, other types",
-         "ply\nformat binary_big_endian 1.0\nelement vertex 1\nproperty int16 x\nproperty double y\nproperty "
-         "uint "
-         "z\nproperty ushort red\nproperty float green\nproperty int blue\nend_header\n" +
+         ply("binary_big_endian", "vertex 1: int16 x, double y, uint z, ushort red, float green, int blue",
              big<short>(-2) + big<double>(0.25) + big<unsigned>(70000) + big<unsigned short>(0x8001) +
-             big<float>(0.5F) + big<int>(300),
+                 big<float>(0.5F) + big<int>(300)),
          "-2 0.25 70000 128/128/255"},
         {"colours as shares and diffuse_ names",
-         PLY2 + "property float diffuse_red\nproperty float diffuse_green\nproperty float "
-                "diffuse_blue\nend_header\n1 2 3 0 0.5 1\n4 5 6 -1 0.25 nan\n",
+         ply("ascii", PLY2 + ", float diffuse_red, float diffuse_green, float diffuse_blue",
+             "1 2 3 0 0.5 1\n4 5 6 -1 0.25 nan\n"),
          "1 2 3 0/128/255, 4 5 6 0/64/0"},
         {"a list among the properties, faces and edges",
-         "ply\nformat ascii 1.0\nelement camera 1\nproperty list uchar int v\nproperty float f\nelement "
-         "vertex "
-         "2\nproperty float x\nproperty list uchar float w\nproperty float y\nproperty float z\nelement face "
-         "1\nproperty list uchar int vertex_indices\nend_header\n2 7 8 0.5\n1 3 .1 .2 .3 2 3\n4 0 5 6\n3 0 1 "
-         "1\n",
+         ply("ascii",
+             "camera 1: list uchar int v, float f; vertex 2: float x, list uchar float w, float y, float z; "
+             "face 1: list uchar int vertex_indices",
+             "2 7 8 0.5\n1 3 .1 .2 .3 2 3\n4 0 5 6\n3 0 1 1\n"),
          "1 2 3, 4 5 6", "1 of element 'camera' ignored, 1 of element 'face' ignored"},
         {"the same in binary",
-         "ply\nformat binary_little_endian 1.0\nelement camera 1\nproperty list uchar short v\nelement "
-         "vertex "
-         "1\nproperty float x\nproperty list ushort double w\nproperty float y\nproperty float "
-         "z\nend_header\n\x02" +
-             raw<short>({7, 8}) + raw<float>({1}) + raw<unsigned short>({1}) + raw<double>({9}) +
-             raw<float>({2, 3}),
+         ply(LITTLE,
+             "camera 1: list uchar short v; vertex 1: float x, list ushort double w, float y, float z",
+             "\x02" + raw<short>({7, 8}) + raw<float>({1}) + raw<unsigned short>({1}) + raw<double>({9}) +
+                 raw<float>({2, 3})),
          "1 2 3", "1 of element 'camera' ignored"},
-        {"no points", "ply\nformat ascii 1.0\nelement vertex 0\n" + header, ""},
-        {"fewer points", PLY2 + "end_header\n1 2 3\n4 5",
-         ": the file is too short for its 2 of element 'vertex'"},
-        {"binary cut", PLY1_BINARY + header + "12345678901",
-         ": the file is too short for its 1 of element 'vertex'"},
-        {"far more points than bytes",
-         "ply\nformat binary_little_endian 1.0\nelement vertex 4000000000000000000\n" + header + "123",
-         ": the file is too short for its 4000000000000000000 of element 'vertex'"},
-        {"text", PLY2 + "end_header\n1 2 3\n4 5 z\n", ":9: a number is expected"},
-        {"a zero byte", PLY2 + "end_header\n1 2 3\n4 5 " + std::string(1, '\0') + "\n",
-         ":9: a number is expected"},
-        {"a number of 2,000 digits", PLY2 + "end_header\n1 2 3\n4 5 " + std::string(2000, '1') + "\n",
+        {"no points", ply("ascii", "vertex 0" + XYZ_FLOATS, ""), ""},
+        {"fewer points", ply("ascii", PLY2, "1 2 3\n4 5"), TOO_SHORT + "2 of element 'vertex'"},
+        {"binary cut", ply(LITTLE, "vertex 1" + XYZ_FLOATS, "12345678901"),
+         TOO_SHORT + "1 of element 'vertex'"},
+        {"far more points than bytes", ply(LITTLE, "vertex 4000000000000000000" + XYZ_FLOATS, "123"),
+         TOO_SHORT + "4000000000000000000 of element 'vertex'"},
+        {"text", ply("ascii", PLY2, "1 2 3\n4 5 z\n"), ":9: a number is expected"},
+        {"a zero byte", ply("ascii", PLY2, "1 2 3\n4 5 \0\n"s), ":9: a number is expected"},
+        {"a number of 2,000 digits", ply("ascii", PLY2, "1 2 3\n4 5 " + std::string(2000, '1') + "\n"),
          "1 2 3, 4 5 inf"},
-        {"no z",
-         "ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\nproperty float y\nend_header\n1 2\n",
-         ": the points have no 'z'"},
-        {"no vertices", "ply\nformat ascii 1.0\nelement face 0\nend_header\n",
-         ": the file has no element 'vertex'"},
+        {"no z", ply("ascii", "vertex 1: float x, float y", "1 2\n"), ": the points have no 'z'"},
+        {"no vertices", ply("ascii", "face 0", ""), ": the file has no element 'vertex'"},
         {"no end", "ply\nformat ascii 1.0\nelement vertex 1\n", ":3: the header has no end"},
-        {"a line of 20,000 characters", "ply\ncomment " + std::string(20000, 'x') + "\n",
+        {"a line of 20,000 characters", "ply\ncomment " + std::string(20000, 'x'),
          ":2: the line is too long"},
         {"an endless list",
-         "ply\nformat ascii 1.0\nelement a 1\nproperty list uint uchar l\nelement vertex 1\n" + header +
-             "4294967295 1 2 3\n",
+         ply("ascii", "a 1: list uint uchar l; vertex 1" + XYZ_FLOATS, "4294967295 1 2 3\n"),
          ":11: a number is missing at the end of the file"},
         {"a list before its binary end",
-         "ply\nformat binary_little_endian 1.0\nelement a 1\nproperty list uint uchar l\nelement vertex 1\n" +
-             header + raw<unsigned>({0xffffff}) + "12345678901234567890",
+         ply(LITTLE, "a 1: list uint uchar l; vertex 1" + XYZ_FLOATS,
+             raw<unsigned>({0xffffff}) + "12345678901234567890"),
          ": the file ends too early"},
         {"a property of no element", "ply\nformat ascii 1.0\nproperty float x\n",
          ":3: a property before the first element"},
-        {"an unknown type", "ply\nformat ascii 1.0\nelement vertex 1\nproperty quad x\n",
-         ":4: an unknown type of property"},
+        {"an unknown type", ply("ascii", "vertex 1: quad x", ""), ":4: an unknown type of property"},
     };
 }
 
@@ -261,7 +240,7 @@ void expectHabits(const std::vector<Habit>& habits, const char* name) {
     for (const Habit& habit : habits) {
         SCOPED_TRACE(habit.name);
         const std::string path = folder / name;
-        std::ofstream(path, std::ios::binary) << habit.content;
+        test::put(path, habit.content);
         Mat cloud(1, 1, MAT_TYPE::MAT_8U_C1);
         Mat normals;
         CloudInfo info;
@@ -286,19 +265,10 @@ void expectHabits(const std::vector<Habit>& habits, const char* name) {
     }
 }
 
-TEST(CloudHabitsTest, Ply) {
+TEST(CloudHabitsTest, FilesOfOthersAreReadAndLiesAreTold) {
     expectHabits(plyHabits(), "a.ply");
-}
-
-TEST(CloudHabitsTest, Pcd) {
     expectHabits(pcdHabits(), "a.pcd");
-}
-
-TEST(CloudHabitsTest, Vtk) {
     expectHabits(vtkHabits(), "a.vtk");
-}
-
-TEST(CloudHabitsTest, Xyz) {
     expectHabits(xyzHabits(), "a.xyz");
 }
 
@@ -326,12 +296,12 @@ TEST(CloudHabitsTest, OurOwnExportersFilesAreRead) {
 TEST(CloudHabitsTest, EveryPrefixOfAFileIsAnErrorOrTheSameCloud) {
     Mat cloud(7, 3, MAT_TYPE::MAT_32F_C4);
     cloud.setTo(Vector4<float>(1.5F, 2, 3, 4));
-    for (const char* const name : {"a.ply", "a.pcd", "a.vtk", "b.ply", "b.pcd", "b.vtk", "c.pcd", "d.ply"}) {
+    for (const test::CloudKind& kind : test::CLOUD_KINDS) {
+        const std::string name = kind.name;
+        if (kind.format == CLOUD_FILE::XYZ) continue;  // any number of lines is a cloud
         const ScratchFolder folder;
         CloudOptions options;
-        if (name[0] == 'b') options.encoding = ENCODING::ASCII;
-        if (name[0] == 'c') options.encoding = ENCODING::BINARY_COMPRESSED;
-        if (name[0] == 'd') options.encoding = ENCODING::BINARY_BIG_ENDIAN;
+        options.encoding = kind.encoding;
         ASSERT_TRUE(writeCloud(cloud, folder / name, options).ok());
         const std::string whole = contentOf(folder / name);
         std::size_t read = 0;
@@ -344,7 +314,7 @@ TEST(CloudHabitsTest, EveryPrefixOfAFileIsAnErrorOrTheSameCloud) {
             EXPECT_EQ(back.width * back.height, 21U) << name << " " << size;
         }
         // What VTK files have behind the points may be missing, and the last digits or line end of text.
-        EXPECT_LE(read, name[2] == 'v' ? whole.size() : 4) << name;
+        EXPECT_LE(read, kind.format == CLOUD_FILE::VTK ? whole.size() : 4) << name;
     }
 }
 

@@ -52,17 +52,16 @@ TEST(DepthsTest, FloatsComeBackBitForBitAndOtherwiseAsSamples) {
     const auto at = [&](std::size_t x, std::size_t y) {
         return reinterpret_cast<float*>(bytes.data() + y * STEP) + x;
     };
-    struct Kind {
+    const struct {
         const char* name;
         ENCODING encoding;
         bool samples;
-    };
-    const Kind kinds[] = {{"a.png", ENCODING::BINARY, true},
-                          {"a.pgm", ENCODING::BINARY, true},
-                          {"a.pgm", ENCODING::ASCII, true},
-                          {"a.pfm", ENCODING::BINARY, false},
-                          {"a.npy", ENCODING::BINARY, false}};
-    for (const Kind& kind : kinds) {
+    } kinds[] = {{"a.png", ENCODING::BINARY, true},
+                 {"a.pgm", ENCODING::BINARY, true},
+                 {"a.pgm", ENCODING::ASCII, true},
+                 {"a.pfm", ENCODING::BINARY, false},
+                 {"a.npy", ENCODING::BINARY, false}};
+    for (const auto& kind : kinds) {
         SCOPED_TRACE(std::string(kind.name) + " " + toStdString(toString(kind.encoding)));
         for (std::size_t i = 0; i < WIDTH * HEIGHT; ++i) {
             const auto bits = static_cast<std::uint32_t>(random());
@@ -173,36 +172,14 @@ TEST(DepthsTest, UnitsAreConvertedOnTheWay) {
     }
     const ScratchFolder folder;
     ASSERT_TRUE(writeDepth(row.mat, folder / "a.pfm").ok());
-    Mat back;
     DepthReadOptions reading;
     reading.targetUnit = UNIT::METER;
-    EXPECT_EQ(toStdString(readDepth(folder / "a.pfm", back, reading).text),
+    EXPECT_EQ(toStdString(readDepth(folder / "a.pfm", row.mat, reading).text),
               folder / "a.pfm: the unit is not known: give the option 'unit' to convert it");
 }
 
-TEST(DepthsTest, RowsOfPfmFilesHaveTheOrderAskedFor) {
-    std::vector<float> values{1, 2, 3, 4, 5, 6};
-    const Mat depth(3, 2, MAT_TYPE::MAT_32F_C1, reinterpret_cast<unsigned char*>(values.data()), 12,
-                    MEM::CPU);
-    const ScratchFolder folder;
-    ASSERT_TRUE(writeDepth(depth, folder / "a.pfm").ok());
-    const float bottomFirst[] = {4, 5, 6, 1, 2, 3};
-    const std::string wanted =
-        "Pf\n3 2\n-1.0\n" + std::string(reinterpret_cast<const char*>(bottomFirst), 24);
-    EXPECT_EQ(contentOf(folder / "a.pfm"), wanted);
-    Mat back;
-    DepthReadOptions reading;
-    reading.rows = ROW_ORDER::TOP_FIRST;
-    ASSERT_TRUE(readDepth(folder / "a.pfm", back, reading).ok());
-    expectSame(valuesOf(back), {4, 5, 6, 1, 2, 3});
-}
-
 std::string bytesOf(std::initializer_list<int> values) {
-    std::string text;
-    for (const int value : values) {
-        text += static_cast<char>(value);
-    }
-    return text;
+    return {values.begin(), values.end()};
 }
 
 TEST(DepthsTest, OtherWritersHabitsAreUnderstood) {
@@ -210,7 +187,9 @@ TEST(DepthsTest, OtherWritersHabitsAreUnderstood) {
         const char* name;
         std::string content;
         std::vector<float> wanted;
+        ROW_ORDER rows = ROW_ORDER::BOTTOM_FIRST;
     };
+    const std::string pair = bytesOf({0, 0, 0x80, 0x3f, 0, 0, 0, 0x40});  // 1 and 2
     const Habit habits[] = {
         {"8 bits", "P5 2 1 255 " + bytesOf({7, 200}), {7, 200}},
         {"comments, tabs and returns",
@@ -218,7 +197,8 @@ TEST(DepthsTest, OtherWritersHabitsAreUnderstood) {
          {0.5F, 0.9F}},
         {"16 bits", "P5\n1 2\n300\n" + bytesOf({1, 2, 0, 9}), {258, 9}},
         {"big-endian floats", "Pf\n1 1\n1.0\n" + bytesOf({0x3f, 0x80, 0, 0}), {1}},
-        {"floats in one line", "Pf 1 1 -2.5e0 " + bytesOf({0, 0, 0x80, 0x3f}), {1}},
+        {"floats in one line, the lowest row first", "Pf 1 2 -2.5e0 " + pair, {2, 1}},
+        {"the highest row first", "Pf 1 2 -1 " + pair, {1, 2}, ROW_ORDER::TOP_FIRST},
     };
     for (const Habit& habit : habits) {
         SCOPED_TRACE(habit.name);
@@ -226,7 +206,9 @@ TEST(DepthsTest, OtherWritersHabitsAreUnderstood) {
         std::ofstream(folder / "a") << habit.content;
         EXPECT_EQ(kindOf(folder / "a"), FILE_KIND::DEPTH);
         Mat back;
-        const Result read = readDepth(folder / "a", back);
+        DepthReadOptions reading;
+        reading.rows = habit.rows;
+        const Result read = readDepth(folder / "a", back, reading);
         ASSERT_TRUE(read.ok()) << read.text;
         expectSame(valuesOf(back), habit.wanted);
     }

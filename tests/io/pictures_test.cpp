@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_io/pictures.hpp"
 #include "support/ScratchFolder.hpp"
-#include "vela_core/geometry/mat_conversion.hpp"
+#include "support/blobs.hpp"
 #include "vela_io/pictures/scale.hpp"
 
 #include <gtest/gtest.h>
@@ -19,68 +19,12 @@
 namespace vela::io {
 namespace {
 
+using test::blobs;
+using test::cloudOf;
 using test::ScratchFolder;
+using test::Spots;
+using test::spotsIn;
 constexpr float NAN_F = std::numeric_limits<float>::quiet_NaN();
-
-struct ColoredPoint {
-    float x, y, z;
-    cv::Vec3b color;  ///< red, green, blue
-};
-
-Mat cloudOf(const std::vector<ColoredPoint>& points) {
-    Mat cloud(points.size(), 1, MAT_TYPE::MAT_32F_C4);
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        const float xyz[] = {points[i].x, points[i].y, points[i].z};
-        const unsigned char color[] = {points[i].color[0], points[i].color[1], points[i].color[2], 255};
-        std::memcpy(cloud.ptrCPU + 16 * i, xyz, sizeof xyz);
-        std::memcpy(cloud.ptrCPU + 16 * i + 12, color, sizeof color);
-    }
-    return cloud;
-}
-
-/// Blobs in the axes of a picture (x right, y down, z forward): four corners, and magenta in front of them.
-const std::map<std::string, ColoredPoint> BLOBS = {{"red", {-1, -1, 4, {255, 0, 0}}},
-                                                   {"green", {1, -1, 4, {0, 255, 0}}},
-                                                   {"blue", {1, 1, 4, {0, 0, 255}}},
-                                                   {"yellow", {-1, 1, 4, {255, 255, 0}}},
-                                                   {"magenta", {0, 0, 2, {255, 0, 255}}}};
-
-Mat blobs(COORDINATE_SYSTEM axes) {
-    std::mt19937 random(3);  // NOLINT(cert-msc51-cpp): the same every time
-    std::vector<ColoredPoint> points;
-    for (const auto& [name, centre] : BLOBS) {
-        for (int i = 0; i < 2000; ++i) {
-            const auto spread = [&] { return static_cast<float>(random() % 1000) / 5000 - 0.1F; };
-            points.push_back({centre.x + spread(), centre.y + spread(), centre.z + spread(), centre.color});
-        }
-    }
-    Mat cloud = cloudOf(points);
-    convertCoordinateSystem(cloud, COORDINATE_SYSTEM::IMAGE, axes, MEM::CPU);
-    return cloud;
-}
-
-/// Where the pixels of a colour are on average, and how many there are.
-struct Spot {
-    int x = 0, y = 0, count = 0;
-    bool operator==(const Spot& o) const { return x == o.x && y == o.y && count == o.count; }
-};
-std::map<std::string, Spot> spotsIn(const cv::Mat& picture, int from, int to) {
-    std::map<std::string, Spot> spots;
-    for (const auto& [name, blob] : BLOBS) {
-        Spot spot;
-        for (int y = 0; y < picture.rows; ++y) {
-            for (int x = from; x < to; ++x) {
-                const cv::Vec3b bgr = picture.at<cv::Vec3b>(y, x);
-                if (cv::Vec3b(bgr[2], bgr[1], bgr[0]) != blob.color) continue;
-                spot.x += x;
-                spot.y += y;
-                ++spot.count;
-            }
-        }
-        if (spot.count > 0) spots[name] = {spot.x / spot.count, spot.y / spot.count, spot.count};
-    }
-    return spots;
-}
 
 TEST(Ticks, AreRoundNumbersThatAllDiffer) {
     const struct {
@@ -105,16 +49,11 @@ TEST(Ticks, AreRoundNumbersThatAllDiffer) {
 TEST(DepthPreview, ShowsEachPixelInTheColourOfItsDepth) {
     const ScratchFolder folder;
     Mat depth(400, 300, MAT_TYPE::MAT_32F_C1);
-    for (std::size_t y = 0; y < 300; ++y) {
-        for (std::size_t x = 0; x < 400; ++x)
-            depth.setValue(x, y, 1000.F + static_cast<float>(x));
-    }
     const float invalid[] = {NAN_F, std::numeric_limits<float>::infinity(), 0, -1};
-    for (std::size_t i = 0; i < 4; ++i) {
-        for (std::size_t y = 0; y < 20; ++y) {
-            for (std::size_t x = 0; x < 20; ++x)
-                depth.setValue(x + 20 * i, y, invalid[i]);
-        }
+    for (std::size_t i = 0; i < 400 * 300; ++i) {
+        const std::size_t x = i % 400;
+        const bool marked = x < 80 && i / 400 < 20;
+        depth.setValue(x, i / 400, marked ? invalid[x / 20] : 1000.F + static_cast<float>(x));
     }
     PreviewOptions options;
     options.unit = UNIT::MILLIMETER;
@@ -176,35 +115,26 @@ TEST(CloudPreview, PutsBlobsAtTheSamePixelsInEveryAxisConvention) {
     const ScratchFolder folder;
     PreviewOptions options;
     options.views = {CLOUD_VIEW::FRONT, CLOUD_VIEW::TOP};
-    std::map<std::string, Spot> front;
-    std::map<std::string, Spot> top;
+    Spots front;
+    Spots top;
     for (int axes = 0; axes <= 5; ++axes) {
+        SCOPED_TRACE(axes);
         options.axes = static_cast<COORDINATE_SYSTEM>(axes);
         const Result result = preview(blobs(options.axes), folder / "cloud.png", options);
         ASSERT_TRUE(result.ok()) << result.text.c_str();
         const cv::Mat picture = cv::imread(folder / "cloud.png");
         ASSERT_EQ(picture.size(), cv::Size(1280, 720));
-        const auto frontNow = spotsIn(picture, 0, 640);
-        const auto topNow = spotsIn(picture, 640, 1280);
+        Spots frontNow = spotsIn(picture.colRange(0, 640));
+        Spots topNow = spotsIn(picture.colRange(640, 1280));
         if (axes == 0) {
             front = frontNow;
             top = topNow;
         }
-        for (const auto& [name, blob] : BLOBS) {
-            EXPECT_NEAR(frontNow.at(name).x, front.at(name).x, 1) << name << axes;
-            EXPECT_NEAR(frontNow.at(name).y, front.at(name).y, 1) << name << axes;
-        }
-        EXPECT_NEAR(topNow.at("magenta").y, top.at("magenta").y, 1) << axes;
+        test::expectFrontView(frontNow, front);
+        EXPECT_NEAR(topNow["magenta"].y, top["magenta"].y, 1);
     }
-    EXPECT_LT(front["red"].x, front["magenta"].x);
-    EXPECT_LT(front["red"].y, front["magenta"].y);
-    EXPECT_GT(front["blue"].x, front["magenta"].x);
-    EXPECT_GT(front["blue"].y, front["magenta"].y);
-    EXPECT_LT(front["yellow"].x, front["green"].x);
-    EXPECT_GT(front["yellow"].y, front["green"].y);
     EXPECT_GT(top["magenta"].y, top["red"].y) << "nearer is lower, seen from above";
-    EXPECT_GT(top["red"].count, 3 * (top.count("yellow") ? top["yellow"].count : 0))
-        << "red lies above yellow";
+    EXPECT_GT(top["red"].count, 3 * top["yellow"].count) << "red lies above yellow";
 }
 
 TEST(CloudPreview, ShowsSidesAndCountsWhatIsNotSeen) {
@@ -214,7 +144,7 @@ TEST(CloudPreview, ShowsSidesAndCountsWhatIsNotSeen) {
         options.views = {view};
         const Result result = preview(blobs(COORDINATE_SYSTEM::IMAGE), folder / "a.png", options);
         EXPECT_TRUE(result.ok()) << result.text.c_str();
-        return spotsIn(cv::imread(folder / "a.png"), 0, 1280);
+        return spotsIn(cv::imread(folder / "a.png"));
     };
     auto back = spots(CLOUD_VIEW::BACK);
     EXPECT_GT(back["red"].x, back["green"].x);
@@ -224,7 +154,7 @@ TEST(CloudPreview, ShowsSidesAndCountsWhatIsNotSeen) {
     auto right = spots(CLOUD_VIEW::RIGHT);
     EXPECT_LT(right["magenta"].x, right["green"].x);
 
-    Mat cloud = cloudOf(std::vector<ColoredPoint>(1000, {0, 0, 1, {9, 9, 9}}));
+    Mat cloud = cloudOf(std::vector<test::ColoredPoint>(1000, {0, 0, 1, {9, 9, 9}}));
     cloud.setValue(0, 0, Vector4<float>(NAN_F, 0, 1, 0));
     cloud.setValue(1, 0, Vector4<float>(3e38F, 0, 1, 0));
     const Result result = preview(cloud, folder / "a.png");
@@ -283,15 +213,13 @@ std::vector<cv::Vec<int, 6>> pointsOf(const std::string& page) {
     const std::string text = between(page, R"(<script id="points" type="text/plain">)", "</script>");
     std::string packed;
     std::uint32_t word = 0;
-    int bits = 0;
+    unsigned bits = 0;
     for (const char c : text) {
         const std::size_t digit =
             std::string("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/").find(c);
         if (digit == std::string::npos) continue;
         word = word << 6U | static_cast<std::uint32_t>(digit);
-        if ((bits += 6) < 8) continue;
-        bits -= 8;
-        packed += static_cast<char>(word >> static_cast<unsigned>(bits) & 255U);
+        if ((bits += 6) >= 8) packed += static_cast<char>(word >> (bits -= 8) & 255U);
     }
     std::vector<unsigned char> bytes(std::size_t{9} << 20U);
     uLongf size = bytes.size();
@@ -341,12 +269,10 @@ TEST(WriteHtml, ChoosesAmongTooManyPointsAndStaysWithinTenMegabytes) {
     const ScratchFolder folder;
     Mat noise(1000, 900, MAT_TYPE::MAT_32F_C4);  // nothing compresses worse
     std::mt19937 random(5);                      // NOLINT(cert-msc51-cpp): the same every time
-    for (std::size_t i = 0; i < 900000; ++i) {
-        const float point[] = {static_cast<float>(random()), static_cast<float>(random()),
-                               static_cast<float>(random())};
+    for (std::size_t i = 0; i < 4 * 900000; ++i) {
         const auto color = static_cast<std::uint32_t>(random());
-        std::memcpy(noise.ptrCPU + 16 * i, point, sizeof point);
-        std::memcpy(noise.ptrCPU + 16 * i + 12, &color, sizeof color);
+        noise.getPtr<float>()[i] = static_cast<float>(color);
+        if (i % 4 == 3) std::memcpy(noise.getPtr<float>() + i, &color, sizeof color);
     }
     HtmlOptions options;
     options.maxPoints = 800000;

@@ -26,6 +26,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::contentOf;
+using test::put;
 using test::ScratchFolder;
 using namespace std::string_literals;
 
@@ -53,16 +54,13 @@ protected:
                 return writeCloud(cloud_, path, options);
             };
         };
-        const auto depth = [this](const String& path, const Progress& progress) {
-            DepthOptions options;
-            options.scale = 1000;
-            options.progress = progress;
-            return writeDepth(depth_, path, options);
-        };
-        const auto floats = [this](const String& path, const Progress& progress) {
-            DepthOptions options;
-            options.progress = progress;
-            return writeDepth(depth_, path, options);
+        const auto depth = [this](std::optional<double> scale) {
+            return [=](const String& path, const Progress& progress) {
+                DepthOptions options;
+                options.scale = scale;
+                options.progress = progress;
+                return writeDepth(depth_, path, options);
+            };
         };
         operations_ = {{"a.ply", cloud(ENCODING::BINARY)},
                        {"b.ply", cloud(ENCODING::ASCII)},
@@ -70,14 +68,10 @@ protected:
                        {"b.pcd", cloud(ENCODING::BINARY_COMPRESSED)},
                        {"a.vtk", cloud(ENCODING::BINARY)},
                        {"a.xyz", cloud(ENCODING::ASCII)},
-                       {"a.png", depth},
-                       {"a.pgm", depth},
-                       {"a.pfm", floats},
-                       {"a.npy", [this](const String& path, const Progress& progress) {
-                            NpyOptions options;
-                            options.progress = progress;
-                            return writeNpy(depth_, path, options);
-                        }}};
+                       {"a.png", depth(1000)},
+                       {"a.pgm", depth(1000)},
+                       {"a.pfm", depth({})},
+                       {"a.npy", depth({})}};
     }
 
     Result write(const Operation& operation, const std::string& path, const Progress& progress = {}) {
@@ -89,10 +83,6 @@ protected:
     std::vector<Operation> operations_;
 };
 
-void put(const std::string& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
-}
-
 mode_t modeOf(const std::string& path) {
     struct stat status {};
     EXPECT_EQ(lstat(path.c_str(), &status), 0);
@@ -100,41 +90,27 @@ mode_t modeOf(const std::string& path) {
 }
 
 TEST_F(SafeFilesTest, FaultsAreToldAndLeaveEverythingAsItWas) {
-    struct Fault {
-        const char* name;
+    const struct {
+        std::string before;  ///< the name of the file
         const char* text;
         int error;
-        std::function<std::string(const ScratchFolder& folder, const std::string& file)> prepare;
-    };
-    const Fault faults[] = {
-        {"missing folder", ": no file can be made beside it: no such file or directory", ENOENT,
-         [](auto& folder, auto& file) { return folder / ("missing/" + file); }},
-        {"a folder in its place", ": is a directory", EISDIR,
-         [](auto& folder, auto& file) {
-             fs::create_directory(folder / file);
-             return folder / file;
-         }},
-        {"a file in the folder's place", ": not a directory", ENOTDIR,
-         [](auto& folder, auto& file) {
-             put(folder / "f", "");
-             return folder / ("f/" + file);
-         }},
-        {"a chain of links without end", ": too many levels of symbolic links", ELOOP,
-         [](auto& folder, auto& file) {
-             fs::create_symlink(folder / file, folder / file);
-             return folder / file;
-         }},
-        {"a name too long", ": file name too long", ENAMETOOLONG,
-         [](auto& folder, auto& file) { return folder / (std::string(300, 'x') + file); }},
-    };
-    for (const Fault& fault : faults) {
-        for (const Operation& operation : operations_) {
-            const ScratchFolder folder;
-            const std::string path = fault.prepare(folder, operation.name);
-            const std::string before = folder.listing();
+    } faults[] = {{"missing/", ": no file can be made beside it: no such file or directory", ENOENT},
+                  {"folder.", ": is a directory", EISDIR},
+                  {"file/", ": not a directory", ENOTDIR},
+                  {"endless link.", ": too many levels of symbolic links", ELOOP},
+                  {std::string(300, 'x'), ": file name too long", ENAMETOOLONG}};
+    const ScratchFolder folder;
+    put(folder / "file", "");
+    for (const Operation& operation : operations_) {
+        fs::create_directory(folder / ("folder."s + operation.name));
+        const std::string link = "endless link."s + operation.name;
+        fs::create_symlink(link, folder / link);
+        const std::string before = folder.listing();
+        for (const auto& fault : faults) {
+            const std::string path = folder / (fault.before + operation.name);
             const Result result = write(operation, path);
             EXPECT_EQ(result.code, ERROR_CODE::FAILURE);
-            EXPECT_EQ(toStdString(result.text), path + fault.text) << fault.name;
+            EXPECT_EQ(toStdString(result.text), path + fault.text);
             EXPECT_EQ(result.systemError, fault.error);
             EXPECT_EQ(folder.listing(), before);
         }

@@ -42,6 +42,10 @@ private:
     std::filesystem::path path_;
 };
 
+inline void put(const std::string& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
 inline std::string contentOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     EXPECT_TRUE(file.is_open()) << path;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The library's half of the exchange with other programs: `files write FOLDER` writes a cloud and a depth map
 // in every format from arrays in that folder; `files read FILE ARRAY` turns a file into an array.
-#include "vela_io/io.hpp"
+#include "tests/support/cloud_kinds.hpp"
 
 #include <cstdio>
 #include <cstring>
@@ -28,20 +28,7 @@ void writeAll(const std::string& folder) {
     require(readNpy(folder + "/normals.npy", normals));
     require(readNpy(folder + "/depth.npy", depth));
     if (failures > 0) return;
-    struct Kind {
-        const char* name;
-        ENCODING encoding;
-    };
-    const Kind kinds[] = {{"ascii.ply", ENCODING::ASCII},
-                          {"binary.ply", ENCODING::BINARY},
-                          {"big.ply", ENCODING::BINARY_BIG_ENDIAN},
-                          {"ascii.pcd", ENCODING::ASCII},
-                          {"binary.pcd", ENCODING::BINARY},
-                          {"packed.pcd", ENCODING::BINARY_COMPRESSED},
-                          {"ascii.vtk", ENCODING::ASCII},
-                          {"binary.vtk", ENCODING::BINARY},
-                          {"ascii.xyz", ENCODING::ASCII}};
-    for (const Kind& kind : kinds) {
+    for (const test::CloudKind& kind : test::CLOUD_KINDS) {
         CloudOptions options;
         options.encoding = kind.encoding;
         require(writeCloud(cloud, folder + "/plain_" + kind.name, options));
