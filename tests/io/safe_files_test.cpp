@@ -71,7 +71,11 @@ protected:
                        {"a.png", depth(1000)},
                        {"a.pgm", depth(1000)},
                        {"a.pfm", depth({})},
-                       {"a.npy", depth({})}};
+                       {"a.npy", [this](const String& path, const Progress& progress) {
+                            NpyOptions options;
+                            options.progress = progress;
+                            return writeNpy(depth_, path, options);
+                        }}};
     }
 
     Result write(const Operation& operation, const std::string& path, const Progress& progress = {}) {
