@@ -25,6 +25,9 @@ public:
 
     std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
 
+    /// Closes whatever has been opened since.
+    void closeLaterOnes() const { require(close_range(static_cast<unsigned>(descriptor_) + 1, ~0U, 0) == 0); }
+
     void put(const void* bytes, std::size_t size) {
         require(ftruncate(descriptor_, 0) == 0 &&
                 pwrite(descriptor_, bytes, size, 0) == static_cast<ssize_t>(size));

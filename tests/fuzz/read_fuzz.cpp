@@ -19,6 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     mat.name = "kept";
     mat.setTo<unsigned char>(7);
     const vela::ERROR_CODE result = mat.read(file.path());
+    // OpenCV leaves a Radiance picture open when its header is broken.
+    file.closeLaterOnes();
     require(mat.isInit && mat.memoryOwner && mat.ptrCPU != nullptr && mat.ptrGPU == nullptr);
     require(mat.stepBytesCPU == mat.width * mat.pixelBytes && mat.name == vela::String("kept"));
     if (result == vela::ERROR_CODE::SUCCESS) {
