@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_io/io.hpp"
+#include "vela_io/pictures.hpp"
 
 namespace vela::io {
 namespace {
@@ -29,6 +30,15 @@ constexpr Name<FILE_KIND> FILE_KINDS[] = {{FILE_KIND::UNKNOWN, "UNKNOWN"},
                                           {FILE_KIND::DEPTH, "DEPTH"},
                                           {FILE_KIND::ARRAY, "ARRAY"}};
 
+constexpr Name<COLOR_BY> COLOR_MEANINGS[] = {
+    {COLOR_BY::RGB, "RGB"}, {COLOR_BY::DEPTH, "DEPTH"}, {COLOR_BY::HEIGHT, "HEIGHT"}};
+
+constexpr Name<CLOUD_VIEW> CLOUD_VIEWS[] = {{CLOUD_VIEW::FRONT, "FRONT"},
+                                            {CLOUD_VIEW::TOP, "TOP"},
+                                            {CLOUD_VIEW::LEFT, "LEFT"},
+                                            {CLOUD_VIEW::RIGHT, "RIGHT"},
+                                            {CLOUD_VIEW::BACK, "BACK"}};
+
 template <class Enum, std::size_t count>
 String nameIn(const Name<Enum> (&names)[count], Enum value) {
     for (const Name<Enum>& name : names) {
@@ -57,6 +67,14 @@ String toString(const ROW_ORDER& value) {
 
 String toString(const FILE_KIND& value) {
     return nameIn(FILE_KINDS, value);
+}
+
+String toString(const COLOR_BY& value) {
+    return nameIn(COLOR_MEANINGS, value);
+}
+
+String toString(const CLOUD_VIEW& value) {
+    return nameIn(CLOUD_VIEWS, value);
 }
 
 }  // namespace vela::io

@@ -28,6 +28,11 @@ enum class CLOUD_VIEW : std::int32_t {
     BACK = 4,
 };
 
+/// The display name; "Unknown" for a value without enumerator.
+VELA_IO_API String toString(const COLOR_BY& value);
+/// The display name; "Unknown" for a value without enumerator.
+VELA_IO_API String toString(const CLOUD_VIEW& value);
+
 /// How `preview` draws.
 struct PreviewOptions {
     /// Width of a cloud's picture in pixels, at least 320. For depth maps it is the maximum: they are shown

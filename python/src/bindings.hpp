@@ -19,6 +19,7 @@ void bindDevice(nb::module_& module);
 void bindGeometry(nb::module_& module);
 void bindRecords(nb::module_& module);
 void bindIo(nb::module_& module);
+void bindPictures(nb::module_& module);
 void bindTool(nb::module_& module);
 
 /// Raises `vela.Error` with this code; the text is `operation`, a colon, and what the library said on this

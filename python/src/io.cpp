@@ -3,16 +3,14 @@
 #include "PyMat.hpp"
 #include "casters.hpp"
 #include "enums.hpp"
+#include "io_calls.hpp"
 
 #include <nanobind/stl/optional.h>
 #include <nanobind/stl/pair.h>
 #include <vela_io/io.hpp>
 
-#include <exception>
 #include <memory>
 #include <optional>
-#include <string>
-#include <string_view>
 #include <utility>
 
 namespace vela::python {
@@ -26,73 +24,6 @@ struct PyCloudInfo : io::CloudInfo {
 struct PyDepthInfo : io::DepthInfo {
     String note;
 };
-
-/// A path as the system wants it; any object that stands for one will do.
-String pathOf(nb::handle path) {
-    const nb::object encoded = nb::module_::import_("os").attr("fsencode")(path);
-    return nb::cast<nb::bytes>(encoded).c_str();
-}
-
-/// Calls a Python function with the bytes done and all bytes. What it raises ends the work and is raised
-/// again when the work has ended.
-class PyProgress {
-public:
-    explicit PyProgress(nb::handle function) : function_(function) {}
-
-    io::Progress function() {
-        if (function_.is_none()) return {};
-        return [this](std::size_t done, std::size_t total) { return call(done, total); };
-    }
-
-    void rethrow() const {
-        if (raised_) std::rethrow_exception(raised_);
-    }
-
-private:
-    bool call(std::size_t done, std::size_t total) {
-        const nb::gil_scoped_acquire locked;
-        try {
-            return !function_(done, total).is(nb::handle(Py_False));
-        } catch (...) {
-            raised_ = std::current_exception();
-            return false;
-        }
-    }
-
-    nb::handle function_;
-    std::exception_ptr raised_;
-};
-
-[[noreturn]] void raiseOsError(const io::Result& result, const String& path) {
-    std::string_view text = result.text.c_str();
-    const std::string prefix = toStdString(path) + ": ";
-    if (text.substr(0, prefix.size()) == prefix) text.remove_prefix(prefix.size());
-    const nb::object name = nb::module_::import_("os").attr("fsdecode")(nb::bytes(path.c_str()));
-    const nb::handle type(PyExc_OSError);
-    const nb::object error = type(result.systemError, nb::str(text.data(), text.size()), name);
-    // Of the error's own type: OSError chooses it by the number.
-    PyErr_SetObject(error.type().ptr(), error.ptr());
-    throw nb::python_error();
-}
-
-void require(const io::Result& result, const String& path, const char* operation) {
-    if (result.ok()) return;
-    if (result.systemError != 0) raiseOsError(result, path);
-    raise(result.code, operation, toStdString(result.text));
-}
-
-/// Runs one call of the library without the interpreter's lock.
-template <class Call>
-io::Result run(const String& path, const char* operation, PyProgress& progress, Call call) {
-    io::Result result;
-    {
-        const nb::gil_scoped_release released;
-        result = call();
-    }
-    progress.rethrow();
-    require(result, path, operation);
-    return result;
-}
 
 io::Result writeCloud(const PyMat& cloud, nb::handle path, std::optional<io::CLOUD_FILE> format,
                       std::optional<io::ENCODING> encoding, bool color, bool alpha,
@@ -292,9 +223,6 @@ void bindResults(nb::module_& module) {
 
 constexpr std::size_t MOST = 0x7fffffff;
 
-#define VELA_PATH "str | os.PathLike[str]"
-#define VELA_PROGRESS "collections.abc.Callable[[int, int], object] | None = None"
-
 void bindClouds(nb::module_& module) {
     module.def(
         "write_cloud", &writeCloud, "cloud"_a, "path"_a, nb::kw_only(), "format"_a = nb::none(),
@@ -380,9 +308,6 @@ void bindArrays(nb::module_& module) {
         nb::sig("def kind_of(path: " VELA_PATH ") -> FILE_KIND"),
         "What a file holds, by its first bytes; UNKNOWN also if it cannot be read.");
 }
-
-#undef VELA_PATH
-#undef VELA_PROGRESS
 
 }  // namespace
 

@@ -69,5 +69,6 @@ NB_MODULE(_core, module) {
     bindGeometry(module);
     bindRecords(module);
     bindIo(module);
+    bindPictures(module);
     bindTool(module);
 }

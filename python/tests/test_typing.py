@@ -30,6 +30,7 @@ colours: npt.NDArray[np.uint8] = vela.Mat.from_points(np.zeros((4, 3), np.float3
 m.convert_unit(vela.UNIT.METER, vela.UNIT.MILLIMETER, mem=vela.MEM.CPU)
 cloud, info = io.read_cloud("cloud.ply", target_unit=vela.UNIT.METER)
 count: int = info.points
+seen: int = io.preview(cloud, "sides.png", views=[io.CLOUD_VIEW.TOP]).written
 moved: npt.NDArray[np.float32] = vela.Transform() @ cloud.xyz
 motion: vela.Transform = vela.Transform() @ vela.Transform(vela.Rotation(), (1, 2, 3)).inverse()
 try:
