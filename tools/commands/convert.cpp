@@ -10,7 +10,7 @@
 namespace vela::tools {
 namespace {
 
-struct Options {
+struct ConvertOptions {
     std::string in;
     std::string out;
     std::string format;
@@ -41,7 +41,7 @@ std::optional<Enum> formatNamed(const std::string& name, Enum last) {
     throw Trouble("--format: '" + name + "' is none of " + known);
 }
 
-io::Result convertCloud(const Options& options, const Loaded& loaded, const io::Progress& progress) {
+io::Result convertCloud(const ConvertOptions& options, const Loaded& loaded, const io::Progress& progress) {
     io::CloudOptions writing;
     writing.format = formatNamed(options.format, io::CLOUD_FILE::VTK);
     writing.encoding = encodingNamed("--encoding", options.encoding);
@@ -58,7 +58,7 @@ io::Result convertCloud(const Options& options, const Loaded& loaded, const io::
     return io::writeCloud(loaded.mat, options.out, writing);
 }
 
-io::Result convertDepth(const Options& options, const Loaded& loaded, const io::Progress& progress) {
+io::Result convertDepth(const ConvertOptions& options, const Loaded& loaded, const io::Progress& progress) {
     io::DepthOptions writing;
     writing.format = formatNamed(options.format, io::DEPTH_FILE::NPY);
     writing.encoding = encodingNamed("--encoding", options.encoding);
@@ -73,7 +73,7 @@ io::Result convertDepth(const Options& options, const Loaded& loaded, const io::
     return io::writeDepth(loaded.mat, options.out, writing);
 }
 
-int convert(const Options& options, const Console& console) {
+int convert(const ConvertOptions& options, const Console& console) {
     const auto start = std::chrono::steady_clock::now();
     const Loaded loaded = load(options.in, options.input, console);
     io::Result written;
@@ -96,7 +96,7 @@ int convert(const Options& options, const Console& console) {
 }  // namespace
 
 Command addConvert(CLI::App& app, const Console& console) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ConvertOptions>();
     CLI::App& command =
         *app.add_subcommand("convert", "Write a cloud or depth map in another format, unit or frame");
     command.add_option("IN", options->in, "file to read")->required();

@@ -13,7 +13,7 @@
 namespace vela::tools {
 namespace {
 
-struct Options {
+struct PinholeOptions {
     std::string depth;
     std::string out;
     std::string color;
@@ -30,7 +30,7 @@ struct Options {
 
 /// Each pixel's point by the pinhole model: x = (u - cx) z / fx, y = (v - cy) z / fy, in the axes of the
 /// picture; NaN without a depth.
-Mat backProject(const Mat& depth, const Picture& picture, const Options& options) {
+Mat backProject(const Mat& depth, const Picture& picture, const PinholeOptions& options) {
     const bool colored = !picture.rgb.empty();
     Mat cloud(depth.width, depth.height, colored ? MAT_TYPE::MAT_32F_C4 : MAT_TYPE::MAT_32F_C3);
     for (std::size_t v = 0; v < depth.height; ++v) {
@@ -52,7 +52,7 @@ Mat backProject(const Mat& depth, const Picture& picture, const Options& options
     return cloud;
 }
 
-int depthToCloud(const Options& options, const Console& console) {
+int depthToCloud(const PinholeOptions& options, const Console& console) {
     if (!(options.fx > 0) || !(options.fy > 0)) throw Trouble("--fx and --fy: must be above 0");
     InputOptions input = options.input;
     input.depth = true;
@@ -86,7 +86,7 @@ int depthToCloud(const Options& options, const Console& console) {
 }  // namespace
 
 Command addDepthToCloud(CLI::App& app, const Console& console) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<PinholeOptions>();
     CLI::App& command =
         *app.add_subcommand("depth2cloud", "Make a cloud of a depth map by the pinhole model");
     command.add_option("DEPTH", options->depth, "depth map to read")->required();

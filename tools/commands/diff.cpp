@@ -12,7 +12,7 @@
 namespace vela::tools {
 namespace {
 
-struct Options {
+struct DiffOptions {
     std::string a;
     std::string b;
     double tolerance = 0;
@@ -84,7 +84,7 @@ bool describeDiffers(const Loaded& a, const Loaded& b, std::ostream& out) {
     return any;
 }
 
-int diff(const Options& options, const Console& console) {
+int diff(const DiffOptions& options, const Console& console) {
     if (!(options.tolerance >= 0)) throw Trouble("--tolerance: must not be negative");
     const Loaded a = load(options.a, options.input, console);
     const Loaded b = load(options.b, options.input, console);
@@ -111,7 +111,7 @@ int diff(const Options& options, const Console& console) {
 }  // namespace
 
 Command addDiff(CLI::App& app, const Console& console) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<DiffOptions>();
     CLI::App& command = *app.add_subcommand(
         "diff", "Compare two files point by point: exit code 0 same, 1 different, 2 trouble");
     command.add_option("A", options->a, "first file")->required();

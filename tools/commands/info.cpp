@@ -14,7 +14,7 @@
 namespace vela::tools {
 namespace {
 
-struct Options {
+struct InfoOptions {
     std::vector<std::string> files;
     bool json = false;
     InputOptions input;
@@ -196,7 +196,7 @@ void printJson(std::ostream& out, const std::string& path, const Loaded& loaded,
     out << "}";
 }
 
-int info(const Options& options, const Console& console) {
+int info(const InfoOptions& options, const Console& console) {
     if (options.json) console.out << "[\n";
     bool first = true;
     for (const std::string& path : options.files) {
@@ -213,7 +213,7 @@ int info(const Options& options, const Console& console) {
 }  // namespace
 
 Command addInfo(CLI::App& app, const Console& console) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<InfoOptions>();
     CLI::App& command = *app.add_subcommand("info", "Say what files of clouds and depth maps hold");
     command.add_option("FILE", options->files, "files to read")->required();
     command.add_flag("--json", options->json, "print an array of JSON objects");

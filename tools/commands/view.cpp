@@ -10,7 +10,7 @@
 namespace vela::tools {
 namespace {
 
-struct Options {
+struct ViewOptions {
     std::string in;
     std::string out;
     std::string size;
@@ -55,7 +55,7 @@ void takeSize(const std::string& text, io::PreviewOptions& drawing) {
     }
 }
 
-io::Result draw(const Options& options, const Loaded& loaded) {
+io::Result draw(const ViewOptions& options, const Loaded& loaded) {
     constexpr const char* VIEWS[] = {"front", "top", "left", "right", "back"};
     io::PreviewOptions drawing;
     takeSize(options.size, drawing);
@@ -69,7 +69,7 @@ io::Result draw(const Options& options, const Loaded& loaded) {
     return io::preview(loaded.mat, options.out, drawing);
 }
 
-io::Result show(const Options& options, const Loaded& loaded) {
+io::Result show(const ViewOptions& options, const Loaded& loaded) {
     if (loaded.isDepth)
         throw Trouble(options.in + ": a depth map has no page; draw a PNG or use depth2cloud");
     io::HtmlOptions page;
@@ -81,7 +81,7 @@ io::Result show(const Options& options, const Loaded& loaded) {
     return io::writeHtml(loaded.mat, options.out, page);
 }
 
-int view(const Options& options, const Console& console) {
+int view(const ViewOptions& options, const Console& console) {
     const bool png = endsWith(options.out, ".png");
     if (!png && !endsWith(options.out, ".html"))
         throw Trouble(options.out + ": a picture is a .png or .html file");
@@ -96,7 +96,7 @@ int view(const Options& options, const Console& console) {
 }  // namespace
 
 Command addView(CLI::App& app, const Console& console) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ViewOptions>();
     CLI::App& command =
         *app.add_subcommand("view", "Draw a cloud or depth map as a PNG file or a page for a browser");
     command.add_option("IN", options->in, "file to read")->required();
