@@ -9,7 +9,6 @@
 #include <gtest/gtest-spi.h>
 #include <Eigen/LU>
 
-#include <cstring>
 #include <random>
 
 namespace vela::test {
@@ -77,25 +76,14 @@ TYPED_TEST(MatrixTest, CalculatesAsEigenDoes) {
     }
 }
 
-TEST(Matrix3f, InvertsByTheAdjugate) {
+TYPED_TEST(MatrixTest, InvertsWhatIsFarFromSingular) {
     Draw draw;
     for (int i = 0; i < 100; ++i) {
-        const Matrix3f a = draw.matrix<Matrix3f>() + Matrix3f() * 30;  // far from singular
-        expectNearEigen(Matrix3f::inverse(a), wide(a).inverse());
+        TypeParam a = draw.matrix<TypeParam>() + TypeParam() * 30;
+        if constexpr (SIZE<TypeParam> == 4) std::copy_n(Matrix4f().m + 12, 4, a.m + 12);  // a motion
+        expectNearEigen(TypeParam::inverse(a), wide(a).inverse());
     }
     expectNear(numbersOf(Matrix3f::inverse(Matrix3f::zeros())), Numbers(9, NAN));
-}
-
-TEST(Matrix4f, InvertsRigidMotions) {
-    Draw draw;
-    for (int i = 0; i < 100; ++i) {
-        Matrix4f a = draw.matrix<Matrix4f>() + Matrix4f() * 30;
-        a.setSubVector4f({draw.number(), draw.number(), draw.number(), 1}, 3);
-        std::copy_n(Matrix4f().m + 12, 4, a.m + 12);
-        expectNearEigen(Matrix4f::inverse(a), wide(a).inverse());
-        expectNear(a * Matrix4f::inverse(a), Matrix4f());
-        EXPECT_EQ(a.inverse(), ERROR_CODE::SUCCESS);
-    }
 }
 
 /// The cofactor of row i and column j: six products of the minor's elements, summed from left to right.
@@ -128,16 +116,6 @@ ERROR_CODE invertPlainly(Matrix4f& matrix) {
     return gate == 0 ? ERROR_CODE::FAILURE : ERROR_CODE::SUCCESS;
 }
 
-/// Bits of floats, those of all NaNs the same.
-std::vector<std::uint32_t> bitsOf(const Matrix4f& matrix) {
-    std::vector<std::uint32_t> bits(16);
-    Numbers numbers = numbersOf(matrix);
-    std::replace_if(
-        numbers.begin(), numbers.end(), [](float x) { return std::isnan(x); }, NAN);
-    std::memcpy(bits.data(), numbers.data(), sizeof matrix.m);
-    return bits;
-}
-
 TEST(Matrix4f, InverseHasTheBitsAndTheStatusOfPlainSums) {
     Draw draw;
     int failures = 0;
@@ -156,7 +134,7 @@ TEST(Matrix4f, InverseHasTheBitsAndTheStatusOfPlainSums) {
         Matrix4f wanted(matrix);
         const ERROR_CODE status = invertPlainly(wanted);
         EXPECT_EQ(matrix.inverse(), status);
-        EXPECT_EQ(bitsOf(matrix), bitsOf(wanted));
+        EXPECT_EQ(bitsOf(numbersOf(matrix)), bitsOf(numbersOf(wanted)));
         failures += status == ERROR_CODE::FAILURE && i % 3 == 1 ? 1 : 0;
     }
     EXPECT_GT(failures, 50);
@@ -170,8 +148,6 @@ TEST(Matrix4f, InverseSumsItsGateFromTheSecondElementOn) {
 }
 
 TEST(Matrix4f, RepeatsTheDotProductsWithAVector) {
-    const Matrix4f product = Matrix4f() * Vector4<float>(1, 2, 3, 4);
-    expectNear(numbersOf(product), {1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3, 4, 4, 4, 4}, 0.0F);
     Draw draw;
     const auto a = draw.matrix<Matrix4f>();
     expectNearEigen(a * Vector4<float>(1, 10, 100, 1000),

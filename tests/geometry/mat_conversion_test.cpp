@@ -3,18 +3,15 @@
 
 #include "support/device.hpp"
 #include "support/geometry.hpp"
-#include "vela_core/types/detail/enum_cast.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <tuple>
 
 namespace vela::test {
 namespace {
-
-using detail::fromValue;
-using detail::toValue;
 
 using Frame = COORDINATE_SYSTEM;
 constexpr auto TO = Frame::RIGHT_HANDED_Z_UP_AND_X_FORWARD;
@@ -32,17 +29,6 @@ Numbers samples(const Mat& mat) {
         if (mat.channels == 4 && i % 4 == 3) std::memcpy(&samples[i], &colour, sizeof colour);
     }
     return samples;
-}
-
-/// Bit patterns, as a comparison of floats would lose NaNs and the sign of zeros. A coordinate may be any
-/// NaN, but a colour is what it is to the bit.
-std::vector<std::uint32_t> bits(Numbers values, std::size_t channels) {
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (std::isnan(values[i]) && !(channels == 4 && i % 4 == 3)) values[i] = NAN;
-    }
-    std::vector<std::uint32_t> result(values.size());
-    std::memcpy(result.data(), values.data(), values.size() * sizeof(float));
-    return result;
 }
 
 /// What the conversions of the test below make of packed pixels: the plain formula, so that a NaN or an
@@ -64,7 +50,7 @@ Numbers converted(Numbers values, std::size_t channels, MEM mem) {
 }
 
 TEST_F(MatConversionTest, AppliesTheFormulasAsTheyStand) {
-    for (const MAT_TYPE type : {MAT_TYPE::MAT_32F_C1, MAT_TYPE::MAT_32F_C3, MAT_TYPE::MAT_32F_C4}) {
+    for (const MAT_TYPE type : {F1, F3, F4}) {
         for (const std::size_t width : {1U, 3U, 7U, 8U, 9U, 64U, 65U, 129U}) {
             SCOPED_TRACE(testing::Message() << toValue(type) << " " << width);
             Mat device(width, 3, type, MEM::GPU);
@@ -76,55 +62,51 @@ TEST_F(MatConversionTest, AppliesTheFormulasAsTheyStand) {
                 const MEM mem = mat->memType;
                 const Numbers before = samples(*mat);
                 store(*mat, mem == MEM::CPU ? MEM::CPU : MEM::GPU, before.data());
-                EXPECT_EQ(convertUnit(*mat, UNIT::METER, UNIT::CENTIMETER, mem), ERROR_CODE::SUCCESS);
+                EXPECT_EQ(convertUnit(*mat, UNIT::METER, UNIT::CENTIMETER, mem), OK);
                 EXPECT_EQ(convertCoordinateSystem(*mat, Frame::IMAGE, TO, mem),
-                          mat->channels > 1 ? ERROR_CODE::SUCCESS : ERROR_CODE::INVALID_FUNCTION_PARAMETERS);
+                          mat->channels > 1 ? OK : ERROR_CODE::INVALID_FUNCTION_PARAMETERS);
                 Numbers seen(before.size());
                 std::memcpy(seen.data(), load(*mat, mem == MEM::GPU ? MEM::GPU : MEM::CPU).data(),
                             seen.size() * sizeof(float));
-                EXPECT_EQ(bits(seen, mat->channels),
-                          bits(converted(before, mat->channels, mem), mat->channels));
+                const std::size_t color = mat->channels == 4 ? 4 : SIZE_MAX;
+                EXPECT_EQ(bitsOf(seen, color), bitsOf(converted(before, mat->channels, mem), color));
             }
             EXPECT_TRUE(std::all_of(padded.end() - 8, padded.end(), [](int byte) { return byte == 0x40; }));
         }
     }
 }
 
-/// Expects a status of a conversion, which leaves the Mat as it is.
-template <class Enum, ERROR_CODE (*convert)(Mat&, Enum, Enum, MEM)>
-void expectStatus(ERROR_CODE wanted, MAT_TYPE type, std::int32_t from, std::int32_t to, MEM mem) {
-    Mat mat = filled(4, 2, type, MEM::CPU);
-    EXPECT_EQ(convert(mat, fromValue<Enum>(from), fromValue<Enum>(to), mem), wanted) << from << " " << to;
-    EXPECT_EQ(load(mat, MEM::CPU), pattern(packedSize(mat)));
-}
-
-/// The checks in their order, for an enumeration with values below `count`.
-template <class Enum, ERROR_CODE (*convert)(Mat&, Enum, Enum, MEM)>
-void expectChecks(MAT_TYPE type, bool accepted, std::int32_t count, ERROR_CODE pastTheLast) {
-    SCOPED_TRACE(testing::Message() << "type " << toValue(type) << ", " << count << " values");
-    const ERROR_CODE unlessRefused = accepted ? ERROR_CODE::SUCCESS : ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
-    // Equal values come first, whatever they are.
-    expectStatus<Enum, convert>(ERROR_CODE::SUCCESS, type, 99, 99, MEM::CPU);
-    // Then the check against the last value, which is signed; before the type.
-    for (const auto& [from, to] : {std::pair(count, 0), std::pair(0, count), std::pair(-1, count)}) {
-        expectStatus<Enum, convert>(pastTheLast, type, from, to, MEM::CPU);
+/// The checks in their order, for an enumeration with values below `count`; the Mat stays as it is.
+template <class Enum>
+void expectChecks(ERROR_CODE (*convert)(Mat&, Enum, Enum, MEM), MAT_TYPE type, bool accepted,
+                  std::int32_t count, ERROR_CODE pastTheLast) {
+    const ERROR_CODE unlessRefused = accepted ? OK : ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
+    const std::tuple<std::int32_t, std::int32_t, std::int32_t, ERROR_CODE> cases[] = {
+        {99, 99, 1, OK},  // equal values come first, whatever they are
+        // then the check against the last value, which is signed; before the type
+        {count, 0, 1, pastTheLast},
+        {0, count, 1, pastTheLast},
+        {-1, count, 1, pastTheLast},
+        {-1, 0, 1, unlessRefused},  // negative values count as the first
+        // then the type; a side that is none is no failure, and no work
+        {0, 1, 0, unlessRefused},
+        {0, 1, 4, unlessRefused},
+        {0, 1, accepted ? 0 : 1, unlessRefused}};
+    for (const auto& [from, to, side, wanted] : cases) {
+        Mat mat = filled(4, 2, type, MEM::CPU);
+        EXPECT_EQ(convert(mat, fromValue<Enum>(from), fromValue<Enum>(to), fromValue<MEM>(side)), wanted)
+            << "type " << toValue(type) << ", " << count << " values, " << from << " to " << to;
+        EXPECT_EQ(load(mat, MEM::CPU), pattern(packedSize(mat)));
     }
-    // Negative values count as the first, so accepted types are converted to what they are.
-    expectStatus<Enum, convert>(unlessRefused, type, -1, 0, MEM::CPU);
-    // Then the type; a side that is none is no failure, and no work.
-    for (const std::int32_t side : {0, 4}) {
-        expectStatus<Enum, convert>(unlessRefused, type, 0, 1, fromValue<MEM>(side));
-    }
-    if (!accepted) expectStatus<Enum, convert>(unlessRefused, type, 0, 1, MEM::CPU);
 }
 
 TEST_F(MatConversionTest, ChecksValuesThenTypeThenSide) {
-    for (std::int32_t value = 0; value <= toValue(MAT_TYPE::MAT_8S_C4) + 1; ++value) {
+    for (std::int32_t value = 0; value <= toValue(S4) + 1; ++value) {
         const auto type = fromValue<MAT_TYPE>(value);
-        const bool isPoint = type == MAT_TYPE::MAT_32F_C3 || type == MAT_TYPE::MAT_32F_C4;
-        expectChecks<UNIT, convertUnit>(type, isPoint || type == MAT_TYPE::MAT_32F_C1, 5,
-                                        ERROR_CODE::INVALID_FUNCTION_PARAMETERS);
-        expectChecks<Frame, convertCoordinateSystem>(type, isPoint, 6, ERROR_CODE::INVALID_COORDINATE_SYSTEM);
+        const bool isPoint = type == F3 || type == F4;
+        expectChecks<UNIT>(convertUnit, type, isPoint || type == F1, 5,
+                           ERROR_CODE::INVALID_FUNCTION_PARAMETERS);
+        expectChecks<Frame>(convertCoordinateSystem, type, isPoint, 6, ERROR_CODE::INVALID_COORDINATE_SYSTEM);
     }
 }
 

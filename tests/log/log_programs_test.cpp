@@ -47,58 +47,6 @@ void useDevice() {
     EXPECT_EQ(cudaFree(memory), cudaSuccess);
 }
 
-void startsAThreadWithItsFirstMessage() {
-    useDevice();  // a driver starts threads of its own
-    const std::ptrdiff_t before = threads();
-    { const Mat mat = filled(4, 4, MAT_TYPE::MAT_8U_C1, MEM_BOTH); }
-    setLogHook([](const char* text) { std::fprintf(stderr, "hook: %s\n", text); });
-    misuse();
-    expect(threads() == before, 1);
-    setLogHook(nullptr);
-    misuse();
-    expect(threads() != before, 2);
-}
-
-void leavesManyMessagesQueued() {
-    for (int i = 0; i < 1000; ++i) {
-        logError(LogStatement::READ_EXCEPTION, std::to_string(i).c_str());
-    }
-}
-
-void logsFirstAtExit() {
-    std::atexit(misuse);
-}
-
-void logsFromManyThreads() {
-    std::thread others[4];
-    for (std::thread& other : others) {
-        other = std::thread(misuse);
-    }
-    for (std::thread& other : others) {
-        other.join();
-    }
-}
-
-/// Files and pipes that a program opens must not become what the library takes for standard error.
-void logsWithoutStandardError() {
-    close(STDOUT_FILENO);
-    close(STDERR_FILENO);
-    misuse();
-    KLogger::get_instance().loggers[LOGGER_NAME::CORE]->flush_log();
-    expect(fcntl(STDOUT_FILENO, F_GETFD) == -1 && fcntl(STDERR_FILENO, F_GETFD) == -1, 1);
-}
-
-void findsTheRegistryDestroyed() {
-    static const struct Older {
-        ~Older() { expect(KLogger::isDestroyed(), 1); }
-    } older;
-    expect(!KLogger::isDestroyed(), 2);
-    misuse();
-    expect(!KLogger::isDestroyed(), 3);
-}
-
-// Messages that come late.
-
 /// Gives the back end time to release what a thread has left.
 struct LongGoodbye {
     ~LongGoodbye() { std::this_thread::sleep_for(milliseconds(300)); }
@@ -109,49 +57,16 @@ void failNextFree() {
     software_device::failCall("cudaFree", 1, cudaErrorCudartUnloading);
 }
 
-void freesAMatAfterTheRegistry() {
-    static const Mat outliving(4, 4, MAT_TYPE::MAT_8U_C1, MEM::GPU);
-    misuse();  // the registry is younger and dies first
-    failNextFree();
-}
-
-void freesAStaticMatAfterTheMainThreadsContext() {
-    misuse();
-    static const Mat young(4, 4, MAT_TYPE::MAT_8U_C1, MEM::GPU);
-    static const LongGoodbye goodbye;
-    failNextFree();
-}
-
 template <class Report>
 void freesAThreadsMatAfterItsContext(Report report) {
     std::thread([=] {
-        static thread_local const Mat mat(4, 4, MAT_TYPE::MAT_8U_C1, MEM::GPU);
+        static thread_local const Mat mat(4, 4, U1, MEM::GPU);
         static thread_local const LongGoodbye goodbye;
         report();
         failNextFree();
     }).join();
 }
-
-void freesAThreadsMatAfterOurMessage() {
-    freesAThreadsMatAfterItsContext(misuse);
-}
-
-void freesAThreadsMatAfterTheProgramsMessage() {
-    freesAThreadsMatAfterItsContext([logger = KLogger::get_instance().loggers[LOGGER_NAME::CORE]] {
-        LOG_ERROR(logger, "setSubVector3f Invalid Parameters.");
-    });
-}
-
-void freesAThreadsMatBeforeItsContext() {
-    std::thread([] {
-        logError(LogStatement::WRAP_UNSUPPORTED_TYPE);
-        static thread_local const Mat mat(4, 4, MAT_TYPE::MAT_8U_C1, MEM::GPU);
-        failNextFree();
-    }).join();
-}
 #endif
-
-// Forks.
 
 int statusOf(pid_t child) {
     int status = -1;
@@ -165,18 +80,6 @@ pid_t forked(Program program) {
     alarm(20);
     program();
     std::exit(0);
-}
-
-void forksAfterAMessage() {
-    misuse();
-    const pid_t child = forked([] { logError(LogStatement::READ_EXCEPTION, "child"); });
-    expect(statusOf(child) == 0, 1);
-    logError(LogStatement::READ_EXCEPTION, "parent");
-}
-
-void forksAndLeavesAtOnce() {
-    misuse();
-    expect(statusOf(forked([] {})) == 0, 1);
 }
 
 /// Every message of every thread and process comes once.
@@ -219,58 +122,136 @@ void forksAndLeavesAtOnce() {
     }
 }
 
-// Exits.
-
-template <class Program>
-void runsOften(int times, Program program) {
-    for (int i = 0; i < times; ++i) {
-        expect(statusOf(forked([=] { program(i); })) == 0, 1);
+[[noreturn]] void logsWithoutEnd() {
+    for (;;) {
+        misuse();
+        std::this_thread::sleep_for(std::chrono::microseconds(1));
     }
-}
-
-/// Some of them for the first time.
-void exitsWhileThreadsLog() {
-    runsOften(10, [](int i) {
-        for (int thread = 0; thread < 3; ++thread) {
-            std::thread([] {
-                for (;;) {
-                    misuse();
-                    std::this_thread::sleep_for(std::chrono::microseconds(1));
-                }
-            }).detach();
-        }
-        std::this_thread::sleep_for(milliseconds(i));
-    });
 }
 
 const char* const ONE = "^[^\n]*setSubVector3f Invalid Parameters\\.\n$";
 
+/// Programs, and what they write to standard error.
 const struct {
     const char* name;
     void (*program)();
     const char* prints;
 } PROGRAMS[] = {
-    {"startsAThreadWithItsFirstMessage", startsAThreadWithItsFirstMessage,
+    {"the first message starts a thread",
+     [] {
+         useDevice();  // a driver starts threads of its own
+         const std::ptrdiff_t before = threads();
+         { const Mat mat = filled(4, 4, U1, MEM_BOTH); }
+         setLogHook([](const char* text) { std::fprintf(stderr, "hook: %s\n", text); });
+         misuse();
+         expect(threads() == before, 1);
+         setLogHook(nullptr);
+         misuse();
+         expect(threads() != before, 2);
+     },
      "^hook: \\[Mat\\]  setSubVector3f Invalid Parameters\\.\n[^\n]*setSubVector3f Invalid Parameters\\.\n$"},
-    {"leavesManyMessagesQueued", leavesManyMessagesQueued, "in read : 0\n(.|\n)*in read : 999\n"},
-    {"logsFirstAtExit", logsFirstAtExit, ONE},
-    {"logsFromManyThreads", logsFromManyThreads, "(setSubVector3f(.|\n)*){4}"},
-    {"logsWithoutStandardError", logsWithoutStandardError, "^$"},
-    {"findsTheRegistryDestroyed", findsTheRegistryDestroyed, ONE},
-    {"forksAfterAMessage", forksAfterAMessage,
+    {"many messages are queued at the end",
+     [] {
+         for (int i = 0; i < 1000; ++i) {
+             logError(LogStatement::READ_EXCEPTION, std::to_string(i).c_str());
+         }
+     },
+     "in read : 0\n(.|\n)*in read : 999\n"},
+    {"the first message comes at exit", [] { std::atexit(misuse); }, ONE},
+    {"many threads log",
+     [] {
+         std::thread others[4];
+         for (std::thread& other : others) {
+             other = std::thread(misuse);
+         }
+         for (std::thread& other : others) {
+             other.join();
+         }
+     },
+     "(setSubVector3f(.|\n)*){4}"},
+    // Files and pipes that a program opens must not become what the library takes for standard error.
+    {"standard error is closed",
+     [] {
+         close(STDOUT_FILENO);
+         close(STDERR_FILENO);
+         misuse();
+         KLogger::get_instance().loggers[LOGGER_NAME::CORE]->flush_log();
+         expect(fcntl(STDOUT_FILENO, F_GETFD) == -1 && fcntl(STDERR_FILENO, F_GETFD) == -1, 1);
+     },
+     "^$"},
+    {"the registry is found destroyed",
+     [] {
+         static const struct Older {
+             ~Older() { expect(KLogger::isDestroyed(), 1); }
+         } older;
+         expect(!KLogger::isDestroyed(), 2);
+         misuse();
+         expect(!KLogger::isDestroyed(), 3);
+     },
+     ONE},
+    {"parent and child log after a fork",
+     [] {
+         misuse();
+         expect(statusOf(forked([] { logError(LogStatement::READ_EXCEPTION, "child"); })) == 0, 1);
+         logError(LogStatement::READ_EXCEPTION, "parent");
+     },
      "^[^\n]*setSubVector3f Invalid Parameters\\.\n[^\n]*in read : child\n[^\n]*in read : parent\n$"},
-    {"forksAndLeavesAtOnce", forksAndLeavesAtOnce, ONE},
+    {"a child leaves at once",
+     [] {
+         misuse();
+         expect(statusOf(forked([] {})) == 0, 1);
+     },
+     ONE},
 // Sanitizers take the threads that a child does not have for leaks, or start no thread in it.
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
-    {"forksWhileThreadsLog", forksWhileThreadsLog, ""},
+    {"it forks while threads log", forksWhileThreadsLog, ""},
 #endif
-    {"exitsWhileThreadsLog", exitsWhileThreadsLog, ""},
+    {"it ends while threads log, some for the first time",
+     [] {
+         for (int i = 0; i < 10; ++i) {
+             const pid_t child = forked([i] {
+                 for (int thread = 0; thread < 3; ++thread) {
+                     std::thread(logsWithoutEnd).detach();
+                 }
+                 std::this_thread::sleep_for(milliseconds(i));
+             });
+             expect(statusOf(child) == 0, 1);
+         }
+     },
+     ""},
 #ifdef VELA_GPU_SOFTWARE
-    {"freesAMatAfterTheRegistry", freesAMatAfterTheRegistry, ONE},
-    {"freesAStaticMatAfterTheMainThreadsContext", freesAStaticMatAfterTheMainThreadsContext, ONE},
-    {"freesAThreadsMatAfterOurMessage", freesAThreadsMatAfterOurMessage, ONE},
-    {"freesAThreadsMatAfterTheProgramsMessage", freesAThreadsMatAfterTheProgramsMessage, ONE},
-    {"freesAThreadsMatBeforeItsContext", freesAThreadsMatBeforeItsContext,
+    {"a Mat outlives the registry",
+     [] {
+         static const Mat outliving(4, 4, U1, MEM::GPU);
+         misuse();  // the registry is younger and dies first
+         failNextFree();
+     },
+     ONE},
+    {"a static Mat outlives the main thread's context",
+     [] {
+         misuse();
+         static const Mat young(4, 4, U1, MEM::GPU);
+         static const LongGoodbye goodbye;
+         failNextFree();
+     },
+     ONE},
+    {"a thread's Mat outlives the context of the library's message",
+     [] { freesAThreadsMatAfterItsContext(misuse); }, ONE},
+    {"a thread's Mat outlives the context of the program's message",
+     [] {
+         freesAThreadsMatAfterItsContext([logger = KLogger::get_instance().loggers[LOGGER_NAME::CORE]] {
+             LOG_ERROR(logger, "setSubVector3f Invalid Parameters.");
+         });
+     },
+     ONE},
+    {"a thread's Mat dies before its context",
+     [] {
+         std::thread([] {
+             logError(LogStatement::WRAP_UNSUPPORTED_TYPE);
+             static thread_local const Mat mat(4, 4, U1, MEM::GPU);
+             failNextFree();
+         }).join();
+     },
      "not supported\\.\n[^\n]*should be freed before[^\n]*\n$"},
 #endif
 };

@@ -2,17 +2,15 @@
 #pragma once
 
 #include "support/device.hpp"
-#include "vela_core/types/detail/enum_cast.hpp"
-#include "vela_core/utils/Mat.hpp"
 
+#include <cstring>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace vela::test {
-
-using detail::toValue;
 
 /// The runtime as the model sees it: which call fails, which calls were made, and what is seen of it.
 struct World {
@@ -27,14 +25,12 @@ struct World {
         ++calls[name];
         return name == function && --nth == 0;
     }
-    bool report(int error, const std::string& signature) {
+    ERROR_CODE report(int error, const std::string& signature) {
         static const std::map<int, std::string> TEXTS = {
             {1, "invalid argument"}, {12, "invalid pitch argument"}, {999, "unknown error"}};
-        if (error != 0) {
-            printed +=
-                "in " + signature + " : Err [" + std::to_string(error) + "]: " + TEXTS.at(error) + ".\n";
-        }
-        return error == 0;
+        if (error == 0) return OK;
+        printed += "in " + signature + " : Err [" + std::to_string(error) + "]: " + TEXTS.at(error) + ".\n";
+        return BAD;
     }
 };
 
@@ -56,48 +52,58 @@ struct ModelMat {
     World* world;
 
     explicit ModelMat(World& world_) : world(&world_) {}
+    ModelMat(const ModelMat& other) : world(other.world) { ref(other); }
+    ModelMat(ModelMat&& other) noexcept : world(other.world) { *this = std::move(other); }
+    ~ModelMat() { free(MEM_BOTH); }
+    ModelMat& operator=(const ModelMat& other) {
+        ref(other);
+        return *this;
+    }
+    ModelMat& operator=(ModelMat&& from) noexcept {
+        if (keeps(from)) return *this;
+        if (from.move(*this) != OK) ref(from);
+        if (&from != this) name = std::exchange(from.name, "");
+        return *this;
+    }
 
     static int side(MEM mem) { return toValue(mem); }
     static bool hasHost(MEM m) { return side(m) == 1 || side(m) == 3 || side(m) == 4; }
     static bool hasDevice(MEM m) { return side(m) >= 2 && side(m) <= 4; }
     std::size_t rowBytes() const { return width * pixelBytes; }
+    std::size_t bytes() const { return rowBytes() * height; }
     bool usable() const { return (!host || host->live) && (!device || device->live); }
     bool sharesWith(const ModelMat& other) const {
         return (host && (host == other.host || host == other.device)) || (device && device == other.device);
     }
 
-    void shape(std::size_t w, std::size_t h, MAT_TYPE t) {
-        static constexpr std::size_t CHANNELS[] = {1, 2, 3, 4, 1, 2, 3, 4, 1, 4};
-        static constexpr std::size_t BYTES[] = {4, 8, 12, 16, 1, 2, 3, 4, 2, 4};
-        width = w, height = h, type = t;
-        channels = CHANNELS[toValue(t)], pixelBytes = BYTES[toValue(t)];
-    }
+    /// Whether `s` has pixels in buffers that this Mat owns; `keeps`: as a reference, which changes no owner.
+    bool owns(const ModelMat& s) const { return init && owner && s.width * s.height != 0 && sharesWith(s); }
+    bool keeps(const ModelMat& s) const { return owns(s) && s.init && !s.owner; }
+
     void reset() {
         init = owner = false;
         width = height = channels = stepGPU = stepCPU = pixelBytes = 0;
     }
-    bool release(std::shared_ptr<ModelBuffer>& buffer) {
+    ERROR_CODE release(std::shared_ptr<ModelBuffer>& buffer) {
         const std::shared_ptr<ModelBuffer> gone = std::exchange(buffer, nullptr);
-        if (!gone) return true;
+        if (!gone) return OK;
         gone->live = false;
         const bool failed = world->fails("cudaFree");
         world->lost += failed ? 1 : 0;
         return world->report(failed ? 999 : 0, "void vela::Mat::free(vela::MEM)");
     }
     void free(MEM m) {
-        if (init && owner) {
-            if (mem == MEM_MANAGED) {
-                release(device);
-                host = nullptr;
-                return reset();
-            }
+        if (init && owner && mem == MEM_MANAGED) {
+            release(device);
+            host = nullptr;
+        } else if (init && owner) {
             const int held = side(mem), asked = side(m);
             if ((held == 1 || held > 2) && (asked == 1 || asked > 2)) {
                 if (host) host->live = false;
                 host = nullptr, stepCPU = 0;
             }
             if (held >= 2 && asked > 1) {
-                if (!release(device)) {
+                if (release(device) != OK) {
                     world->logged +=
                         "vela_core/utils/Mat.cpp:580 ERROR [Mat]  " + toStdString(name) +
                         " Mat with GPU memory allocated should be freed before deleting the Camera object "
@@ -115,19 +121,22 @@ struct ModelMat {
         if (world->fails("cudaMallocPitch")) return 999;
         const std::size_t whole = pixelBytes % 3 == 0 ? 1536 : 512;
         stepGPU = (rowBytes() + whole - 1) / whole * whole;
-        device = rowBytes() * height == 0 ? nullptr : std::make_shared<ModelBuffer>();
+        device = bytes() == 0 ? nullptr : std::make_shared<ModelBuffer>();
         return 0;
     }
     void alloc(std::size_t w, std::size_t h, MAT_TYPE t, MEM m) {
+        static constexpr std::size_t CHANNELS[] = {1, 2, 3, 4, 1, 2, 3, 4, 1, 4};
+        static constexpr std::size_t BYTES[] = {4, 8, 12, 16, 1, 2, 3, 4, 2, 4};
         static const std::string SIGNATURE =
             "void vela::Mat::alloc(size_t, size_t, vela::MAT_TYPE, vela::MEM)";
         free(MEM_BOTH);
         host = device = nullptr;
-        shape(w, h, t);
+        width = w, height = h, type = t;
+        channels = CHANNELS[toValue(t)], pixelBytes = BYTES[toValue(t)];
         if (side(m) > 4) world->printed += "ERROR ALLOC MEM TYPE " + std::to_string(side(m)) + "\n";
         if (m == MEM_MANAGED) {
-            const int error = world->fails("cudaMallocManaged") ? 999 : rowBytes() * height == 0 ? 1 : 0;
-            if (world->report(error, SIGNATURE)) host = device = std::make_shared<ModelBuffer>();
+            const int error = world->fails("cudaMallocManaged") ? 999 : bytes() == 0 ? 1 : 0;
+            if (world->report(error, SIGNATURE) == OK) host = device = std::make_shared<ModelBuffer>();
             stepGPU = rowBytes();
         } else {
             if (hasHost(m)) host = std::make_shared<ModelBuffer>();
@@ -141,13 +150,6 @@ struct ModelMat {
         stepGPU = s.stepGPU, stepCPU = s.stepCPU, type = s.type, mem = s.mem;
         host = s.host, device = s.device, timestamp = s.timestamp;
     }
-    /// Whether `s` has pixels in buffers that this Mat owns; `keeps`: as a reference, which changes no owner.
-    bool owns(const ModelMat& s) const { return init && owner && s.width * s.height != 0 && sharesWith(s); }
-    bool keeps(const ModelMat& s) const { return owns(s) && s.init && !s.owner; }
-    bool sameAs(const ModelMat& s) const {
-        return width == s.width && height == s.height && type == s.type && mem == s.mem && host == s.host &&
-               device == s.device;
-    }
     void ref(const ModelMat& s) {
         if (keeps(s)) return;
         free(MEM_BOTH);
@@ -155,69 +157,67 @@ struct ModelMat {
         describeAs(s);
         init = true, owner = flag = false;
     }
-    bool move(ModelMat& to) {
-        if (!init || !owner) return false;
+    ERROR_CODE move(ModelMat& to) {
+        if (!init || !owner) return BAD;
         to.free(MEM_BOTH);
         to.describeAs(*this);
         to.init = to.owner = true, to.flag = flag;
         init = owner = false;
-        return true;
-    }
-    void take(ModelMat& from) {
-        if (keeps(from)) return;
-        if (!from.move(*this)) ref(from);
-        if (&from != this) name = std::exchange(from.name, "");
+        return OK;
     }
     static void swap(ModelMat& a, ModelMat& b) {
         ModelMat t(*a.world);
         a.move(t);
         b.move(a);
         t.move(b);
-        t.free(MEM_BOTH);
     }
     /// The transfer: the status that the runtime gives.
-    static int copy(const ModelMat& s, ModelMat& d, COPY_TYPE how, bool stream) {
+    int copyRows(ModelMat& d, COPY_TYPE how, cudaStream_t stream) const {
         const int h = toValue(how);
         const bool known = h >= 0 && h <= 3, fromHost = h < 2, toHost = !known || h == 0 || h == 3;
-        if (s.world->fails(stream ? "cudaMemcpy2DAsync" : "cudaMemcpy2D")) return 999;
-        if (s.rowBytes() * s.height == 0) return 0;
-        const auto& from = !known ? nullptr : fromHost ? s.host : s.device;
+        if (world->fails(stream != nullptr ? "cudaMemcpy2DAsync" : "cudaMemcpy2D")) return 999;
+        if (bytes() == 0) return 0;
+        const auto& from = !known ? nullptr : fromHost ? host : device;
         const auto& to = toHost ? d.host : d.device;
-        const std::size_t fromStep = !known ? 0 : fromHost ? s.stepCPU : s.stepGPU;
-        if (s.rowBytes() > (toHost ? d.stepCPU : d.stepGPU) || s.rowBytes() > fromStep) return 12;
+        const std::size_t fromStep = !known ? 0 : fromHost ? stepCPU : stepGPU;
+        if (rowBytes() > (toHost ? d.stepCPU : d.stepGPU) || rowBytes() > fromStep) return 12;
         if (!from || !to) return 1;
         to->rows = from->rows;
         return 0;
     }
-    bool copyTo(ModelMat& d, COPY_TYPE how, bool stream, bool setFrom) const {
+    ERROR_CODE copy(ModelMat& d, COPY_TYPE how, cudaStream_t stream, const char* signature) const {
         const int h = toValue(how);
-        const bool known = h >= 0 && h <= 3, fromHost = h < 2;
-        const MEM written = known && (h == 1 || h == 2) ? MEM::GPU : MEM::CPU;
+        const bool known = h >= 0 && h <= 3;
+        const MEM written = h == 1 || h == 2 ? MEM::GPU : MEM::CPU;
         const bool fits = known && d.init && d.width == width && d.height == height && d.type == type &&
-                          (fromHost ? hasHost(mem) : hasDevice(mem)) &&
+                          (h < 2 ? hasHost(mem) : hasDevice(mem)) &&
                           (written == MEM::CPU ? hasHost(d.mem) : hasDevice(d.mem));
         if (known && !fits && d.owns(*this)) {
             ModelMat earlier(*world);
             d.move(earlier);
-            const bool result = (this == &d ? earlier : *this).copyTo(d, how, stream, setFrom);
-            if (stream) world->fails("cudaStreamSynchronize");
-            earlier.free(MEM_BOTH);
+            const ERROR_CODE result = (this == &d ? earlier : *this).copy(d, how, stream, signature);
+            if (stream != nullptr) world->fails("cudaStreamSynchronize");
             return result;
         }
         if (!fits) d.alloc(width, height, type, written);
         d.timestamp = timestamp;
-        return world->report(
-            copy(*this, d, how, stream),
-            setFrom ? "vela::ERROR_CODE vela::Mat::setFrom(const vela::Mat&, vela::COPY_TYPE, cudaStream_t)"
-                    : "vela::ERROR_CODE vela::Mat::copyTo(vela::Mat&, vela::COPY_TYPE, cudaStream_t) const");
+        return world->report(copyRows(d, how, stream), signature);
     }
-    bool update(bool toHost, bool stream) {
-        const std::string signature = toHost
-                                          ? "vela::ERROR_CODE vela::Mat::updateCPUfromGPU(cudaStream_t)"
-                                          : "vela::ERROR_CODE vela::Mat::updateGPUfromCPU(cudaStream_t, int)";
+    ERROR_CODE copyTo(ModelMat& d, COPY_TYPE how, cudaStream_t stream) const {
+        return copy(d, how, stream,
+                    "vela::ERROR_CODE vela::Mat::copyTo(vela::Mat&, vela::COPY_TYPE, cudaStream_t) const");
+    }
+    ERROR_CODE setFrom(const ModelMat& s, COPY_TYPE how, cudaStream_t stream) {
+        return s.copy(*this, how, stream,
+                      "vela::ERROR_CODE vela::Mat::setFrom(const vela::Mat&, vela::COPY_TYPE, cudaStream_t)");
+    }
+    ERROR_CODE update(bool toHost, cudaStream_t stream) {
+        const std::string call = toHost ? "updateCPUfromGPU" : "updateGPUfromCPU";
+        const std::string signature =
+            "vela::ERROR_CODE vela::Mat::" + call + (toHost ? "(cudaStream_t)" : "(cudaStream_t, int)");
         if (mem == MEM_MANAGED) {
             const bool refused = world->fails("cudaStreamAttachMemAsync");
-            const bool valid = device && (toHost || stream);
+            const bool valid = device && (toHost || stream != nullptr);
             if (toHost) world->fails("cudaStreamSynchronize");
             return world->report(refused ? 999 : valid ? 0 : 1, signature);
         }
@@ -229,18 +229,21 @@ struct ModelMat {
             mem = MEM_BOTH;
         } else if (!owner && side(mem) < 3) {
             world->logged += std::string("vela_core/utils/Mat.cpp:") + (toHost ? "844" : "868") +
-                             " ERROR [Mat]  " + (toHost ? "updateCPUfromGPU" : "updateGPUfromCPU") +
-                             " for reference Mat is forbidden.\n";
-            return false;
+                             " ERROR [Mat]  " + call + " for reference Mat is forbidden.\n";
+            return BAD;
         }
-        return world->report(copy(*this, *this, toHost ? COPY_TYPE::GPU_CPU : COPY_TYPE::CPU_GPU, stream),
-                             signature);
+        const COPY_TYPE how = toHost ? COPY_TYPE::GPU_CPU : COPY_TYPE::CPU_GPU;
+        return world->report(copyRows(*this, how, stream), signature);
     }
-    bool clone(const ModelMat& s) {
-        if (!s.init) return false;
-        if (this == &s || (keeps(s) && sameAs(s))) {
+    ERROR_CODE updateCPUfromGPU(cudaStream_t stream = nullptr) { return update(true, stream); }
+    ERROR_CODE updateGPUfromCPU(cudaStream_t stream = nullptr) { return update(false, stream); }
+    ERROR_CODE clone(const ModelMat& s) {
+        if (!s.init) return BAD;
+        const bool same = width == s.width && height == s.height && type == s.type && mem == s.mem &&
+                          host == s.host && device == s.device;
+        if (this == &s || (keeps(s) && same)) {
             timestamp = s.timestamp;
-            return true;
+            return OK;
         }
         if (keeps(s)) {
             ModelMat part(*world);
@@ -250,9 +253,22 @@ struct ModelMat {
         }
         alloc(s.width, s.height, s.type, s.mem);
         timestamp = s.timestamp;
-        s.copyTo(*this, s.mem == MEM::GPU ? COPY_TYPE::GPU_GPU : COPY_TYPE::CPU_CPU, false, true);
-        if (s.mem != MEM::CPU && s.mem != MEM::GPU) update(false, false);
-        return true;
+        setFrom(s, s.mem == MEM::GPU ? COPY_TYPE::GPU_GPU : COPY_TYPE::CPU_CPU, nullptr);
+        if (s.mem != MEM::CPU && s.mem != MEM::GPU) updateGPUfromCPU();
+        return OK;
+    }
+    ERROR_CODE setTo(float pixel, MEM m) {
+        const bool onHost = m == MEM::CPU && hasHost(mem), onDevice = m == MEM::GPU && hasDevice(mem);
+        if (!init || pixelBytes != sizeof pixel || (!onHost && !onDevice)) return BAD;
+        if (bytes() == 0) return OK;
+        const auto& buffer = onHost ? host : device;
+        if (!buffer) return onDevice ? OK : BAD;
+        if (onDevice && world->fails("cudaLaunchKernel")) return OK;
+        buffer->rows = Bytes(bytes());
+        for (std::size_t i = 0; i < bytes(); i += sizeof pixel) {
+            std::memcpy(buffer->rows->data() + i, &pixel, sizeof pixel);
+        }
+        return OK;
     }
 };
 
@@ -276,7 +292,7 @@ inline void expectSame(const Mat& mat, const ModelMat& model) {
 #ifdef VELA_GPU_SOFTWARE
     EXPECT_EQ(mat.stepBytesGPU, model.stepGPU);
 #endif
-    if (!model.init || model.rowBytes() * model.height == 0 || testing::Test::HasFailure()) return;
+    if (!model.init || model.bytes() == 0 || testing::Test::HasFailure()) return;
     for (const MEM side : {MEM::CPU, MEM::GPU}) {
         const auto& buffer = side == MEM::CPU ? model.host : model.device;
         if (buffer && buffer->live && buffer->rows) {

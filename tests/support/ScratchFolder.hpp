@@ -12,17 +12,19 @@
 
 namespace vela::test {
 
+namespace fs = std::filesystem;
+
 /// A folder of the test's own that goes away with it.
 class ScratchFolder {
 public:
     ScratchFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "vela_XXXXXX").string();
+        std::string name = (fs::temp_directory_path() / "vela_XXXXXX").string();
         if (mkdtemp(name.data()) == nullptr) ADD_FAILURE() << "no scratch folder at " << name;
         path_ = name;
     }
     ~ScratchFolder() {
         std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        fs::remove_all(path_, ignored);
     }
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
@@ -32,15 +34,19 @@ public:
     /// Names of the files in the folder, sorted, separated by blanks.
     std::string listing() const {
         std::string text;
-        for (const auto& entry : std::set(std::filesystem::directory_iterator(path_), {})) {
+        for (const auto& entry : std::set(fs::directory_iterator(path_), {})) {
             text += (text.empty() ? "" : " ") + entry.path().filename().string();
         }
         return text;
     }
 
 private:
-    std::filesystem::path path_;
+    fs::path path_;
 };
+
+inline int openDescriptors() {
+    return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), {}));
+}
 
 inline void put(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;

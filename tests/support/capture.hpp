@@ -7,6 +7,7 @@
 #include <quill/Frontend.h>
 #include <quill/sinks/Sink.h>
 
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -20,6 +21,24 @@ std::string printedBy(Action action) {
     return ::testing::internal::GetCapturedStdout();
 }
 
+/// Hands each message on as "path:line LEVEL message", on the thread of the back end.
+class FunctionSink : public quill::Sink {
+public:
+    explicit FunctionSink(std::function<void(const std::string&)> take) : take_(std::move(take)) {}
+
+    void write_log(quill::MacroMetadata const* metadata, uint64_t, std::string_view, std::string_view,
+                   std::string const&, std::string_view, quill::LogLevel, std::string_view level,
+                   std::string_view, std::vector<std::pair<std::string, std::string>> const*,
+                   std::string_view message, std::string_view) override {
+        take_(std::string(metadata->source_location()) + " " + std::string(level) + " " +
+              std::string(message) + "\n");
+    }
+    void flush_sink() override {}
+
+private:
+    std::function<void(const std::string&)> take_;
+};
+
 /// While it lives, the library's messages come here instead of to standard error.
 class LogCapture {
 public:
@@ -32,7 +51,7 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    /// The messages since the last call, one "path:line LEVEL message" a line.
+    /// The messages since the last call, one a line.
     std::string take() {
         logger()->flush_log();
         return std::exchange(text(), {});
@@ -40,24 +59,12 @@ public:
 
     static quill::Logger* logger() {
         static quill::Logger* const capturing = quill::Frontend::create_or_get_logger(
-            "vela.test", quill::Frontend::create_or_get_sink<CapturingSink>("vela.test"));
+            "vela.test", quill::Frontend::create_or_get_sink<FunctionSink>(
+                             "vela.test", [](const std::string& message) { text() += message; }));
         return capturing;
     }
 
 private:
-    class CapturingSink : public quill::Sink {
-    public:
-        void write_log(quill::MacroMetadata const* metadata, uint64_t, std::string_view, std::string_view,
-                       std::string const&, std::string_view, quill::LogLevel, std::string_view level,
-                       std::string_view, std::vector<std::pair<std::string, std::string>> const*,
-                       std::string_view message, std::string_view) override {
-            text() += std::string(metadata->source_location()) + " " + std::string(level) + " " +
-                      std::string(message) + "\n";
-        }
-        void flush_sink() override {}
-        void run_periodic_tasks() noexcept override {}
-    };
-
     /// Written by the backend thread, read after a flush.
     static std::string& text() {
         static auto* const messages = new std::string;

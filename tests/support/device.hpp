@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/utils/Mat.hpp"
 #ifdef VELA_GPU_SOFTWARE
 #include "vela_gpu/software/device.hpp"
@@ -11,9 +12,14 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <sstream>
+#include <string>
 #include <vector>
 
 namespace vela::test {
+
+using detail::fromValue;
+using detail::toValue;
 
 inline bool hasDevice() {
     int count = 0;
@@ -41,6 +47,34 @@ protected:
     std::size_t allocationsExpected_ = 0;
 };
 
+/// A stream that goes away with it.
+class Stream {
+public:
+    Stream() { EXPECT_EQ(cudaStreamCreate(&stream_), cudaSuccess); }
+    ~Stream() { EXPECT_EQ(cudaStreamDestroy(stream_), cudaSuccess); }
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
+
+    operator cudaStream_t() const { return stream_; }
+
+private:
+    cudaStream_t stream_ = nullptr;
+};
+
+#ifdef VELA_GPU_SOFTWARE  // where what a stream holds is done when somebody waits for it, and not before
+/// A stream with work of its own, which shows whether somebody has waited for it.
+class BusyStream : public Stream {
+public:
+    BusyStream() {
+        EXPECT_EQ(cudaMemcpy2DAsync(to_, 4, "abc", 4, 4, 1, cudaMemcpyHostToHost, *this), cudaSuccess);
+    }
+    bool wasWaitedFor() const { return to_[0] == 'a'; }
+
+private:
+    char to_[4] = {};
+};
+#endif
+
 // Short names for tables.
 constexpr auto OK = ERROR_CODE::SUCCESS;
 constexpr auto BAD = ERROR_CODE::FAILURE;
@@ -64,6 +98,17 @@ inline Bytes pattern(std::size_t size, unsigned seed = 1) {
 
 inline std::size_t packedSize(const Mat& mat) {
     return mat.width * mat.pixelBytes * mat.height;
+}
+
+/// Everything of a Mat but its pixels.
+inline std::string fieldsOf(const Mat& mat) {
+    std::ostringstream text;
+    text << mat.name << " " << mat.timestamp << " " << mat.width << "x" << mat.height << "x" << mat.channels
+         << " of " << mat.pixelBytes << " on " << toValue(mat.memType) << ", steps " << mat.stepBytesCPU
+         << " " << mat.stepBytesGPU << ", buffers " << static_cast<const void*>(mat.ptrCPU) << " "
+         << static_cast<const void*>(mat.ptrGPU) << ", flags " << mat.isInit << mat.memoryOwner
+         << mat.extraFlag;
+    return text.str();
 }
 
 /// Writes packed rows into one side of a Mat.

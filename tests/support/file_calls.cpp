@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdarg>
 #include <utility>
 
@@ -45,7 +44,6 @@ FileCalls::~FileCalls() {
 
 bool FileCalls::fails(const char* function) {
     if (fate_ == Fate::DONE || function_ != function || --nth_ != 0) return false;
-    if (fate_ == Fate::KILLED) std::raise(SIGKILL);
     if (fate_ == Fate::OVERTAKEN) {
         rival_();
         return false;

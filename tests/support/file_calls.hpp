@@ -14,7 +14,6 @@ public:
         DONE,
         INTERRUPTED,  ///< the nth call is, once
         REFUSED,      ///< the nth call is, once
-        KILLED,       ///< the process is, at the nth call
         OVERTAKEN,    ///< the nth call goes through, after `rival` ran
     };
 

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -33,6 +35,17 @@ Numbers numbersOf(T value) {
         const auto [floats, count] = floatsOf(value);
         return Numbers(floats, floats + count);
     }
+}
+
+/// Bits of numbers, those of all NaNs the same but of each `colorEach`th number, which is no number but a
+/// colour.
+inline std::vector<std::uint32_t> bitsOf(Numbers numbers, std::size_t colorEach = SIZE_MAX) {
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        if (std::isnan(numbers[i]) && i % colorEach != colorEach - 1) numbers[i] = NAN;
+    }
+    std::vector<std::uint32_t> bits(numbers.size());
+    std::memcpy(bits.data(), numbers.data(), numbers.size() * sizeof(float));
+    return bits;
 }
 
 /// Equal up to the rounding of some dozen float operations on numbers as large as the largest that is wanted.

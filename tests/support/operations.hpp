@@ -6,16 +6,13 @@
 #include "vela_core/geometry/mat_conversion.hpp"
 #include "vela_core/utils/image_conversion.hpp"
 
-#include <algorithm>
-#include <cstring>
 #include <functional>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 namespace vela::test {
-
-using detail::toValue;
 
 /// What an operation is called with.
 struct Arguments {
@@ -28,153 +25,105 @@ struct Arguments {
     unsigned seed = 1;
 };
 
-/// An operation on a Mat and, for some, another, and the same on their models. Results are numbers of
-/// ERROR_CODE.
+/// An operation on a Mat and, for some, another, and the same on their models.
 struct Operation {
     enum Uses : unsigned { OTHER = 1, MEMORY = 2, COPY = 4, STREAM = 8, PIXELS = 16 };
 
     const char* name;
     unsigned uses;  ///< what it depends on beside the Mat; PIXELS: buffers are read or written
-    std::function<int(Mat&, Mat&, const Arguments&)> act;
-    std::function<int(ModelMat&, ModelMat&, const Arguments&)> model;
+    std::function<ERROR_CODE(Mat&, Mat&, const Arguments&)> act;
+    std::function<ERROR_CODE(ModelMat&, ModelMat&, const Arguments&)> model;
 };
-
-inline int codeOf(bool success) {
-    return success ? 0 : 1;
-}
 
 /// What a conversion makes of one side of a model: pixels that only tests of the conversion know.
 inline void forgetRows(const std::shared_ptr<ModelBuffer>& buffer) {
     if (buffer) buffer->rows.reset();
 }
 
-inline Operation fillOperation() {
-    return {
-        "setTo", Operation::MEMORY | Operation::PIXELS,
-        [](Mat& m, Mat&, const Arguments& a) { return toValue(m.setTo(static_cast<float>(a.seed), a.mem)); },
-        [](ModelMat& m, ModelMat&, const Arguments& a) {
-            const bool host = a.mem == MEM::CPU && ModelMat::hasHost(m.mem);
-            const bool device = a.mem == MEM::GPU && ModelMat::hasDevice(m.mem);
-            if (!m.init || m.pixelBytes != sizeof(float) || (!host && !device)) return 1;
-            if (m.width * m.height == 0) return 0;
-            const auto& buffer = host ? m.host : m.device;
-            if (!buffer) return codeOf(device);
-            if (device && m.world->fails("cudaLaunchKernel")) return 0;
-            const auto pixel = static_cast<float>(a.seed);
-            buffer->rows = Bytes(m.rowBytes() * m.height);
-            for (std::size_t i = 0; i < buffer->rows->size(); i += sizeof pixel) {
-                std::memcpy(buffer->rows->data() + i, &pixel, sizeof pixel);
-            }
-            return 0;
-        }};
+inline void convertRows(ModelMat& m, MEM mem, bool withMatrix) {
+    if (mem == MEM::CPU) forgetRows(m.host);
+    if (mem != MEM::GPU && mem != MEM_BOTH) return;
+    World& world = *m.world;
+    const bool matrix = !withMatrix || !world.fails("cudaMallocPitch");
+    const bool filled = !withMatrix || (!world.fails("cudaMemcpy") && matrix);
+    const bool launches = filled && m.device && m.width * m.height != 0;
+    if (launches && !world.fails("cudaLaunchKernel")) forgetRows(m.device);
+    if (mem == MEM_BOTH) m.updateCPUfromGPU();
+    if (withMatrix && matrix && world.fails("cudaFree")) ++world.lost;
 }
 
-inline int modelConvertImage(ModelMat& m, ModelMat& o, const Arguments& a) {
-    constexpr auto FROM = MAT_TYPE::MAT_8U_C4, SIGNED = MAT_TYPE::MAT_8S_C4;
-    if (!m.init || toValue(m.mem) < 2 || m.type != FROM) return 1;
+inline ERROR_CODE convertUnit(ModelMat& m, UNIT /*from*/, UNIT /*to*/, MEM mem) {
+    if (m.type != F1 && m.type != F3 && m.type != F4) return ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
+    return convertRows(m, mem, false), OK;
+}
+
+inline ERROR_CODE convertCoordinateSystem(ModelMat& m, COORDINATE_SYSTEM /*from*/, COORDINATE_SYSTEM /*to*/,
+                                          MEM mem) {
+    if (m.type != F3 && m.type != F4) return ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
+    return convertRows(m, mem, true), OK;
+}
+
+inline ERROR_CODE convertImage(ModelMat& m, ModelMat& o, cudaStream_t stream) {
+    if (!m.init || toValue(m.mem) < 2 || m.type != U4) return BAD;
     const bool fits =
-        o.init && toValue(o.mem) >= 2 && o.type == SIGNED && o.width == m.width && o.height == m.height;
+        o.init && toValue(o.mem) >= 2 && o.type == S4 && o.width == m.width && o.height == m.height;
     if (!fits && o.owns(m)) {
         ModelMat earlier(*m.world);
         o.move(earlier);
-        const int result = modelConvertImage(&m == &o ? earlier : m, o, a);
-        earlier.free(MEM_BOTH);
-        return result;
+        return convertImage(&m == &o ? earlier : m, o, stream);
     }
-    if (!fits) o.alloc(m.width, m.height, SIGNED, MEM::GPU);
-    if (!m.device || !o.device || m.width * m.height == 0 || m.world->fails("cudaLaunchKernel")) return 0;
+    if (!fits) o.alloc(m.width, m.height, S4, MEM::GPU);
+    if (!m.device || !o.device || m.width * m.height == 0 || m.world->fails("cudaLaunchKernel")) return OK;
     forgetRows(o.device);
-    return 0;
+    return OK;
 }
 
 inline std::vector<Operation> operations() {
     using Op = Operation;
     using Arg = const Arguments&;
-    constexpr auto TO = COORDINATE_SYSTEM::RIGHT_HANDED_Y_UP_AND_Z_BACKWARD;
-    const auto convert = [](ModelMat& m, MEM mem, bool withMatrix) {
-        if (mem == MEM::CPU) forgetRows(m.host);
-        if (mem != MEM::GPU && mem != MEM_BOTH) return;
-        World& world = *m.world;
-        const bool matrix = !withMatrix || !world.fails("cudaMallocPitch");
-        const bool filled = !withMatrix || (!world.fails("cudaMemcpy") && matrix);
-        const bool launches = filled && m.device && m.width * m.height != 0;
-        if (launches && !world.fails("cudaLaunchKernel")) forgetRows(m.device);
-        if (mem == MEM_BOTH) m.update(true, false);
-        if (withMatrix && matrix && world.fails("cudaFree")) ++world.lost;
-    };
+    // The Mat and its model are called in the same words.
+    const auto both = [](const char* name, unsigned uses, auto call) { return Op{name, uses, call, call}; };
     return {
-        {"alloc", Op::MEMORY,
-         [](Mat& m, Mat&, Arg a) { return m.alloc(a.width, a.height, a.type, a.mem), 0; },
-         [](ModelMat& m, ModelMat&, Arg a) { return m.alloc(a.width, a.height, a.type, a.mem), 0; }},
-        {"free", Op::MEMORY, [](Mat& m, Mat&, Arg a) { return m.free(a.mem), 0; },
-         [](ModelMat& m, ModelMat&, Arg a) { return m.free(a.mem), 0; }},
-        {"ref", Op::OTHER, [](Mat& m, Mat& o, Arg) { return m.ref(o), 0; },
-         [](ModelMat& m, ModelMat& o, Arg) { return m.ref(o), 0; }},
-        {"copy and assign", Op::OTHER,
-         [](Mat& m, Mat& o, Arg) {
-             const Mat copy(o);  // NOLINT(performance-unnecessary-copy-initialization): copying is tested
-             m = copy;
-             return 0;
-         },
-         [](ModelMat& m, ModelMat& o, Arg) {
-             ModelMat copy(*m.world);
-             copy.ref(o);
-             return m.ref(copy), 0;
-         }},
-        {"move", Op::OTHER, [](Mat& m, Mat& o, Arg) { return toValue(m.move(o)); },
-         [](ModelMat& m, ModelMat& o, Arg) { return codeOf(m.move(o)); }},
-        {"C++ moves", Op::OTHER,
-         [](Mat& m, Mat& o, Arg) {
-             Mat taken(std::move(o));
-             m = std::move(taken);
-             return 0;
-         },
-         [](ModelMat& m, ModelMat& o, Arg) {
-             ModelMat taken(*m.world);
-             taken.take(o);
-             m.take(taken);
-             return taken.free(MEM_BOTH), 0;
-         }},
-        {"swap", Op::OTHER, [](Mat& m, Mat& o, Arg) { return Mat::swap(m, o), 0; },
-         [](ModelMat& m, ModelMat& o, Arg) { return ModelMat::swap(m, o), 0; }},
-        {"clone", Op::OTHER | Op::PIXELS, [](Mat& m, Mat& o, Arg) { return toValue(m.clone(o)); },
-         [](ModelMat& m, ModelMat& o, Arg) { return codeOf(m.clone(o)); }},
-        {"copyTo", Op::OTHER | Op::COPY | Op::STREAM | Op::PIXELS,
-         [](Mat& m, Mat& o, Arg a) { return toValue(m.copyTo(o, a.copy, a.stream)); },
-         [](ModelMat& m, ModelMat& o, Arg a) {
-             return codeOf(m.copyTo(o, a.copy, a.stream != nullptr, false));
-         }},
-        {"setFrom", Op::OTHER | Op::COPY | Op::STREAM | Op::PIXELS,
-         [](Mat& m, Mat& o, Arg a) { return toValue(m.setFrom(o, a.copy, a.stream)); },
-         [](ModelMat& m, ModelMat& o, Arg a) {
-             return codeOf(o.copyTo(m, a.copy, a.stream != nullptr, true));
-         }},
-        {"updateCPUfromGPU", Op::STREAM | Op::PIXELS,
-         [](Mat& m, Mat&, Arg a) { return toValue(m.updateCPUfromGPU(a.stream)); },
-         [](ModelMat& m, ModelMat&, Arg a) { return codeOf(m.update(true, a.stream != nullptr)); }},
-        {"updateGPUfromCPU", Op::STREAM | Op::PIXELS,
-         [](Mat& m, Mat&, Arg a) { return toValue(m.updateGPUfromCPU(a.stream)); },
-         [](ModelMat& m, ModelMat&, Arg a) { return codeOf(m.update(false, a.stream != nullptr)); }},
-        fillOperation(),
-        {"convertUnit", Op::MEMORY | Op::PIXELS,
-         [](Mat& m, Mat&, Arg a) { return toValue(convertUnit(m, UNIT::METER, UNIT::CENTIMETER, a.mem)); },
-         [=](ModelMat& m, ModelMat&, Arg a) {
-             if (m.type != MAT_TYPE::MAT_32F_C1 && m.type != MAT_TYPE::MAT_32F_C3 &&
-                 m.type != MAT_TYPE::MAT_32F_C4) {
-                 return 17;
-             }
-             return convert(m, a.mem, false), 0;
-         }},
-        {"convertCoordinateSystem", Op::MEMORY | Op::PIXELS,
-         [](Mat& m, Mat&, Arg a) {
-             return toValue(convertCoordinateSystem(m, COORDINATE_SYSTEM::IMAGE, TO, a.mem));
-         },
-         [=](ModelMat& m, ModelMat&, Arg a) {
-             if (m.type != MAT_TYPE::MAT_32F_C3 && m.type != MAT_TYPE::MAT_32F_C4) return 17;
-             return convert(m, a.mem, true), 0;
-         }},
-        {"convertImage", Op::OTHER | Op::STREAM | Op::PIXELS,
-         [](Mat& m, Mat& o, Arg a) { return toValue(convertImage(m, o, a.stream)); }, modelConvertImage},
+        both("alloc", Op::MEMORY,
+             [](auto& m, auto&, Arg a) { return m.alloc(a.width, a.height, a.type, a.mem), OK; }),
+        both("free", Op::MEMORY, [](auto& m, auto&, Arg a) { return m.free(a.mem), OK; }),
+        both("ref", Op::OTHER, [](auto& m, auto& o, Arg) { return m.ref(o), OK; }),
+        both("copy and assign", Op::OTHER,
+             [](auto& m, auto& o, Arg) {
+                 // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): copying is tested
+                 const std::decay_t<decltype(o)> copy(o);
+                 m = copy;
+                 return OK;
+             }),
+        both("move", Op::OTHER, [](auto& m, auto& o, Arg) { return m.move(o); }),
+        both("C++ moves", Op::OTHER,
+             [](auto& m, auto& o, Arg) {
+                 std::decay_t<decltype(o)> taken(std::move(o));
+                 m = std::move(taken);
+                 return OK;
+             }),
+        both("swap", Op::OTHER,
+             [](auto& m, auto& o, Arg) { return std::decay_t<decltype(o)>::swap(m, o), OK; }),
+        both("clone", Op::OTHER | Op::PIXELS, [](auto& m, auto& o, Arg) { return m.clone(o); }),
+        both("copyTo", Op::OTHER | Op::COPY | Op::STREAM | Op::PIXELS,
+             [](auto& m, auto& o, Arg a) { return m.copyTo(o, a.copy, a.stream); }),
+        both("setFrom", Op::OTHER | Op::COPY | Op::STREAM | Op::PIXELS,
+             [](auto& m, auto& o, Arg a) { return m.setFrom(o, a.copy, a.stream); }),
+        both("updateCPUfromGPU", Op::STREAM | Op::PIXELS,
+             [](auto& m, auto&, Arg a) { return m.updateCPUfromGPU(a.stream); }),
+        both("updateGPUfromCPU", Op::STREAM | Op::PIXELS,
+             [](auto& m, auto&, Arg a) { return m.updateGPUfromCPU(a.stream); }),
+        both("setTo", Op::MEMORY | Op::PIXELS,
+             [](auto& m, auto&, Arg a) { return m.setTo(static_cast<float>(a.seed), a.mem); }),
+        both("convertUnit", Op::MEMORY | Op::PIXELS,
+             [](auto& m, auto&, Arg a) { return convertUnit(m, UNIT::METER, UNIT::CENTIMETER, a.mem); }),
+        both("convertCoordinateSystem", Op::MEMORY | Op::PIXELS,
+             [](auto& m, auto&, Arg a) {
+                 constexpr auto TO = COORDINATE_SYSTEM::RIGHT_HANDED_Y_UP_AND_Z_BACKWARD;
+                 return convertCoordinateSystem(m, COORDINATE_SYSTEM::IMAGE, TO, a.mem);
+             }),
+        both("convertImage", Op::OTHER | Op::STREAM | Op::PIXELS,
+             [](auto& m, auto& o, Arg a) { return convertImage(m, o, a.stream); }),
     };
 }
 

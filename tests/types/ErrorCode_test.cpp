@@ -3,13 +3,10 @@
 
 #include "support/ScratchFolder.hpp"
 #include "support/device.hpp"
-#include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/types/enum_stream.hpp"
 
 namespace vela::test {
 namespace {
-
-using detail::fromValue;
 
 TEST(ErrorCode, EveryValueHasItsTextsAndOthersAreUnknown) {
     std::ostringstream texts;

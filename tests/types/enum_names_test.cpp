@@ -105,11 +105,7 @@ TEST(ObjectClasses, EachSubclassIsInTheClassThatListsIt) {
 }
 
 TEST(Complaints, AreWrittenAtOnce) {
-    struct Case {
-        void (*complain)();
-        const char* text;
-    };
-    const Case cases[] = {
+    const std::pair<void (*)(), const char*> cases[] = {
         {[] { getObjectClass(fromValue<OBJECT_SUBCLASS>(24)); }, "ERR : INVALID SUBLASS\n"},
         {[] { Mat(1, 1, MAT_TYPE::MAT_8U_C1, fromValue<MEM>(5)); }, "ERROR ALLOC MEM TYPE 5\n"},
         {[] {

@@ -13,9 +13,6 @@
 namespace vela::test {
 namespace {
 
-using detail::fromValue;
-using detail::toValue;
-
 struct State {
     const char* name;
     MEM mem;
@@ -39,12 +36,7 @@ constexpr State STATES[] = {{"empty", NOTHING, false, 0, 0},
 
 class MatFaultTest : public DeviceTest {
 protected:
-    void SetUp() override {
-        DeviceTest::SetUp();
-        ASSERT_EQ(cudaStreamCreate(&stream_), cudaSuccess);
-    }
     void TearDown() override {
-        EXPECT_EQ(cudaStreamDestroy(stream_), cudaSuccess);
         EXPECT_EQ(log_.take(), "") << "messages that nothing accounts for";
         DeviceTest::TearDown();
     }
@@ -54,6 +46,7 @@ protected:
     std::map<std::string, int> run(const Operation& operation, const State& first, const State& second,
                                    const Arguments& arguments, const std::string& function, int nth) {
         World world;
+        std::map<std::string, int> calls;
         {
             Subject a(world);
             Subject b(world);
@@ -71,10 +64,12 @@ protected:
             world.function = function;
             world.nth = nth;
             if (nth > 0) software_device::failCall(function.c_str(), nth, cudaErrorUnknown);
-            int seen = 0;
+            ERROR_CODE seen{};
             const std::string printed = printedBy([&] { seen = operation.act(a.mat, b.mat, arguments); });
-            const int wanted = operation.model(a.model, b.model, arguments);
+            const ERROR_CODE wanted = operation.model(a.model, b.model, arguments);
             software_device::reset();
+            calls = world.calls;
+            world.function.clear();
             cudaDeviceSynchronize();
             EXPECT_EQ(seen, wanted);
             EXPECT_EQ(printed, world.printed);
@@ -87,7 +82,7 @@ protected:
         }
         allocationsExpected_ += world.lost;
         EXPECT_EQ(software_device::liveAllocations(), allocationsExpected_);
-        return world.calls;
+        return calls;
     }
 
     void sweep(const Operation& operation, const State& first, const State& second,
@@ -110,9 +105,9 @@ protected:
     Operation write() const {
         const std::string path = folder_ / "a.bmp";
         return {"write", Operation::PIXELS,
-                [=](Mat& m, Mat&, const Arguments&) { return toValue(m.write(path, MEM::GPU)); },
+                [=](Mat& m, Mat&, const Arguments&) { return m.write(path, MEM::GPU); },
                 [](ModelMat& m, ModelMat&, const Arguments&) {
-                    if (!m.init || !m.update(true, false)) return 1;
+                    if (!m.init || m.updateCPUfromGPU() != OK) return BAD;
                     const bool cloud = m.type == MAT_TYPE::MAT_32F_C4;
                     const bool writes = cloud ? m.host != nullptr : m.width * m.height != 0;
                     const std::string line = cloud ? "1009" : "1084";
@@ -120,7 +115,7 @@ protected:
                         m.world->logged += "vela_core/utils/Mat.cpp:" + line +
                                            " ERROR [Mat]  Mat type currently not supported.\n";
                     }
-                    return codeOf(writes);
+                    return writes ? OK : BAD;
                 }};
     }
 
@@ -142,12 +137,13 @@ protected:
             multiply(&Arguments::copy, COPY_TYPE::CPU_CPU, COPY_TYPE::CPU_GPU, COPY_TYPE::GPU_GPU,
                      COPY_TYPE::GPU_CPU, fromValue<COPY_TYPE>(4));
         }
-        if ((operation.uses & Operation::STREAM) != 0) multiply(&Arguments::stream, cudaStream_t{}, stream_);
+        if ((operation.uses & Operation::STREAM) != 0)
+            multiply(&Arguments::stream, nullptr, cudaStream_t{stream_});
         return all;
     }
 
     ScratchFolder folder_;
-    cudaStream_t stream_ = nullptr;
+    const Stream stream_;
     LogCapture log_;
     int cases_ = 0;
     int faults_ = 0;

@@ -13,9 +13,6 @@
 namespace vela::test {
 namespace {
 
-using detail::fromValue;
-using detail::toValue;
-
 unsigned long setting(const char* name, unsigned long usual) {
     const char* const value = std::getenv(name);
     return value == nullptr ? usual : std::strtoul(value, nullptr, 10);
@@ -56,7 +53,8 @@ TEST_F(MatRandomTest, AfterRandomOperationsMatsEqualTheirModels) {
     constexpr std::size_t BATCH = 100;
     SCOPED_TRACE(testing::Message() << "VELA_RANDOM_SEED=" << seed);
     random_.seed(static_cast<std::mt19937::result_type>(seed));
-    ASSERT_EQ(cudaStreamCreate(&stream_), cudaSuccess);
+    const Stream stream;
+    stream_ = stream;
     const std::vector<Operation> all = operations();
     LogCapture log;
     World world;
@@ -93,7 +91,6 @@ TEST_F(MatRandomTest, AfterRandomOperationsMatsEqualTheirModels) {
             world.logged.clear();
         }
     }
-    EXPECT_EQ(cudaStreamDestroy(stream_), cudaSuccess);
 }
 
 }  // namespace

@@ -44,32 +44,19 @@ void release(void* memory) noexcept {
 
 }  // namespace
 
+// Those of arrays come here, too.
 void* operator new(std::size_t size) {
-    return allocate(size);
-}
-void* operator new[](std::size_t size) {
     return allocate(size);
 }
 void operator delete(void* memory) noexcept {
     release(memory);
 }
-void operator delete[](void* memory) noexcept {
-    release(memory);
-}
 void operator delete(void* memory, std::size_t) noexcept {
-    release(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
     release(memory);
 }
 
 namespace vela::test {
 namespace {
-
-using detail::fromValue;
-using detail::toValue;
-
-namespace fs = std::filesystem;
 
 class MemoryFaultsTest : public DeviceTest {
 protected:
@@ -90,9 +77,6 @@ protected:
         return end;
     }
 
-    static int openDescriptors() {
-        return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), {}));
-    }
     /// The logger's thread opens files of its own for a moment.
     static int settledDescriptors(int expected) {
         int open = openDescriptors();
@@ -105,17 +89,6 @@ protected:
 
     ScratchFolder folder_;
 };
-
-/// Everything of a Mat but its pixels.
-std::string fieldsOf(const Mat& mat) {
-    std::string text = toStdString(mat.name);
-    for (const std::size_t value : {mat.width, mat.height, mat.channels, mat.pixelBytes, mat.stepBytesCPU,
-                                    mat.stepBytesGPU, std::size_t{mat.isInit}, std::size_t{mat.memoryOwner},
-                                    std::size_t{mat.ptrCPU != nullptr}, std::size_t{mat.ptrGPU != nullptr}}) {
-        text += " " + std::to_string(value);
-    }
-    return text;
-}
 
 TEST_F(MemoryFaultsTest, OperationsOnMatsLeakNothingAndThrowWhereTheyAllocate) {
     const std::set<std::string> allocating = {

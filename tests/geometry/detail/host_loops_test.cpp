@@ -11,12 +11,12 @@
 #endif
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -34,15 +34,7 @@ bool same(float a, float b) {
 
 /// Floats of all kinds; about half of the rows hold tiny ones, such as colours with alpha 0.
 std::vector<float> mixedFloats(std::size_t count, std::mt19937& random) {
-    using Limits = std::numeric_limits<float>;
-    const float special[] = {0.0F,
-                             -0.0F,
-                             Limits::infinity(),
-                             Limits::quiet_NaN(),
-                             Limits::max(),
-                             Limits::denorm_min(),
-                             -Limits::denorm_min(),
-                             Limits::min()};
+    const float special[] = {0.0F, -0.0F, INFINITY, NAN, FLT_MAX, 1e-45F, -1e-45F, FLT_MIN};
     std::vector<float> values(count);
     bool tiny = false;
     for (std::size_t i = 0; i < count; ++i) {

@@ -31,7 +31,7 @@ protected:
         ASSERT_EQ(cudaStreamCreate(&stream_), cudaSuccess);
     }
     void TearDown() override {
-        cudaStreamDestroy(stream_);
+        cudaStreamDestroy(stream_);  // some tests have done so
         DeviceTest::TearDown();
     }
 

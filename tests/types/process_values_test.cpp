@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_core/types/records/uuid.hpp"
 
+#include "support/ScratchFolder.hpp"
+#include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/types/parameter_files.hpp"
 #include "vela_core/types/records/Objects.hpp"
+#include "vela_core/types/records/Skeleton.hpp"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,9 +16,24 @@
 namespace vela::test {
 namespace {
 
+std::string bones() {
+    std::string text;
+    const auto add = [&](const auto& bones) {
+        for (const auto& [first, second] : bones) {
+            text += (&first == &bones[0].first ? "" : " ") + std::to_string(detail::toValue(first)) + "-" +
+                    std::to_string(detail::toValue(second));
+        }
+        text += "\n";
+    };
+    add(BODY_BONES);
+    add(BODY_BONES_POSE_34);
+    return text;
+}
+
 // As a program's own globals find them.
 const CustomBoxObjectData FIRST_BOXES[2];
 const std::string EXTENSION_AT_THE_START = INIT_PARAM_EXTENSION;
+const std::string BONES_AT_THE_START = bones();
 
 TEST(Uuid, EachDigitIsOneDrawInOrder) {
     std::mt19937_64 replay = uuid::gen;
@@ -32,7 +49,10 @@ TEST(Uuid, EachDigitIsOneDrawInOrder) {
     }
 }
 
-TEST(Uuid, ExistsBeforeTheProgramsGlobals) {
+TEST(ProcessValues, AreThereBeforeTheProgramsGlobals) {
+    const std::string wanted = contentOf(VELA_TEST_FOLDER "/types/bones.txt");
+    EXPECT_EQ(bones(), wanted);
+    EXPECT_EQ(BONES_AT_THE_START, wanted);
     EXPECT_EQ(EXTENSION_AT_THE_START, ".yml");
     EXPECT_NE(toStdString(FIRST_BOXES[0].unique_id), toStdString(FIRST_BOXES[1].unique_id));
     EXPECT_NE(std::string("89ab").find(FIRST_BOXES[0].unique_id.c_str()[19]), std::string::npos)
@@ -48,28 +68,22 @@ TEST(Uuid, EachRunDrawsItsOwn) {
     unsetenv("VELA_TEST_FIRST_BOX");
 }
 
-std::string drawnByAChild() {
-    int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
-    const pid_t child = fork();
-    if (child == 0) {
-        const std::string drawn = uuid::generate_uuid_v4();
-        _exit(write(ends[1], drawn.data(), drawn.size()) == 36 ? 0 : 1);
-    }
-    char drawn[36] = {};
-    EXPECT_EQ(read(ends[0], drawn, sizeof drawn), 36);
-    EXPECT_EQ(waitpid(child, nullptr, 0), child);
-    close(ends[0]);
-    close(ends[1]);
-    return {drawn, sizeof drawn};
-}
-
 TEST(Uuid, ForkedChildrenDrawTheirOwn) {
-    const std::mt19937_64 before = uuid::gen;
-    std::set<std::string> drawn = {drawnByAChild(), drawnByAChild()};
-    EXPECT_EQ(uuid::gen, before) << "the parent is not reseeded";
+    const ScratchFolder folder;
+    std::set<std::string> drawn = {uuid::generate_uuid_v4()};
+    for (const char* const name : {"a", "b"}) {
+        const std::mt19937_64 parents = uuid::gen;
+        const pid_t child = fork();
+        if (child == 0) {
+            put(folder / name, uuid::generate_uuid_v4());
+            _exit(0);
+        }
+        EXPECT_EQ(waitpid(child, nullptr, 0), child);
+        EXPECT_EQ(uuid::gen, parents) << "the parent is not reseeded";
+        drawn.insert(contentOf(folder / name));
+    }
     drawn.insert(uuid::generate_uuid_v4());
-    EXPECT_EQ(drawn.size(), 3U);
+    EXPECT_EQ(drawn.size(), 4U);
 }
 
 }  // namespace
