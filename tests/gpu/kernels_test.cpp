@@ -79,29 +79,25 @@ Bytes wholeFloats(std::size_t size) {
     return bytes;
 }
 
-/// Launches a kernel over pixels that begin as `before`; `change` is what becomes of one pixel.
+/// Launches a kernel over pixels of every layout; `change` is what becomes of one pixel.
 template <class T, class Launch, class Change>
-void expectChange(const Layout& layout, const Bytes& before, const Launch& launch, const Change& change) {
-    Bytes wanted = before;
-    for (unsigned y = 0; y < layout.height; ++y) {
-        for (unsigned x = 0; x < layout.width; ++x) {
-            change(&wanted[(layout.offset + std::size_t{y} * layout.step + x) * sizeof(T)]);
-        }
-    }
-    const DeviceCopy device(before);
-    launch(device.as<T>(layout.offset), layout);
-    EXPECT_EQ(cudaGetLastError(), cudaSuccess);
-    const Bytes seen = device.bytes();
-    const auto at = std::mismatch(seen.begin(), seen.end(), wanted.begin()).first - seen.begin();
-    EXPECT_EQ(at, static_cast<std::ptrdiff_t>(seen.size()))
-        << "first wrong byte; " << sizeof(T) << " bytes a pixel, offset " << layout.offset << ", step "
-        << layout.step << ", " << layout.width << " x " << layout.height;
-}
-
-template <class T, class Launch, class Change>
-void expectFloatChange(const Launch& launch, const Change& change) {
+void expectChange(const Launch& launch, const Change& change) {
     for (const Layout& layout : layouts()) {
-        expectChange<T>(layout, wholeFloats(layout.pixels() * sizeof(T)), launch, change);
+        const Bytes before = wholeFloats(layout.pixels() * sizeof(T));
+        Bytes wanted = before;
+        for (unsigned y = 0; y < layout.height; ++y) {
+            for (unsigned x = 0; x < layout.width; ++x) {
+                change(&wanted[(layout.offset + std::size_t{y} * layout.step + x) * sizeof(T)]);
+            }
+        }
+        const DeviceCopy device(before);
+        launch(device.as<T>(layout.offset), layout);
+        EXPECT_EQ(cudaGetLastError(), cudaSuccess);
+        const Bytes seen = device.bytes();
+        const auto at = std::mismatch(seen.begin(), seen.end(), wanted.begin()).first - seen.begin();
+        EXPECT_EQ(at, static_cast<std::ptrdiff_t>(seen.size()))
+            << "first wrong byte; " << sizeof(T) << " bytes a pixel, offset " << layout.offset << ", step "
+            << layout.step << ", " << layout.width << " x " << layout.height;
     }
 }
 
@@ -113,10 +109,7 @@ void expectFill() {
     const auto launch = [=](T* pixels, const Layout& l) {
         cu_matSetToGPU(value, pixels, l.step, l.width, l.height, nullptr);
     };
-    const auto change = [&](void* pixel) { std::memcpy(pixel, bytes.data(), sizeof value); };
-    for (const Layout& layout : layouts()) {
-        expectChange<T>(layout, pattern(layout.pixels() * sizeof(T)), launch, change);
-    }
+    expectChange<T>(launch, [&](void* pixel) { std::memcpy(pixel, bytes.data(), sizeof value); });
 }
 
 void scale(void* pixel, int components) {
@@ -154,9 +147,9 @@ TEST_F(KernelsTest, Scales) {
     const auto factor = [](auto* pixels, const Layout& l) {
         cu_applyFactor(pixels, 2.5F, l.step, l.width, l.height);
     };
-    expectFloatChange<float>(factor, [](void* pixel) { scale(pixel, 1); });
-    expectFloatChange<Vector3<float>>(factor, [](void* pixel) { scale(pixel, 3); });
-    expectFloatChange<Vector4<float>>(
+    expectChange<float>(factor, [](void* pixel) { scale(pixel, 1); });
+    expectChange<Vector3<float>>(factor, [](void* pixel) { scale(pixel, 3); });
+    expectChange<Vector4<float>>(
         [](auto* pixels, const Layout& l) { cu_applyFactor4f(pixels, 2.5F, l.step, l.width, l.height); },
         [](void* pixel) { scale(pixel, 3); });
 }
@@ -164,12 +157,12 @@ TEST_F(KernelsTest, Scales) {
 TEST_F(KernelsTest, AppliesMatrices) {
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(MATRIX);
     const DeviceCopy matrix(Bytes(bytes, bytes + sizeof MATRIX));
-    expectFloatChange<Vector3<float>>(
+    expectChange<Vector3<float>>(
         [&](auto* pixels, const Layout& l) {
             cu_applyMat3f(pixels, matrix.as<float>(), l.step, l.width, l.height);
         },
         [](void* pixel) { applyMatrix(pixel, 3); });
-    expectFloatChange<Vector4<float>>(
+    expectChange<Vector4<float>>(
         [&](auto* pixels, const Layout& l) {
             cu_applyMat4f(pixels, matrix.as<float>(), l.step, l.width, l.height);
         },

@@ -158,17 +158,6 @@ const struct {
      },
      "in read : 0\n(.|\n)*in read : 999\n"},
     {"the first message comes at exit", [] { std::atexit(misuse); }, ONE},
-    {"many threads log",
-     [] {
-         std::thread others[4];
-         for (std::thread& other : others) {
-             other = std::thread(misuse);
-         }
-         for (std::thread& other : others) {
-             other.join();
-         }
-     },
-     "(setSubVector3f(.|\n)*){4}"},
     // Files and pipes that a program opens must not become what the library takes for standard error.
     {"standard error is closed",
      [] {
@@ -196,12 +185,6 @@ const struct {
          logError(LogStatement::READ_EXCEPTION, "parent");
      },
      "^[^\n]*setSubVector3f Invalid Parameters\\.\n[^\n]*in read : child\n[^\n]*in read : parent\n$"},
-    {"a child leaves at once",
-     [] {
-         misuse();
-         expect(statusOf(forked([] {})) == 0, 1);
-     },
-     ONE},
 // Sanitizers take the threads that a child does not have for leaks, or start no thread in it.
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
     {"it forks while threads log", forksWhileThreadsLog, ""},

@@ -3,13 +3,13 @@
 // what that model does not know.
 #include "vela_core/utils/Mat.hpp"
 
+#include "support/ModelMat.hpp"
 #include "support/capture.hpp"
-#include "support/device.hpp"
 
 #include <gtest/gtest.h>
 
 #include <new>
-#include <sstream>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -18,49 +18,44 @@ namespace {
 
 class MatTest : public DeviceTest {
 protected:
-    std::string nameOf(const unsigned char* buffer) const {
-        if (buffer == nullptr) return "-";
-        return buffer == host_ ? "host" : buffer == device_ ? "device" : "new";
+    /// A Mat without an image whose sides are both.
+    void expectEmpty(const Mat& mat) {
+        ModelMat empty(world_);
+        empty.mem = MEM_BOTH;
+        expectSame(mat, empty);
     }
 
-    /// All fields in one line; a pitch, which is the device's choice, goes by its name.
-    std::string fieldsOf(const Mat& mat) const {
-        const bool pitched = mat.memoryOwner && mat.memType != MEM_MANAGED && mat.stepBytesGPU != 0 &&
-                             mat.stepBytesGPU % 512 == 0 && mat.stepBytesGPU % mat.pixelBytes == 0;
-        const bool shared = mat.ptrCPU != nullptr && mat.ptrCPU == mat.ptrGPU;
-        std::ostringstream text;
-        text << (mat.isInit ? mat.memoryOwner ? "owner " : "reference " : "empty ") << mat.width << "x"
-             << mat.height << "x" << mat.channels << " of " << mat.pixelBytes << " on "
-             << toValue(mat.memType) << ", steps " << mat.stepBytesCPU << " "
-             << (pitched ? "pitched" : std::to_string(mat.stepBytesGPU)) << ", buffers " << nameOf(mat.ptrCPU)
-             << " " << (shared ? "same" : nameOf(mat.ptrGPU)) << mat.name << mat.extraFlag << mat.timestamp;
-        return text.str();
-    }
-
+    World world_;
     unsigned char host_[64] = {};
     unsigned char device_[64] = {};
 };
 
 TEST_F(MatTest, ConstructorsSetEveryField) {
-    const std::pair<Mat, std::string> cases[] = {
-        {Mat(), "empty 0x0x0 of 0 on 1, steps 0 0, buffers - -"},
-        {Mat(7, 3, U3), "owner 7x3x3 of 3 on 1, steps 21 0, buffers new -"},
-        {Mat({7, 3}, U3, MEM::GPU), "owner 7x3x3 of 3 on 2, steps 21 pitched, buffers - new"},
-        {Mat({7, 3}, U3, MEM_BOTH), "owner 7x3x3 of 3 on 3, steps 21 pitched, buffers new new"},
-        {Mat(7, 3, U3, MEM_MANAGED), "owner 7x3x3 of 3 on 4, steps 21 21, buffers new same"},
-        {Mat(3, 2, U3, host_, 16, MEM::CPU), "reference 3x2x3 of 3 on 1, steps 16 0, buffers host -"},
-        {Mat({3, 2}, U3, device_, 32, MEM::GPU), "reference 3x2x3 of 3 on 2, steps 9 32, buffers - device"},
-        {Mat(3, 2, U3, host_, 16, MEM_MANAGED), "reference 3x2x3 of 3 on 4, steps 0 0, buffers - -"},
-        {Mat({3, 2}, U3, host_, 16, device_, 32),
-         "reference 3x2x3 of 3 on 3, steps 16 32, buffers host device"}};
-    for (const auto& [mat, fields] : cases) {
-        EXPECT_EQ(fieldsOf(mat), fields + "n/a00");
+    expectSame(Mat(), ModelMat(world_));
+    for (const MEM mem : {MEM::CPU, MEM::GPU, MEM_BOTH, MEM_MANAGED}) {
+        ModelMat wanted(world_);
+        wanted.alloc(7, 3, U3, mem);
+        Mat allocated;
+        allocated.alloc({7, 3}, U3, mem);
+        expectSame(allocated, wanted);
+        expectSame(Mat(7, 3, U3, mem), wanted);
+        expectSame(Mat({7, 3}, U3, mem), wanted);
+        if (mem == MEM::CPU) expectSame(Mat(7, 3, U3), wanted);
     }
-    Mat mat;
-    mat.alloc({7, 3}, U3);
-    EXPECT_EQ(fieldsOf(mat), cases[1].second + "n/a00");
-    mat.name = "mine";
-    EXPECT_EQ(Mat(mat).name, String("n/a"));
+    const std::pair<Mat, std::tuple<MEM, std::size_t, std::size_t, unsigned char*, unsigned char*>>
+        references[] = {{Mat(3, 2, U3, host_, 16, MEM::CPU), {MEM::CPU, 16, 0, host_, nullptr}},
+                        {Mat({3, 2}, U3, device_, 32, MEM::GPU), {MEM::GPU, 9, 32, nullptr, device_}},
+                        {Mat(3, 2, U3, host_, 16, MEM_MANAGED), {MEM_MANAGED, 0, 0, nullptr, nullptr}},
+                        {Mat({3, 2}, U3, host_, 16, device_, 32), {MEM_BOTH, 16, 32, host_, device_}}};
+    for (const auto& [mat, wanted] : references) {
+        EXPECT_TRUE(std::tuple(mat.memType, mat.stepBytesCPU, mat.stepBytesGPU, mat.ptrCPU, mat.ptrGPU) ==
+                    wanted)
+            << fieldsOf(mat);
+        EXPECT_TRUE(mat.isInit && !mat.memoryOwner && mat.dataType == U3 && mat.name == "n/a")
+            << fieldsOf(mat);
+        EXPECT_EQ(std::tuple(mat.width, mat.height, mat.channels, mat.pixelBytes),
+                  std::tuple(3U, 2U, 3U, 3U));
+    }
     static_assert(std::is_nothrow_move_constructible_v<Mat> && std::is_nothrow_move_assignable_v<Mat>);
 }
 
@@ -81,7 +76,7 @@ TEST_F(MatTest, AnAllocationThatFailsLeavesAnEmptyMat) {
         for (const MEM mem : {MEM::CPU, MEM_BOTH}) {
             Mat mat(7, 3, U3, MEM_BOTH);
             EXPECT_THROW(mat.alloc(width, height, F1, mem), std::bad_alloc);
-            EXPECT_EQ(fieldsOf(mat), "empty 0x0x0 of 0 on 3, steps 0 0, buffers - -n/a00");
+            expectEmpty(mat);
             EXPECT_EQ(mat.dataType, U3);
         }
         expectRefused(width, height, F1, MEM::GPU);
@@ -128,7 +123,7 @@ TEST_F(MatTest, AssigningItselfLeavesItEmpty) {
         Mat mat(4, 4, U3, MEM_BOTH);
         Mat& alias = mat;
         moving ? mat = std::move(alias) : mat = alias;
-        EXPECT_EQ(fieldsOf(mat), "empty 0x0x0 of 0 on 3, steps 0 0, buffers - -n/a00");
+        expectEmpty(mat);
     }
 }
 

@@ -61,26 +61,17 @@ protected:
 
 constexpr std::size_t UNLIMITED = std::size_t{1} << 30;
 constexpr std::size_t PART = 40001;
-constexpr const char* FUNCTIONS[] = {"open", "write", "pread", "read", "copy_file_range"};
 
-TEST_F(FileCallsTest, InterruptedAndShortCallsLeaveTheFileWhole) {
+TEST_F(FileCallsTest, InterruptedAndShortCallsLeaveTheWholeAndRefusedOnesItsBeginning) {
     for (const Export& e : exports_) {
         meets(e, "", 1, Fate::DONE, UNLIMITED, false);
         meets(e, "", 1, Fate::DONE, e.extension == ".pfm" ? 1 : 13, false);
-        for (const char* const function : FUNCTIONS) {
-            for (int nth = 1; meets(e, function, nth, Fate::INTERRUPTED, PART, false) && !HasFailure();
-                 ++nth) {
-            }
-        }
-    }
-}
-
-TEST_F(FileCallsTest, AfterARefusedCallTheFileIsTheBeginningOfTheWhole) {
-    for (const Export& e : exports_) {
-        for (const char* const function : FUNCTIONS) {
-            // Where the kernel does not move the bytes, or no longer, they pass through the buffer.
-            const bool cut = std::string_view(function) != "copy_file_range";
-            for (int nth = 1; meets(e, function, nth, Fate::REFUSED, PART, cut) && !HasFailure(); ++nth) {
+        for (const char* const function : {"open", "write", "pread", "read", "copy_file_range"}) {
+            for (const Fate fate : {Fate::INTERRUPTED, Fate::REFUSED}) {
+                // Where the kernel does not move the bytes, or no longer, they pass through the buffer.
+                const bool cut = fate == Fate::REFUSED && std::string_view(function) != "copy_file_range";
+                for (int nth = 1; meets(e, function, nth, fate, PART, cut) && !HasFailure(); ++nth) {
+                }
             }
         }
     }

@@ -225,16 +225,12 @@ TEST_F(MatFilesTest, WhatCannotBeDecodedLeavesTheMatAlone) {
         std::string broken = whole;
         broken[size] = static_cast<char>(~broken[size]);
         put(folder_ / "broken.png", size % 2 == 0 ? whole.substr(0, size) : broken);
-        const bool decodes = !cv::imread(folder_ / "broken.png", cv::IMREAD_UNCHANGED).empty();
-        EXPECT_EQ(mat.read(folder_ / "broken.png"), decodes ? OK : BAD) << size;
-        if (decodes) {
-            std::printf("DECODES\n");
-        } else {
-            ++refused;
-            expectKept();
-        }
+        if (!cv::imread(folder_ / "broken.png", cv::IMREAD_UNCHANGED).empty()) continue;
+        EXPECT_EQ(mat.read(folder_ / "broken.png"), BAD) << size;
+        expectKept();
+        ++refused;
     }
-    std::printf("REFUSED %d\n", refused);
+    EXPECT_GT(refused, 5);
 }
 
 }  // namespace

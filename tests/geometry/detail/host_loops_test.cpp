@@ -5,7 +5,8 @@
 #include "vela_core/geometry/detail/denormals.hpp"
 #include "vela_core/geometry/detail/pixel_loop.hpp"
 
-#include <gtest/gtest.h>
+#include "support/geometry.hpp"
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
@@ -24,13 +25,7 @@
 namespace vela::detail::test {
 namespace {
 
-/// Same bits, or both not a number.
-bool same(float a, float b) {
-    std::uint32_t bits[2];
-    std::memcpy(&bits[0], &a, sizeof a);
-    std::memcpy(&bits[1], &b, sizeof b);
-    return bits[0] == bits[1] || (std::isnan(a) && std::isnan(b));
-}
+using vela::test::bitsOf;
 
 /// Floats of all kinds; about half of the rows hold tiny ones, such as colours with alpha 0.
 std::vector<float> mixedFloats(std::size_t count, std::mt19937& random) {
@@ -73,10 +68,7 @@ void expectAsPixelByPixel(const Op& op, Apply apply) {
             for (std::size_t i = 0; i < HEIGHT * step; i += CHANNELS) {
                 if (i % step < width * CHANNELS) applyPlainly<Pixel>(&wanted[CHANNELS + i], op);
             }
-            for (std::size_t i = 0; i < wanted.size(); ++i) {
-                ASSERT_TRUE(same(values[i], wanted[i]))
-                    << values[i] << " instead of " << wanted[i] << " at " << i << ", width " << width;
-            }
+            ASSERT_EQ(bitsOf(values), bitsOf(wanted)) << "width " << width;
         }
     }
 }
