@@ -28,7 +28,7 @@ TEST(FctIntern, PictureTypesHaveTheirPixelType) {
 TEST(FctIntern, ReadsFieldsOfAParameterFile) {
     LogCapture log;
     const cv::FileStorage file(
-        "%YAML:1.0\n---\ntext: \"two words\"\nnumber: -42\nreal: 0.25\nnothing: \"\"\nlist: [ 1, 2 ]\n",
+        "%YAML:1.0\n---\ntext: \"two words\"\nnumber: -16777217\nreal: 0.1\nnothing: \"\"\nlist: [ 1, 2 ]\n",
         cv::FileStorage::READ | cv::FileStorage::MEMORY);
     cv::FileNode root = file.root();
     cv::FileNode leaf = root["number"];
@@ -39,8 +39,8 @@ TEST(FctIntern, ReadsFieldsOfAParameterFile) {
         return value;
     };
     EXPECT_EQ(field(root, "text"), "two words");
-    EXPECT_EQ(field(root, "number"), "-42");
-    EXPECT_EQ(field(root, "real"), "2.5000000000000000e-01");
+    EXPECT_EQ(field(root, "number"), "-16777217");
+    EXPECT_EQ(field(root, "real"), "1.0000000000000001e-01");
     EXPECT_EQ(field(root, "nothing") + field(root, "list"), "");
     EXPECT_EQ(log.take(), "");
     for (cv::FileNode* const node : {&root, &leaf, &none}) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The software device must be at least as strict as hardware: what a GPU would show must show here.
 #include "support/device.hpp"
+#include "vela_core/geometry/mat_conversion.hpp"
 #include "vela_gpu/kernels.hpp"
 
 #include <gtest/gtest.h>
@@ -145,6 +146,15 @@ TEST_F(SoftwareDeviceTest, KeepsTheArgumentsOfTheLatestCalls) {
     }
     host.copyTo(device, static_cast<COPY_TYPE>(4));
     EXPECT_EQ(latestArguments().copyKind, cudaMemcpyDeviceToHost) << "an unknown direction";
+    Mat points(1, 1, F3, MEM::GPU);
+    Vector3<float> point;
+    EXPECT_EQ(points.setValue(0, 0, point, MEM::GPU), OK);
+    EXPECT_EQ(latestArguments().copyKind, cudaMemcpyHostToDevice);
+    EXPECT_EQ(points.getValue(0, 0, &point, MEM::GPU), OK);
+    EXPECT_EQ(latestArguments().copyKind, cudaMemcpyDeviceToHost);
+    constexpr auto TO = COORDINATE_SYSTEM::LEFT_HANDED_Y_UP_AND_Z_FORWARD;
+    EXPECT_EQ(convertCoordinateSystem(points, COORDINATE_SYSTEM::IMAGE, TO, MEM::GPU), OK);
+    EXPECT_EQ(latestArguments().copyKind, cudaMemcpyHostToDevice) << "the matrix";
 }
 
 TEST_F(SoftwareDeviceTest, AttachesManagedMemoryOnly) {
