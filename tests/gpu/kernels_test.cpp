@@ -43,31 +43,16 @@ std::vector<Layout> layouts() {
 }
 
 /// Device memory that starts as a copy of the given bytes.
-class DeviceCopy {
-public:
-    explicit DeviceCopy(const Bytes& bytes) : size_(bytes.size()) {
-        std::size_t pitch = 0;
-        EXPECT_EQ(cudaMallocPitch(&data_, &pitch, size_, 1), cudaSuccess);
-        EXPECT_EQ(cudaMemcpy(data_, bytes.data(), size_, cudaMemcpyHostToDevice), cudaSuccess);
-    }
-    ~DeviceCopy() { EXPECT_EQ(cudaFree(data_), cudaSuccess); }
-    DeviceCopy(const DeviceCopy&) = delete;
-    DeviceCopy& operator=(const DeviceCopy&) = delete;
+Mat onDevice(const Bytes& bytes) {
+    Mat mat(bytes.size(), 1, U1, MEM::GPU);
+    store(mat, MEM::GPU, bytes.data());
+    return mat;
+}
 
-    template <class T>
-    T* as(std::size_t index = 0) const {
-        return static_cast<T*>(data_) + index;
-    }
-    Bytes bytes() const {
-        Bytes bytes(size_);
-        EXPECT_EQ(cudaMemcpy(bytes.data(), data_, size_, cudaMemcpyDeviceToHost), cudaSuccess);
-        return bytes;
-    }
-
-private:
-    void* data_ = nullptr;
-    std::size_t size_;
-};
+template <class T>
+T* pixelsOf(const Mat& mat, std::size_t index = 0) {
+    return reinterpret_cast<T*>(mat.ptrGPU) + index;
+}
 
 /// Whole numbers in each float, so that sums of products are exact in any order.
 Bytes wholeFloats(std::size_t size) {
@@ -90,10 +75,10 @@ void expectChange(const Launch& launch, const Change& change) {
                 change(&wanted[(layout.offset + std::size_t{y} * layout.step + x) * sizeof(T)]);
             }
         }
-        const DeviceCopy device(before);
-        launch(device.as<T>(layout.offset), layout);
+        const Mat device = onDevice(before);
+        launch(pixelsOf<T>(device, layout.offset), layout);
         EXPECT_EQ(cudaGetLastError(), cudaSuccess);
-        const Bytes seen = device.bytes();
+        const Bytes seen = load(device, MEM::GPU);
         const auto at = std::mismatch(seen.begin(), seen.end(), wanted.begin()).first - seen.begin();
         EXPECT_EQ(at, static_cast<std::ptrdiff_t>(seen.size()))
             << "first wrong byte; " << sizeof(T) << " bytes a pixel, offset " << layout.offset << ", step "
@@ -156,15 +141,15 @@ TEST_F(KernelsTest, Scales) {
 
 TEST_F(KernelsTest, AppliesMatrices) {
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(MATRIX);
-    const DeviceCopy matrix(Bytes(bytes, bytes + sizeof MATRIX));
+    const Mat matrix = onDevice(Bytes(bytes, bytes + sizeof MATRIX));
     expectChange<Vector3<float>>(
         [&](auto* pixels, const Layout& l) {
-            cu_applyMat3f(pixels, matrix.as<float>(), l.step, l.width, l.height);
+            cu_applyMat3f(pixels, pixelsOf<float>(matrix), l.step, l.width, l.height);
         },
         [](void* pixel) { applyMatrix(pixel, 3); });
     expectChange<Vector4<float>>(
         [&](auto* pixels, const Layout& l) {
-            cu_applyMat4f(pixels, matrix.as<float>(), l.step, l.width, l.height);
+            cu_applyMat4f(pixels, pixelsOf<float>(matrix), l.step, l.width, l.height);
         },
         [](void* pixel) { applyMatrix(pixel, 4); });
 }
@@ -176,10 +161,10 @@ TEST_F(KernelsTest, ConvertsToSignedBetweenRowsOfDifferentSteps) {
         const unsigned fromSteps[] = {layout.width, layout.width + 1, (layout.width + 3) / 4 * 4};
         for (const unsigned fromStep : fromSteps) {
             const Bytes source = pattern((std::size_t{fromStep} * layout.height + 1) * 4, 3);
-            const DeviceCopy from(source);
+            const Mat from = onDevice(source);
             const Bytes before = pattern(layout.pixels() * 4);
-            const DeviceCopy to(before);
-            cu_cvt2Signed(from.as<From>(), to.as<To>(layout.offset), fromStep, layout.step,
+            const Mat to = onDevice(before);
+            cu_cvt2Signed(pixelsOf<From>(from), pixelsOf<To>(to, layout.offset), fromStep, layout.step,
                           {layout.width, layout.height}, nullptr);
             Bytes wanted = before;
             for (std::size_t y = 0; y < layout.height; ++y) {
@@ -189,8 +174,9 @@ TEST_F(KernelsTest, ConvertsToSignedBetweenRowsOfDifferentSteps) {
                         static_cast<std::uint8_t>(byte >= 128 ? byte - 128 : byte + 128);
                 }
             }
-            EXPECT_EQ(to.bytes(), wanted) << layout.width << ", steps " << fromStep << " " << layout.step;
-            EXPECT_EQ(from.bytes(), source);
+            EXPECT_EQ(load(to, MEM::GPU), wanted)
+                << layout.width << ", steps " << fromStep << " " << layout.step;
+            EXPECT_EQ(load(from, MEM::GPU), source);
         }
     }
 }
@@ -203,12 +189,12 @@ TEST_F(KernelsTest, NothingIsLaunchedWithoutPixelsOrMemory) {
     cu_applyMat3f(nullptr, nullptr, 4, 4, 4);
     cu_applyMat4f(nullptr, nullptr, 4, 4, 4);
     cu_cvt2Signed(nullptr, nullptr, 4, 4, {4, 4}, nullptr);
-    const DeviceCopy pixels(Bytes(64, 1));
-    cu_applyMat3f(pixels.as<Vector3<float>>(), nullptr, 1, 1, 1);
-    cu_applyMat4f(pixels.as<Vector4<float>>(), nullptr, 1, 1, 1);
+    const Mat pixels = onDevice(Bytes(64, 1));
+    cu_applyMat3f(pixelsOf<Vector3<float>>(pixels), nullptr, 1, 1, 1);
+    cu_applyMat4f(pixelsOf<Vector4<float>>(pixels), nullptr, 1, 1, 1);
     EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
     EXPECT_EQ(cudaGetLastError(), cudaSuccess);
-    EXPECT_EQ(pixels.bytes(), Bytes(64, 1));
+    EXPECT_EQ(load(pixels, MEM::GPU), Bytes(64, 1));
 }
 
 }  // namespace

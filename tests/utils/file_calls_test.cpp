@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Exports whose calls of the system are interrupted, refused, or cut short: the file must be whole, or the
+// Exports whose calls of the system are interrupted, refused or cut short: the file must be whole, or the
 // beginning of the whole, and nothing may be left open.
 #include "support/file_calls.hpp"
 #include "support/ScratchFolder.hpp"
