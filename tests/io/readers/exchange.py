@@ -2,8 +2,10 @@
 """What we write is read by other programs, and what they write by us, to the last bit and colour.
 
 Usage: exchange.py FILES_PROGRAM [PCL_PROGRAM], in an environment made by `scripts/setup --with readers`. A program
-that is missing is reported and left out."""
+that is missing is reported and left out.
+       exchange.py --corpus CLOUD_FOLDER DEPTH_FOLDER writes small files by the other programs into two folders."""
 import importlib
+import inspect
 import os
 import subprocess
 import sys
@@ -11,25 +13,25 @@ import tempfile
 
 import numpy as np
 
+CORPUS = sys.argv[1] == "--corpus"
 PROGRAM = sys.argv[1]
-PCL = sys.argv[2] if len(sys.argv) > 2 else None
-COUNT = 2000
-CHECKS = []
+PCL = sys.argv[2] if len(sys.argv) > 2 and not CORPUS else None
+COUNT, SHAPE = (4, (3, 4)) if CORPUS else (2000, (31, 47))
+EXCHANGES = []
 random = np.random.default_rng(1)
 points = random.normal(0, 1, (COUNT, 3)).astype(np.float32) * np.float32(3)
 colors = random.integers(0, 256, (COUNT, 3), dtype=np.uint8)
 normals = random.normal(0, 1, (COUNT, 3)).astype(np.float32)
-depth = random.uniform(0.2, 60, (31, 47)).astype(np.float32)
+depth = random.uniform(0.2, 60, SHAPE).astype(np.float32)
 depth[::5, ::3] = np.nan
 samples = np.where(np.isnan(depth), 0, np.floor(depth.astype(np.float64) * 1000 + 0.5)).astype(np.uint16)
+RGB = ("red", "green", "blue")
 
 
-def check(*modules):
-    """A check that needs these modules."""
-    def add(function):
-        CHECKS.append((modules, function))
-        return function
-    return add
+def exchange(module):
+    """With the module of that name the function checks what was written by us, or writes files for us and yields for
+    each what our reader must find in it: an array; or of the cloud "all", "points", or "rough" (in fewer digits)."""
+    return lambda function: EXCHANGES.append((module, function)) or function
 
 
 def same(seen, wanted, what):
@@ -38,17 +40,19 @@ def same(seen, wanted, what):
         raise AssertionError(f"{what}: {seen.shape} {seen.reshape(-1)[:6]}, wanted {wanted.reshape(-1)[:6]}")
 
 
-def ours(path):
-    """A file as our reader takes it: float32 (h, w, 4) of a cloud, (h, w) of a depth map."""
+def expect_ours(path, wanted):
+    """What our reader finds in a file: float32 (h, w, 4) of a cloud, another array of anything else."""
     array = path + ".read.npy"
     subprocess.run([PROGRAM, "read", path, array], check=True)
-    return np.load(array)
-
-
-def same_as_cloud(path, color=True):
-    cloud = ours(path).reshape(-1, 4)
-    same(cloud[:, :3].copy(), points, f"{path}: points")
-    if color:
+    seen = np.load(array)
+    if not isinstance(wanted, str):
+        return same(seen, wanted, path)
+    cloud = seen.reshape(-1, 4)
+    if "rough" in wanted:
+        assert np.allclose(cloud[:, :3], points, rtol=1e-5, atol=1e-5), path
+    else:
+        same(cloud[:, :3].copy(), points, f"{path}: points")
+    if "points" not in wanted:
         same(cloud[:, 3].copy().view(np.uint8).reshape(-1, 4)[:, :3], colors, f"{path}: colours")
 
 
@@ -56,31 +60,31 @@ def clouds(*endings):
     return [f"{kind}_{ending}" for kind in ("plain", "full") for ending in endings]
 
 
-@check("plyfile")
+@exchange("plyfile")
 def plyfile_reads_ply(plyfile):
     for name in clouds("ascii.ply", "binary.ply", "big.ply"):
         vertex = plyfile.PlyData.read(name)["vertex"]
         same(np.stack([vertex[k] for k in "xyz"], 1), points, name)
-        same(np.stack([vertex[k] for k in ("red", "green", "blue")], 1), colors, name)
+        same(np.stack([vertex[k] for k in RGB], 1), colors, name)
         if name.startswith("full"):
             same(np.stack([vertex[k] for k in ("nx", "ny", "nz")], 1), normals, name)
 
 
-@check("plyfile")
-def we_read_plyfile(plyfile):
+@exchange("plyfile")
+def plyfile_writes(plyfile):
     for text, order in ((True, "="), (False, "<"), (False, ">")):
         for real in ("f4", "f8"):
-            vertex = np.zeros(COUNT, [("x", real), ("y", real), ("z", real), ("q", "i2"), ("red", "u1"), ("green", "u1"), ("blue", "u1")])
+            vertex = np.zeros(COUNT, [(k, real) for k in "xyz"] + [("q", "i2")] + [(k, "u1") for k in RGB])
             for i in range(3):
-                vertex["xyz"[i]] = points[:, i]
-                vertex[("red", "green", "blue")[i]] = colors[:, i]
+                vertex["xyz"[i]], vertex[RGB[i]] = points[:, i], colors[:, i]
             faces = np.array([([0, 1, 2],)], dtype=[("vertex_indices", "i4", (3,))])
             elements = [plyfile.PlyElement.describe(faces, "face"), plyfile.PlyElement.describe(vertex, "vertex")]
-            plyfile.PlyData(elements, text=text, byte_order=order).write("plyfile.ply")
-            same_as_cloud("plyfile.ply")
+            name = f"plyfile_{real}{'=<>'.index(order)}.ply"
+            plyfile.PlyData(elements, text=text, byte_order=order).write(name)
+            yield name, "all"
 
 
-@check("open3d")
+@exchange("open3d")
 def open3d_reads_clouds(o3d):
     for name in clouds("ascii.ply", "binary.ply", "big.ply", "ascii.pcd", "binary.pcd", "packed.pcd"):
         cloud = o3d.io.read_point_cloud(name)
@@ -90,23 +94,19 @@ def open3d_reads_clouds(o3d):
             same(np.asarray(cloud.normals).astype(np.float32), normals, name)
 
 
-@check("open3d")
-def we_read_open3d(o3d):
+@exchange("open3d")
+def open3d_writes(o3d):
     cloud = o3d.geometry.PointCloud(o3d.utility.Vector3dVector(points))
     cloud.colors = o3d.utility.Vector3dVector(colors / 255.0)
-    for name, text, packed in (("a.ply", True, False), ("b.ply", False, False), ("a.pcd", True, False),
-                               ("b.pcd", False, False), ("c.pcd", False, True)):
-        assert o3d.io.write_point_cloud("open3d_" + name, cloud, write_ascii=text, compressed=packed)
-        if text and name.endswith(("ply", "pcd")):
-            # Open3D prints fewer digits than it takes
-            back = ours("open3d_" + name).reshape(-1, 4)
-            assert np.allclose(back[:, :3], points, atol=1e-5), name
-            same(back[:, 3].copy().view(np.uint8).reshape(-1, 4)[:, :3], colors, name)
-        else:
-            same_as_cloud("open3d_" + name)
+    for name, wanted in (("ply", "all"), ("pcd", "all"), ("xyz", "rough points"), ("xyzrgb", None), ("pts", None)):
+        for text in (False, True):
+            for packed in (False, True):
+                path = f"open3d_{text}_{packed}.{name}"
+                assert o3d.io.write_point_cloud(path, cloud, write_ascii=text, compressed=packed)
+                yield path, "rough" if text and wanted == "all" else wanted
 
 
-@check("trimesh")
+@exchange("trimesh")
 def trimesh_reads(trimesh):
     for name in clouds("ascii.ply", "binary.ply", "big.ply") + ["plain_ascii.xyz"]:
         cloud = trimesh.load(name)
@@ -114,31 +114,30 @@ def trimesh_reads(trimesh):
         same(np.asarray(cloud.colors)[:, :3], colors, name)
 
 
-@check("trimesh")
-def we_read_trimesh(trimesh):
-    cloud = trimesh.PointCloud(points, colors)
+@exchange("trimesh")
+def trimesh_writes(trimesh):
     for name in ("trimesh.ply", "trimesh.xyz"):
-        cloud.export(name)
-        back = ours(name).reshape(-1, 4)
-        assert np.allclose(back[:, :3], points, atol=1e-6), name
+        trimesh.PointCloud(points, colors).export(name)
+        yield name, "rough points"
 
 
-@check("meshio")
+@exchange("meshio")
 def meshio_reads(meshio):
     for name in clouds("ascii.ply", "binary.ply"):
         same(meshio.read(name).points.astype(np.float32), points, name)
 
 
-@check("meshio")
-def we_read_meshio(meshio):
-    mesh = meshio.Mesh(points, [("vertex", np.arange(COUNT).reshape(-1, 1))])
-    for name, kind, binary in (("m1.ply", "ply", True), ("m2.ply", "ply", False), ("m1.vtk", "vtk", True),
-                               ("m2.vtk", "vtk", False), ("m3.vtk", "vtk42", True)):
-        meshio.write("meshio_" + name, mesh, file_format=kind, binary=binary)
-        same_as_cloud("meshio_" + name, color=False)
+@exchange("meshio")
+def meshio_writes(meshio):
+    mesh = meshio.Mesh(points, [("triangle", np.array([[0, 1, 2]])), ("vertex", np.arange(COUNT).reshape(-1, 1))])
+    for kind in ("ply", "vtk", "vtk42"):
+        for binary in (False, True):
+            name = f"meshio_{kind}_{binary}.{kind[:3]}"
+            meshio.write(name, mesh, file_format=kind, binary=binary)
+            yield name, "points"
 
 
-@check("pypcd4")
+@exchange("pypcd4")
 def pypcd4_reads_pcd(pypcd4):
     for name in clouds("ascii.pcd", "binary.pcd", "packed.pcd"):
         cloud = pypcd4.PointCloud.from_path(name)
@@ -147,31 +146,39 @@ def pypcd4_reads_pcd(pypcd4):
         same(np.stack([packed >> 16 & 255, packed >> 8 & 255, packed & 255], 1).astype(np.uint8), colors, name)
 
 
-@check("pypcd4")
-def we_read_pypcd4(pypcd4):
+@exchange("pypcd4")
+def pypcd4_writes(pypcd4):
     packed = (colors[:, 0].astype(np.uint32) << 16 | colors[:, 1].astype(np.uint32) << 8 | colors[:, 2]).view(np.float32)
     cloud = pypcd4.PointCloud.from_xyzrgb_points(np.column_stack([points, packed]))
     for encoding in pypcd4.Encoding:
-        cloud.save("pypcd4.pcd", encoding=encoding)
-        if encoding != pypcd4.Encoding.ASCII:  # which keeps fewer digits
-            same_as_cloud("pypcd4.pcd")
-        assert np.allclose(ours("pypcd4.pcd").reshape(-1, 4)[:, :3], points, atol=1e-5)
+        name = f"pypcd4_{encoding.value}.pcd"
+        cloud.save(name, encoding=encoding)
+        yield name, "rough points" if encoding == pypcd4.Encoding.ASCII else "all"
 
 
-@check("cv2")
+@exchange("cv2")
 def opencv_reads_depth(cv2):
     for name in ("depth.png", "depth.pgm", "plain.pgm"):
         same(cv2.imread(name, cv2.IMREAD_UNCHANGED), samples, name)
     same(cv2.imread("depth.pfm", cv2.IMREAD_UNCHANGED), depth, "depth.pfm")
 
 
-@check("cv2")
-def we_read_opencv(cv2):
-    for name in ("cv.png", "cv.pgm"):
-        cv2.imwrite(name, samples)
-        same(ours(name), np.where(samples == 0, np.nan, samples).astype(np.float32), name)
+@exchange("cv2")
+def opencv_writes_depth(cv2):
+    for name, array in (("cv", samples), ("cv8", samples.astype(np.uint8))):
+        for kind, options in (("png", []), ("pgm", []), ("plain.pgm", [cv2.IMWRITE_PXM_BINARY, 0])):
+            cv2.imwrite(f"{name}.{kind}", array, options)
+            yield f"{name}.{kind}", np.where(array == 0, np.nan, array).astype(np.float32)
     cv2.imwrite("cv.pfm", depth)
-    same(ours("cv.pfm"), depth, "cv.pfm")
+    yield "cv.pfm", depth
+
+
+@exchange("numpy")
+def numpy_writes_arrays(numpy):
+    for name, array in (("f4", depth), ("big", depth.astype(">f4")), ("u2", samples),
+                        ("fortran", numpy.asfortranarray(depth)), ("i1", numpy.zeros((2, 3, 4), numpy.int8))):
+        numpy.save(f"{name}.npy", array)
+        yield f"{name}.npy", depth if array.dtype.kind == "f" else None
 
 
 def by_pcl(path):
@@ -182,7 +189,7 @@ def by_pcl(path):
     return values[:, :3].copy(), values[:, 3].copy().view(np.uint8).reshape(-1, 4)[:, :3], values[:, 4:7].copy()
 
 
-def pcl_reads_clouds():
+def pcl_reads_clouds(_):
     for name in clouds("ascii.ply", "binary.ply", "ascii.pcd", "binary.pcd", "packed.pcd"):
         xyz, rgb, normal = by_pcl(name)
         same(xyz, points, name)
@@ -191,23 +198,22 @@ def pcl_reads_clouds():
             same(normal, normals, name)
 
 
-def we_read_pcl():
+def pcl_writes(_):
     subprocess.run([PCL, "write", "."], check=True, capture_output=True)
     for name in ("pcl_ascii.pcd", "pcl_binary.ply", "pcl_binary.pcd", "pcl_packed.pcd"):
-        same_as_cloud(name)
-    back = ours("pcl_ascii.ply").reshape(-1, 4)  # with fewer digits
-    assert np.allclose(back[:, :3], points, rtol=1e-5, atol=1e-5)
-    same(back[:, 3].copy().view(np.uint8).reshape(-1, 4)[:, :3], colors, "pcl_ascii.ply")
+        yield name, "all"
+    yield "pcl_ascii.ply", "rough"
 
 
 if PCL:
-    CHECKS.extend([((), pcl_reads_clouds), ((), we_read_pcl)])
+    exchange("numpy")(pcl_reads_clouds)
+    exchange("numpy")(pcl_writes)
 
 
-@check("numpy")
+@exchange("numpy")
 def we_read_our_depth(_):
     for name in ("depth.png", "depth.pgm", "plain.pgm"):
-        same(ours(name), np.where(samples == 0, np.nan, samples / 1000.0).astype(np.float32), name)
+        expect_ours(name, np.where(samples == 0, np.nan, samples / 1000.0).astype(np.float32))
 
 
 def write_inputs():
@@ -221,27 +227,37 @@ def write_inputs():
     subprocess.run([PROGRAM, "write", "."], check=True)
 
 
+def run(module, function):
+    """Returns whether the function did its work, or its module is missing."""
+    try:
+        for path, wanted in function(importlib.import_module(module)) or ():
+            if not CORPUS and wanted is not None:
+                expect_ours(path, wanted)
+        print("passed", function.__name__)
+    except ImportError as error:
+        print("left out:", function.__name__, error)
+    except Exception as error:  # all of them are told
+        print("FAILED", function.__name__, type(error).__name__, error)
+        return False
+    return True
+
+
 def main():
-    missing, failed = set() if PCL else {"PCL (libpcl-dev)"}, 0
+    if CORPUS:
+        folders = [os.path.abspath(folder) for folder in sys.argv[2:]]
+        for module, function in EXCHANGES:
+            if inspect.isgeneratorfunction(function):
+                os.chdir(folders[module in ("cv2", "numpy")])
+                run(module, function)
+        return 0
+    if not PCL:
+        print("left out: PCL (libpcl-dev)")
     with tempfile.TemporaryDirectory() as folder:
         os.chdir(folder)
         write_inputs()
-        for modules, function in CHECKS:
-            try:
-                loaded = [importlib.import_module(name) for name in modules]
-            except ImportError as error:
-                missing.add(f"{modules[0]} ({error})")
-                continue
-            try:
-                function(*loaded)
-                print("passed", function.__name__)
-            except Exception as error:  # all of them are told
-                failed += 1
-                print("FAILED", function.__name__, type(error).__name__, error)
+        done = [run(module, function) for module, function in EXCHANGES]
         os.chdir("/")
-    for name in sorted(missing):
-        print("left out:", name)
-    return 1 if failed else 0
+    return 0 if all(done) else 1
 
 
 sys.exit(main())
