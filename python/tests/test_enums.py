@@ -41,10 +41,7 @@ def test_no_enumeration_is_forgotten():
 
 
 def test_texts():
-    assert vela.to_string(vela.MAT_TYPE.MAT_US16_C1) == "US16 C1"
     assert vela.to_string(vela.SENSORS_UNIT.M_S2) == "m/s²"
-    assert vela.to_string(vela.ERROR_CODE.END_OF_QVR_FILE_REACHED) == "END OF QVR FILE REACHED"
-    assert vela.to_verbose(vela.ERROR_CODE.INVALID_QVR_FILE) == "Invalid QVR file."
     for type in ENUMS.values():
         assert all(vela.to_string(value) for value in type if value not in (vela.MEM.BOTH, vela.MEM.MANAGED))
 

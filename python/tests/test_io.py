@@ -28,11 +28,9 @@ def lines(path):
 
 
 class TestClouds:
-    @pytest.mark.parametrize("encoding", [io.ENCODING.ASCII, io.ENCODING.BINARY])
     @pytest.mark.parametrize("format", io.CLOUD_FILE)
-    def test_round_trip(self, tmp_path, cloud, format, encoding):
-        if (format, encoding) == (io.CLOUD_FILE.XYZ, io.ENCODING.BINARY):
-            pytest.skip("XYZ is text")
+    def test_round_trip(self, tmp_path, cloud, format):
+        encoding = io.ENCODING.ASCII
         path = tmp_path / "cloud"
         result = io.write_cloud(cloud, path, format=format, encoding=encoding)
         assert (result.points, result.written, result.dropped, result.bytes) == (8, 7, 1, path.stat().st_size)
@@ -42,7 +40,7 @@ class TestClouds:
         assert np.array_equal(read.xyz[0], POINTS[keep]) and info.normals is None
         if info.has_color:
             assert np.array_equal(read.rgba[0, :, :3], COLORS[keep][:, :3])
-        header = io.inspect_cloud(os.fsencode(path).decode())
+        header = io.inspect_cloud(str(path))
         assert (header.format, header.encoding) == (format, encoding)
         assert io.kind_of(path) is io.FILE_KIND.CLOUD or format == io.CLOUD_FILE.XYZ
 
@@ -69,21 +67,16 @@ class TestClouds:
     def test_units_and_axes(self, tmp_path, cloud):
         path = tmp_path / "cloud.pcd"
         forward_left_up = np.stack([POINTS[..., 2], -POINTS[..., 0], -POINTS[..., 1]], -1)[cloud.valid]
-        before = bytes(cloud)
-        io.write_cloud(
-            cloud, path, unit=UNIT.METER, target_unit=UNIT.CENTIMETER, axes=AXES.IMAGE,
-            target_axes=AXES.RIGHT_HANDED_Z_UP_AND_X_FORWARD,
-        )  # fmt: skip
-        assert bytes(cloud) == before
+        ros = AXES.RIGHT_HANDED_Z_UP_AND_X_FORWARD
+        io.write_cloud(cloud, path, unit=UNIT.METER, target_unit=UNIT.CENTIMETER, axes=AXES.IMAGE, target_axes=ros)
         read, info = io.read_cloud(path)
         assert np.allclose(read.xyz[0], forward_left_up * 100) and info.unit is UNIT.CENTIMETER
         back, info = io.read_cloud(path, target_unit=UNIT.METER, target_axes=AXES.IMAGE)
         assert np.allclose(back.xyz[0], POINTS[cloud.valid]) and info.axes is AXES.IMAGE
         io.write_cloud(cloud, path)
-        told, _ = io.read_cloud(path, unit=UNIT.METER, target_unit=UNIT.MILLIMETER)
-        assert np.allclose(told.xyz[0], POINTS[cloud.valid] * 1000)
-        with pytest.raises(vela.Error, match="unit"):
-            io.read_cloud(path, target_unit=UNIT.METER)
+        told = {"unit": UNIT.METER, "axes": AXES.IMAGE}
+        read, info = io.read_cloud(path, **told, target_unit=UNIT.CENTIMETER, target_axes=ros)
+        assert np.allclose(read.xyz[0], forward_left_up * 100) and info.axes is ros
 
     def test_options_of_reading(self, tmp_path, cloud):
         path = tmp_path / "cloud.ply"
@@ -91,17 +84,9 @@ class TestClouds:
         assert io.read_cloud(path, color=False)[0].type is MAT_TYPE.MAT_32F_C3
         bare = io.read_cloud(path, color=False, four_channels=True)[0]
         assert bare.type is MAT_TYPE.MAT_32F_C4 and (bare.numpy()[..., 3] == 0).all()
-        with pytest.raises(vela.Error):
-            io.read_cloud(path, max_points=6)
-        with pytest.raises(vela.Error):
-            io.read_cloud(path, format=io.CLOUD_FILE.PCD)
-
-    def test_a_part_of_an_array(self, tmp_path):
-        big = np.zeros((6, 9, 4), np.float32)
-        big[1:3, 2:6, :3] = POINTS
-        path = tmp_path / "part.ply"
-        io.write_cloud(Mat.from_array(big[1:3, 2:6], copy=False), path, keep_grid=True)
-        assert np.array_equal(io.read_cloud(path)[0].xyz, POINTS)
+        for options in ({"max_points": 6}, {"format": io.CLOUD_FILE.PCD}):
+            with pytest.raises(vela.Error):
+                io.read_cloud(path, **options)
 
 
 class TestDepth:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Whatever befalls a file while it is written, the old one or the whole new one is there.
 #include "support/ScratchFolder.hpp"
+#include "support/file_calls.hpp"
 #include "vela_io/io.hpp"
 
 #include <fcntl.h>
@@ -8,7 +9,6 @@
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,40 +26,40 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::contentOf;
+using test::FileCalls;
 using test::put;
 using test::ScratchFolder;
 using namespace std::string_literals;
 
 constexpr uid_t NOBODY = 65534;
 
-/// Every kind of file, of 40 to 400 KB.
+/// A kind of file.
 struct Operation {
     const char* name;
-    std::function<Result(const String& path, const Progress& progress)> write;
+    std::function<Result(const String& path, const Progress& progress)> run;
 };
 
 class SafeFilesTest : public testing::Test {
 protected:
     SafeFilesTest() {
-        std::mt19937 random(1);
-        for (std::size_t i = 0; i < 256 * 100 * 4; ++i) {
-            cloud_.getPtr<float>()[i] = std::uniform_real_distribution<float>(1, 60)(random);
-        }
-        std::memcpy(depth_.ptrCPU, cloud_.ptrCPU, 256 * 100 * 4);
-        const auto cloud = [this](ENCODING encoding) {
+        fill(256, 100);
+        const auto set = [this](auto options, const Progress& progress) {
+            options.sync = sync_;
+            options.progress = progress;
+            return options;
+        };
+        const auto cloud = [=](ENCODING encoding) {
             return [=](const String& path, const Progress& progress) {
                 CloudOptions options;
                 options.encoding = encoding;
-                options.progress = progress;
-                return writeCloud(cloud_, path, options);
+                return writeCloud(cloud_, path, set(options, progress));
             };
         };
-        const auto depth = [this](std::optional<double> scale) {
+        const auto depth = [=](std::optional<double> scale) {
             return [=](const String& path, const Progress& progress) {
                 DepthOptions options;
                 options.scale = scale;
-                options.progress = progress;
-                return writeDepth(depth_, path, options);
+                return writeDepth(depth_, path, set(options, progress));
             };
         };
         operations_ = {{"a.ply", cloud(ENCODING::BINARY)},
@@ -71,19 +71,35 @@ protected:
                        {"a.png", depth(1000)},
                        {"a.pgm", depth(1000)},
                        {"a.pfm", depth({})},
-                       {"a.npy", [this](const String& path, const Progress& progress) {
-                            NpyOptions options;
-                            options.progress = progress;
-                            return writeNpy(depth_, path, options);
+                       {"a.npy", [=](const String& path, const Progress& progress) {
+                            return writeNpy(depth_, path, set(NpyOptions(), progress));
                         }}};
     }
 
-    Result write(const Operation& operation, const std::string& path, const Progress& progress = {}) {
-        return operation.write(path, progress);
+    /// A cloud and a depth map of that size; the first ones make files of 40 to 400 KB.
+    void fill(std::size_t width, std::size_t height) {
+        cloud_ = Mat(width, height, MAT_TYPE::MAT_32F_C4);
+        depth_ = Mat(width, height, MAT_TYPE::MAT_32F_C1);
+        std::mt19937 random(1);
+        std::generate_n(cloud_.getPtr<float>(), 4 * width * height,
+                        [&] { return std::uniform_real_distribution<float>(1, 60)(random); });
+        std::memcpy(depth_.ptrCPU, cloud_.ptrCPU, width * height * sizeof(float));
     }
 
-    Mat cloud_{256, 100, MAT_TYPE::MAT_32F_C4};
-    Mat depth_{256, 100, MAT_TYPE::MAT_32F_C1};
+    static Result write(const Operation& operation, const std::string& path, const Progress& progress = {}) {
+        return operation.run(path, progress);
+    }
+    static Result read(const std::string& path, Mat& mat, const Progress& progress) {
+        if (kindOf(path) == FILE_KIND::ARRAY) return readNpy(path, mat, progress);
+        CloudReadOptions cloud;
+        DepthReadOptions depth;
+        cloud.progress = depth.progress = progress;
+        return kindOf(path) == FILE_KIND::CLOUD ? readCloud(path, mat, cloud) : readDepth(path, mat, depth);
+    }
+
+    Mat cloud_;
+    Mat depth_;
+    bool sync_ = false;
     std::vector<Operation> operations_;
 };
 
@@ -139,21 +155,20 @@ TEST_F(SafeFilesTest, WhatMayNotBeWrittenIsNotReplaced) {
     if (geteuid() != 0) GTEST_SKIP() << "needs root to become another user";
     const ScratchFolder folder;
     put(folder / "a.ply", "old");
-    chmod((folder / "a.ply").c_str(), 0644);  // root's, while anyone may make files beside it
-    chmod((folder / "").c_str(), 0777);
-    expectInChildAsNobody([&] {
-        const Result result = write(operations_[0], folder / "a.ply");
-        EXPECT_EQ(result.systemError, EACCES);
-        EXPECT_EQ(contentOf(folder / "a.ply"), "old");
-    });
-    chmod((folder / "").c_str(), 0555);
-    chmod((folder / "a.ply").c_str(), 0666);
-    expectInChildAsNobody([&] {
-        const Result result = write(operations_[0], folder / "a.ply");
-        EXPECT_EQ(toStdString(result.text),
-                  folder / "a.ply: no file can be made beside it: permission denied");
-        EXPECT_EQ(contentOf(folder / "a.ply"), "old");
-    });
+    const struct {
+        mode_t folder, file;
+        const char* text;
+    } rows[] = {{0777, 0644, "permission denied"},
+                {0555, 0666, "no file can be made beside it: permission denied"}};
+    for (const auto& row : rows) {
+        chmod((folder / "").c_str(), row.folder);
+        chmod((folder / "a.ply").c_str(), row.file);
+        expectInChildAsNobody([&] {
+            const Result result = write(operations_[0], folder / "a.ply");
+            EXPECT_EQ(toStdString(result.text), folder / "a.ply: " + row.text);
+            EXPECT_EQ(contentOf(folder / "a.ply"), "old");
+        });
+    }
     EXPECT_EQ(folder.listing(), "a.ply");
 }
 
@@ -193,9 +208,7 @@ TEST_F(SafeFilesTest, AReplacedFileKeepsItsOwner) {
     const std::string path = folder / "a.ply";
     put(path, "old");
     ASSERT_EQ(chown(path.c_str(), NOBODY, NOBODY), 0);
-    CloudOptions options;
-    options.sync = true;
-    ASSERT_TRUE(writeCloud(cloud_, path, options).ok());
+    ASSERT_TRUE(write(operations_[0], path).ok());
     struct stat status {};
     ASSERT_EQ(stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_uid, NOBODY);
@@ -203,38 +216,73 @@ TEST_F(SafeFilesTest, AReplacedFileKeepsItsOwner) {
     EXPECT_GT(status.st_size, 3);
 }
 
-TEST_F(SafeFilesTest, ACancelledFileIsNotThereAndAnOldOneStays) {
-    Mat large(1280, 720, MAT_TYPE::MAT_32F_C4);
-    large.setTo(Vector4<float>(1, 2, 3, 4));
-    const ScratchFolder folder;
-    put(folder / "a.ply", "old");
-    std::size_t calls = 0;
-    std::size_t last = 0;
-    CloudOptions options;
-    options.progress = [&](std::size_t done, std::size_t total) {
-        EXPECT_GE(done, last);
-        EXPECT_GE(total, done);
-        last = done;
-        return ++calls < 4;
-    };
-    Result result = writeCloud(large, folder / "a.ply", options);
-    EXPECT_EQ(result.systemError, ECANCELED);
-    EXPECT_EQ(toStdString(result.text), folder / "a.ply: cancelled");
-    EXPECT_EQ(calls, 4U);
-    EXPECT_EQ(contentOf(folder / "a.ply"), "old");
-    options.progress = [](std::size_t, std::size_t) -> bool { throw 1; };
-    EXPECT_EQ(toStdString(writeCloud(large, folder / "a.ply", options).text),
-              folder / "a.ply: the progress function threw");
-    EXPECT_EQ(folder.listing(), "a.ply");
+TEST_F(SafeFilesTest, CancellingKeepsTheOldFileAndTheMat) {
+    fill(1280, 720);
+    for (const Operation& operation : operations_) {
+        SCOPED_TRACE(operation.name);
+        const ScratchFolder folder;
+        const std::string path = folder / operation.name;
+        put(path, "old");
+        int calls = 0;
+        std::size_t last = 0;
+        const Progress cancel = [&](std::size_t done, std::size_t total) {
+            EXPECT_GT(done, last);
+            EXPECT_GE(total, done);
+            last = done;
+            ++calls;
+            return false;
+        };
+        const Result written = write(operation, path, cancel);
+        EXPECT_EQ(written.systemError, ECANCELED);
+        EXPECT_EQ(toStdString(written.text), path + ": cancelled");
+        const Progress fail = [](std::size_t, std::size_t) -> bool { throw 1; };
+        EXPECT_EQ(toStdString(write(operation, path, fail).text), path + ": the progress function threw");
+        EXPECT_EQ(contentOf(path), "old");
+        EXPECT_EQ(folder.listing(), operation.name);
 
-    options.progress = {};
-    ASSERT_TRUE(writeCloud(large, folder / "a.ply", options).ok());
-    Mat back(1, 1, MAT_TYPE::MAT_8U_C1);
-    CloudReadOptions reading;
-    reading.progress = [](std::size_t done, std::size_t total) { return done < total / 2; };
-    result = readCloud(folder / "a.ply", back, reading);
-    EXPECT_EQ(result.systemError, ECANCELED);
-    EXPECT_EQ(back.width, 1U);
+        const Progress goOn = [](std::size_t, std::size_t) { return true; };
+        ASSERT_TRUE(write(operation, path, goOn).ok());
+        last = 0;
+        Mat back(1, 1, MAT_TYPE::MAT_8U_C1);
+        EXPECT_EQ(read(path, back, cancel).systemError, ECANCELED);
+        EXPECT_EQ(back.width, 1U);
+        EXPECT_EQ(calls, 2) << "once writing, once reading";
+        EXPECT_TRUE(read(path, back, goOn).ok());
+    }
+}
+
+TEST_F(SafeFilesTest, InterruptedCallsAreMadeAgainAndARefusedOneKeepsTheOldFile) {
+    using Fate = FileCalls::Fate;
+    const std::pair<const char*, Fate> fates[] = {{"open", Fate::INTERRUPTED},  {"open", Fate::REFUSED},
+                                                  {"write", Fate::INTERRUPTED}, {"write", Fate::REFUSED},
+                                                  {"fsync", Fate::REFUSED},     {"close", Fate::INTERRUPTED},
+                                                  {"close", Fate::REFUSED}};
+    for (const Operation& operation : operations_) {
+        const ScratchFolder folder;
+        const std::string path = folder / operation.name;
+        ASSERT_TRUE(write(operation, path).ok());
+        const std::string whole = contentOf(path);
+        for (const auto& [function, fate] : fates) {
+            sync_ = std::string_view(function) == "fsync";
+            int nth = 1;
+            for (bool met = true; met; ++nth) {
+                SCOPED_TRACE(testing::Message() << operation.name << ", " << function << " " << nth);
+                put(path, "old");
+                Result result;
+                {
+                    const FileCalls calls(function, nth, fate, 100000);
+                    result = write(operation, path);
+                    met = calls.met();
+                }
+                const bool refused = met && fate == Fate::REFUSED;
+                EXPECT_EQ(result.systemError, refused ? ENOSPC : 0) << result.text;
+                // The second sync is of the folder, after the new file took the place of the old one.
+                EXPECT_TRUE(contentOf(path) == (refused && !(sync_ && nth == 2) ? "old" : whole));
+                EXPECT_EQ(folder.listing(), operation.name);
+            }
+            EXPECT_GE(nth, sync_ ? 4 : 3) << function << " is called, and on file and folder";
+        }
+    }
 }
 
 TEST_F(SafeFilesTest, AKilledWriterLeavesTheOldFileOrTheNewOne) {
@@ -258,25 +306,6 @@ TEST_F(SafeFilesTest, AKilledWriterLeavesTheOldFileOrTheNewOne) {
             EXPECT_TRUE(content == "old" || content == whole) << operation.name << " " << content.size();
         }
     }
-}
-
-TEST_F(SafeFilesTest, SignalsDoNotCutFiles) {
-    struct sigaction action {};
-    struct sigaction before {};
-    action.sa_handler = [](int) {};  // without SA_RESTART: calls end early
-    sigaction(SIGALRM, &action, &before);
-    const itimerval often{{0, 50}, {0, 50}};
-    const itimerval never{};
-    const ScratchFolder folder;
-    for (const Operation& operation : operations_) {
-        ASSERT_TRUE(write(operation, folder / "quiet."s.append(operation.name)).ok());
-        setitimer(ITIMER_REAL, &often, nullptr);
-        const Result result = write(operation, folder / operation.name);
-        setitimer(ITIMER_REAL, &never, nullptr);
-        ASSERT_TRUE(result.ok()) << result.text;
-        EXPECT_EQ(contentOf(folder / operation.name), contentOf(folder / "quiet."s.append(operation.name)));
-    }
-    sigaction(SIGALRM, &before, nullptr);
 }
 
 TEST_F(SafeFilesTest, PipesAndStandardStreamsAreWrittenAndRead) {

@@ -90,6 +90,10 @@ ssize_t copy_file_range(int source, off_t* from, int destination, off_t* to, siz
                                              flags);
 }
 
+int fsync(int descriptor) {
+    return passOn<decltype(fsync)>("fsync", descriptor);
+}
+
 int close(int descriptor) {
     const int result = passOn<decltype(close)>("close", descriptor);
     if (plan != nullptr && result != 0 && errno == EBADF) ++plan->badCloses;
