@@ -59,8 +59,7 @@ TEST(ViewOfCv, SharesAPartOfAnImage) {
     const cv::Mat again = viewAsCv(mat);
     EXPECT_EQ(again.data, part.data);
     EXPECT_EQ(again.size(), part.size());
-    EXPECT_EQ(cv::norm(again, part, cv::NORM_INF), 0);
-    EXPECT_FALSE(again.isContinuous());
+    EXPECT_EQ(again.step, part.step);
 }
 
 TEST(ViewOfCv, IsEmptyForWhatNoMatHolds) {

@@ -45,20 +45,16 @@ using Clouds = testing::Types<PlainCloud<Xyz>, PlainCloud<XyzRgb>, PlainCloud<Xy
 #endif
 TYPED_TEST_SUITE(PclTest, Clouds, );  // clang wants the third argument, if an empty one
 
-/// A colour as the bytes red, green, blue, alpha in a float.
-float packed(unsigned char r, unsigned char g, unsigned char b, unsigned char a) {
-    const unsigned char bytes[] = {r, g, b, a};
-    float value = 0;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
+constexpr unsigned char RGBA[] = {10, 20, 30, 40};
 
 TYPED_TEST(PclTest, KeepsShapeInvalidPointsAndColours) {
     using Point = std::decay_t<decltype(*std::declval<TypeParam&>().begin())>;
     constexpr bool COLOR = detail::HasColor<Point>::value;
     test::PaddedMat<Vector4<float>> whole(5, 4);
     for (std::size_t i = 0; i < 20; ++i) {
-        whole.at(i % 5, i / 5) = {static_cast<float>(i), 1, 2, packed(10, 20, 30, 40)};
+        Vector4<float>& point = whole.at(i % 5, i / 5);
+        point = {static_cast<float>(i), 1, 2, 0};
+        std::memcpy(&point.w, RGBA, sizeof RGBA);
     }
     const Mat part = whole.part(1, 1, 3, 2);
     TypeParam points;
@@ -85,12 +81,10 @@ TYPED_TEST(PclTest, KeepsShapeInvalidPointsAndColours) {
     EXPECT_TRUE(std::isinf(point.z));
     back.getValue(1, 1, &point);
     EXPECT_EQ(point.x, 12);
-    unsigned char color[4];
-    std::memcpy(color, &point.w, sizeof color);
-    const unsigned char expected[] = {10, 20, 30, 40};
+    const auto* const color = reinterpret_cast<const unsigned char*>(&point.w);
     for (int i = 0; i < 4; ++i) {
         const bool kept = COLOR && (i < 3 || detail::HasAlpha<Point>::value);
-        EXPECT_EQ(color[i], kept ? expected[i] : 255) << i;
+        EXPECT_EQ(color[i], kept ? RGBA[i] : 255) << i;
     }
 }
 
@@ -117,8 +111,7 @@ TEST(ToPcl, RefusesWhatIsNoCloud) {
 TEST(FromPcl, RefusesAShapeThatIsNotTheNumberOfPoints) {
     PlainCloud<Xyz> points;
     points.resize(6);
-    points.width = 3;
-    points.height = 3;
+    points.width = points.height = 3;
     Mat cloud(2, 2, MAT_TYPE::MAT_8U_C1);
     EXPECT_FALSE(fromPcl(points, cloud));
     EXPECT_EQ(cloud.width, 2U);

@@ -80,9 +80,8 @@ TYPED_TEST(RosTest, PacksAPartOfACloudAndBack) {
     test::PaddedMat<Vector4<float>> whole(5, 4);
     whole.at(1, 1) = {1, 2, 3, 0};
     whole.at(3, 2) = {4, 5, 6, 0};
-    auto* const color = reinterpret_cast<unsigned char*>(&whole.at(3, 2).w);
-    for (unsigned char i = 0; i < 4; ++i)
-        color[i] = static_cast<unsigned char>(10 * (i + 1));
+    const unsigned char color[] = {10, 20, 30, 40};
+    std::memcpy(&whole.at(3, 2).w, color, sizeof color);
     typename TypeParam::Cloud message;
     ASSERT_TRUE(toRosCloud(whole.part(1, 1, 3, 2), message));
     EXPECT_TRUE(message.is_dense);
@@ -109,22 +108,22 @@ TYPED_TEST(RosTest, PacksAPartOfACloudAndBack) {
 }
 
 TEST(RosImage, KnowsTheNamesOfEveryPixelType) {
-    const std::vector<std::string> names = {"32FC1", "32FC2", "32FC3", "32FC4",  "mono8",
-                                            "8UC2",  "bgr8",  "bgra8", "mono16", "8SC4"};
     PlainImage message;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        const auto type = static_cast<MAT_TYPE>(i);
-        Mat mat(2, 2, type);
-        EXPECT_TRUE(toRosImage(mat, message));
-        EXPECT_EQ(message.encoding, names[i]);
+    int value = 0;
+    for (const char* const name :
+         {"32FC1", "32FC2", "32FC3", "32FC4", "mono8", "8UC2", "bgr8", "bgra8", "mono16", "8SC4"}) {
+        const auto type = static_cast<MAT_TYPE>(value++);
+        EXPECT_TRUE(toRosImage(Mat(2, 2, type), message));
+        EXPECT_EQ(message.encoding, name);
         Mat back;
         EXPECT_TRUE(fromRosImage(message, back));
-        EXPECT_EQ(back.dataType, type) << names[i];
+        EXPECT_EQ(back.dataType, type) << name;
     }
-    EXPECT_TRUE(toRosImage(Mat(1, 1, MAT_TYPE::MAT_US16_C1), message, "16UC1"));
+    const Mat depth(1, 1, MAT_TYPE::MAT_US16_C1);
+    EXPECT_TRUE(toRosImage(depth, message, "16UC1"));
     EXPECT_EQ(message.encoding, "16UC1");
-    EXPECT_FALSE(toRosImage(Mat(1, 1, MAT_TYPE::MAT_US16_C1), message, "bgr8")) << "other pixels";
-    EXPECT_FALSE(toRosImage(Mat(1, 1, MAT_TYPE::MAT_US16_C1), message, "16UC7"));
+    EXPECT_FALSE(toRosImage(depth, message, "bgr8")) << "other pixels";
+    EXPECT_FALSE(toRosImage(depth, message, "16UC7"));
     EXPECT_FALSE(toRosImage(Mat(), message));
     EXPECT_FALSE(toRosImage(Mat(2, 2, static_cast<MAT_TYPE>(10)), message));
     EXPECT_EQ(message.encoding, "16UC1") << "unchanged";
@@ -141,24 +140,32 @@ TEST(RosImage, TurnsRedFirstAndBigEndianPixels) {
     EXPECT_EQ(hostView<unsigned short>(mat)(1, 0), 0x0304);
 }
 
-TEST(RosImage, RefusesInconsistentMessages) {
-    const PlainImage good = {2, 2, "bgr8", 0, 8, std::vector<std::uint8_t>(16)};
-    const std::pair<const char*, std::function<void(PlainImage&)>> changes[] = {
-        {"data ends early", [](auto& m) { m.data.pop_back(); }},
-        {"rows overlap", [](auto& m) { m.step = 5; }},
-        {"products of 32 bits", [](auto& m) { m.height = 1U << 31U, m.step = 1U << 31U; }},
-        {"row of more than 32 bits", [](auto& m) { m.width = 0x55555556; }},
-        {"no rows", [](auto& m) { m.height = 0; }},
-        {"no columns", [](auto& m) { m.width = 0; }},
-        {"a Bayer pattern", [](auto& m) { m.encoding = "bayer_rggb8"; }}};
+/// The message with each of the changes must not be taken, and the Mat stay as it was.
+template <class Message>
+void expectRefused(const Message& good, bool take(const Message&, Mat&),
+                   const std::vector<std::pair<const char*, void (*)(Message&)>>& changes) {
     Mat mat(3, 3, MAT_TYPE::MAT_8U_C1);
     for (const auto& [name, change] : changes) {
-        PlainImage message = good;
+        Message message = good;
         change(message);
-        EXPECT_FALSE(fromRosImage(message, mat)) << name;
+        EXPECT_FALSE(take(message, mat)) << name;
     }
     EXPECT_EQ(mat.width, 3U) << "unchanged";
+}
+
+TEST(RosImage, RefusesInconsistentMessages) {
+    const PlainImage good = {2, 2, "bgr8", 0, 8, std::vector<std::uint8_t>(16)};
+    Mat mat;
     EXPECT_TRUE(fromRosImage(good, mat));
+    expectRefused<PlainImage>(
+        good, fromRosImage<PlainImage>,
+        {{"data ends early", [](auto& m) { m.data.pop_back(); }},
+         {"rows overlap", [](auto& m) { m.step = 5; }},
+         {"products of 32 bits", [](auto& m) { m.height = 1U << 31U, m.step = 1U << 31U; }},
+         {"row of more than 32 bits", [](auto& m) { m.width = 0x55555556; }},
+         {"no rows", [](auto& m) { m.height = 0; }},
+         {"no columns", [](auto& m) { m.width = 0; }},
+         {"a Bayer pattern", [](auto& m) { m.encoding = "bayer_rggb8"; }}});
 }
 
 /// One row of two points: four bytes of something else, z, y, x, colour.
@@ -203,27 +210,21 @@ TEST(RosCloud, FindsFieldsWhereverTheyAre) {
 }
 
 TEST(RosCloud, RefusesInconsistentMessages) {
-    const std::pair<const char*, std::function<void(PlainCloud2&)>> changes[] = {
-        {"data ends early", [](auto& m) { m.data.pop_back(); }},
-        {"rows shorter than their points", [](auto& m) { m.row_step = 39; }},
-        {"products of 32 bits", [](auto& m) { m.height = 1U << 31U, m.row_step = 1U << 31U; }},
-        {"row of more than 32 bits", [](auto& m) { m.width = 0x0CCCCCCE; }},
-        {"a coordinate beyond the point", [](auto& m) { m.fields[1].offset = 17; }},
-        {"an offset that wraps", [](auto& m) { m.fields[2].offset = 0xFFFFFFFE; }},
-        {"a colour beyond the point", [](auto& m) { m.fields[4].offset = 20; }},
-        {"a colour of doubles", [](auto& m) { m.fields[4].datatype = PlainField::FLOAT64; }},
-        {"coordinates of doubles", [](auto& m) { m.fields[3].datatype = PlainField::FLOAT64; }},
-        {"no y", [](auto& m) { m.fields[2].name = "Y"; }},
-        {"points of no size", [](auto& m) { m.point_step = 0; }},
-        {"no rows", [](auto& m) { m.height = 0; }},
-        {"no columns", [](auto& m) { m.width = 0; }}};
-    Mat cloud(3, 3, MAT_TYPE::MAT_8U_C1);
-    for (const auto& [name, change] : changes) {
-        PlainCloud2 message = foreignCloud();
-        change(message);
-        EXPECT_FALSE(fromRosCloud(message, cloud)) << name;
-    }
-    EXPECT_EQ(cloud.width, 3U) << "unchanged";
+    expectRefused<PlainCloud2>(
+        foreignCloud(), fromRosCloud<PlainCloud2>,
+        {{"data ends early", [](auto& m) { m.data.pop_back(); }},
+         {"rows shorter than their points", [](auto& m) { m.row_step = 39; }},
+         {"products of 32 bits", [](auto& m) { m.height = 1U << 31U, m.row_step = 1U << 31U; }},
+         {"row of more than 32 bits", [](auto& m) { m.width = 0x0CCCCCCE; }},
+         {"a coordinate beyond the point", [](auto& m) { m.fields[1].offset = 17; }},
+         {"an offset that wraps", [](auto& m) { m.fields[2].offset = 0xFFFFFFFE; }},
+         {"a colour beyond the point", [](auto& m) { m.fields[4].offset = 20; }},
+         {"a colour of doubles", [](auto& m) { m.fields[4].datatype = PlainField::FLOAT64; }},
+         {"coordinates of doubles", [](auto& m) { m.fields[3].datatype = PlainField::FLOAT64; }},
+         {"no y", [](auto& m) { m.fields[2].name = "Y"; }},
+         {"points of no size", [](auto& m) { m.point_step = 0; }},
+         {"no rows", [](auto& m) { m.height = 0; }},
+         {"no columns", [](auto& m) { m.width = 0; }}});
 }
 
 TEST(RosCloud, LeavesColourOutWhereThereIsNone) {

@@ -24,6 +24,8 @@ TEST(HostView, SeesAPartOfAnImageByItsRowStep) {
     const auto view = hostView<Vector3<float>>(part);
     ASSERT_TRUE(view);
     EXPECT_FALSE(view.isPacked());
+    Mat packed(2, 2, MAT_TYPE::MAT_32F_C1);
+    EXPECT_TRUE(hostView<float>(packed).isPacked());
     EXPECT_EQ(view.end(0) - view.begin(0), 3);
     for (std::size_t y = 0; y < view.height(); ++y) {
         for (auto* pixel = view.begin(y); pixel != view.end(y); ++pixel)
@@ -38,17 +40,16 @@ TEST(HostView, SeesAPartOfAnImageByItsRowStep) {
 
 TEST(HostView, IsEmptyWherePixelsCannotBeSeenAsTheType) {
     alignas(4) unsigned char bytes[64] = {};
-    Mat packed(2, 2, MAT_TYPE::MAT_32F_C1, bytes, 8, MEM::CPU);
-    EXPECT_TRUE(hostView<float>(packed).isPacked());
-    EXPECT_FALSE(hostView<Vector4<unsigned char>>(packed)) << "the same size, but other pixels";
-    Mat misplaced(2, 2, MAT_TYPE::MAT_32F_C1, bytes + 1, 8, MEM::CPU);
-    EXPECT_FALSE(hostView<float>(misplaced));
-    Mat crooked(2, 2, MAT_TYPE::MAT_32F_C1, bytes, 9, MEM::CPU);
-    EXPECT_FALSE(hostView<float>(crooked));
-    Mat oneRow(2, 1, MAT_TYPE::MAT_32F_C1, bytes, 9, MEM::CPU);
-    EXPECT_TRUE(hostView<float>(oneRow)) << "the step of one row means nothing";
-    Mat onDevice(2, 2, MAT_TYPE::MAT_32F_C1, bytes, 8, MEM::GPU);
-    EXPECT_FALSE(hostView<float>(onDevice));
+    const auto viewed = [](unsigned char* data, std::size_t height, std::size_t step, MEM mem) {
+        Mat mat(2, height, MAT_TYPE::MAT_32F_C1, data, step, mem);
+        EXPECT_FALSE(hostView<Vector4<unsigned char>>(mat)) << "the same size, but other pixels";
+        return static_cast<bool>(hostView<float>(mat));
+    };
+    EXPECT_TRUE(viewed(bytes, 2, 8, MEM::CPU));
+    EXPECT_FALSE(viewed(bytes + 1, 2, 8, MEM::CPU));
+    EXPECT_FALSE(viewed(bytes, 2, 9, MEM::CPU));
+    EXPECT_TRUE(viewed(bytes, 1, 9, MEM::CPU)) << "the step of one row means nothing";
+    EXPECT_FALSE(viewed(bytes, 2, 8, MEM::GPU));
     Mat empty;
     EXPECT_FALSE(hostView<float>(empty));
 }
