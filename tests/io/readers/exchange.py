@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """What we write is read by other programs, and what they write by us, to the last bit and colour.
 
-Usage: exchange.py FILES_PROGRAM [PCL_PROGRAM], in an environment made by `scripts/setup --with readers`. A program
-that is missing is reported and left out.
+Usage: exchange.py [PCL_PROGRAM], in an environment made by `scripts/setup --with readers`, where the package vela can
+be imported. A program that is missing is reported and left out.
        exchange.py --corpus CLOUD_FOLDER DEPTH_FOLDER writes small files by the other programs into two folders."""
 import importlib
 import inspect
@@ -13,9 +13,12 @@ import tempfile
 
 import numpy as np
 
-CORPUS = sys.argv[1] == "--corpus"
-PROGRAM = sys.argv[1]
-PCL = sys.argv[2] if len(sys.argv) > 2 and not CORPUS else None
+try:
+    from vela import COORDINATE_SYSTEM, UNIT, Mat, io
+except ImportError as error:
+    io = error
+CORPUS = sys.argv[1:2] == ["--corpus"]
+PCL = sys.argv[1] if len(sys.argv) == 2 else None
 COUNT, SHAPE = (4, (3, 4)) if CORPUS else (2000, (31, 47))
 EXCHANGES = []
 random = np.random.default_rng(1)
@@ -41,19 +44,16 @@ def same(seen, wanted, what):
 
 
 def expect_ours(path, wanted):
-    """What our reader finds in a file: float32 (h, w, 4) of a cloud, another array of anything else."""
-    array = path + ".read.npy"
-    subprocess.run([PROGRAM, "read", path, array], check=True)
-    seen = np.load(array)
+    """What our reader finds in a file is as an exchange has it."""
     if not isinstance(wanted, str):
-        return same(seen, wanted, path)
-    cloud = seen.reshape(-1, 4)
+        return same(io.read_depth(path)[0], wanted, path)
+    cloud = io.read_cloud(path, four_channels=True)[0]
     if "rough" in wanted:
-        assert np.allclose(cloud[:, :3], points, rtol=1e-5, atol=1e-5), path
+        assert np.allclose(cloud.xyz[0], points, rtol=1e-5, atol=1e-5), path
     else:
-        same(cloud[:, :3].copy(), points, f"{path}: points")
+        same(cloud.xyz[0], points, f"{path}: points")
     if "points" not in wanted:
-        same(cloud[:, 3].copy().view(np.uint8).reshape(-1, 4)[:, :3], colors, f"{path}: colours")
+        same(cloud.rgba[0, :, :3], colors, f"{path}: colours")
 
 
 def clouds(*endings):
@@ -216,15 +216,22 @@ def we_read_our_depth(_):
         expect_ours(name, np.where(samples == 0, np.nan, samples / 1000.0).astype(np.float32))
 
 
-def write_inputs():
-    cloud = np.zeros((COUNT, 1, 4), np.float32)
-    cloud[:, 0, :3] = points
-    rgba = np.column_stack([colors, np.full(COUNT, 255, np.uint8)])
-    cloud[:, 0, 3] = np.ascontiguousarray(rgba).view(np.float32)[:, 0]
-    np.save("cloud.npy", cloud)
-    np.save("normals.npy", normals.reshape(COUNT, 1, 3))
-    np.save("depth.npy", depth)
-    subprocess.run([PROGRAM, "write", "."], check=True)
+def write_ours():
+    cloud, normal = Mat.from_points(points[:, None], colors[:, None]), Mat.from_array(normals[:, None])
+    stated = {"unit": UNIT.METER, "axes": COORDINATE_SYSTEM.IMAGE}
+    for kind, encoding, formats in (("ascii", "ASCII", ("ply", "pcd", "vtk", "xyz")),
+                                    ("binary", "BINARY", ("ply", "pcd", "vtk")),
+                                    ("big", "BINARY_BIG_ENDIAN", ("ply",)),
+                                    ("packed", "BINARY_COMPRESSED", ("pcd",))):
+        for form in formats:
+            io.write_cloud(cloud, f"plain_{kind}.{form}", encoding=io.ENCODING[encoding])
+            io.write_cloud(cloud, f"full_{kind}.{form}", encoding=io.ENCODING[encoding], normals=normal, **stated)
+    for name in ("depth.png", "depth.pgm", "plain.pgm"):
+        encoding = io.ENCODING.ASCII if name == "plain.pgm" else None
+        io.write_depth(Mat.from_array(depth), name, unit=UNIT.METER, scale=1000, encoding=encoding)
+    io.write_depth(Mat.from_array(depth), "depth.pfm", unit=UNIT.METER)
+    io.write_npy(cloud, "cloud.npy")
+    io.write_npy(normal, "normals.npy")
 
 
 def run(module, function):
@@ -250,11 +257,13 @@ def main():
                 os.chdir(folders[module in ("cv2", "numpy")])
                 run(module, function)
         return 0
+    if isinstance(io, ImportError):
+        return print("skipped:", io)
     if not PCL:
         print("left out: PCL (libpcl-dev)")
     with tempfile.TemporaryDirectory() as folder:
         os.chdir(folder)
-        write_inputs()
+        write_ours()
         done = [run(module, function) for module, function in EXCHANGES]
         os.chdir("/")
     return 0 if all(done) else 1
