@@ -42,7 +42,25 @@ void expectSame(const std::vector<float>& seen, const std::vector<float>& wanted
     }
 }
 
-TEST(DepthsTest, FloatsComeBackBitForBitAndOtherwiseAsSamples) {
+class DepthsTest : public testing::Test {
+protected:
+    /// Writes a file and reads it; what was said of it is in `written_`, `read_` and `info_`.
+    std::vector<float> exchanged(const Mat& depth, const std::string& name, const DepthOptions& options = {},
+                                 const DepthReadOptions& reading = {}) {
+        written_ = writeDepth(depth, folder_ / name, options);
+        EXPECT_TRUE(written_.ok()) << written_.text;
+        Mat back;
+        read_ = readDepth(folder_ / name, back, reading, &info_);
+        EXPECT_TRUE(read_.ok()) << read_.text;
+        return valuesOf(back);
+    }
+    ScratchFolder folder_;
+    Result written_;
+    Result read_;
+    DepthInfo info_;
+};
+
+TEST_F(DepthsTest, FloatsComeBackBitForBitAndOtherwiseAsSamples) {
     std::mt19937 random(3);
     constexpr std::size_t WIDTH = 83;
     constexpr std::size_t HEIGHT = 57;
@@ -71,24 +89,18 @@ TEST(DepthsTest, FloatsComeBackBitForBitAndOtherwiseAsSamples) {
                 value = i % 7 == 0 ? NAN_F : std::uniform_real_distribution<float>(0.1F, 65)(random);
             *at(i % WIDTH, i / WIDTH) = value;
         }
-        const ScratchFolder folder;
         DepthOptions options;
         options.encoding = kind.encoding;
         options.unit = UNIT::METER;
-        const Result written = writeDepth(depth, folder / kind.name, options);
-        ASSERT_TRUE(written.ok()) << written.text;
-        EXPECT_EQ(written.bytes, contentOf(folder / kind.name).size());
-        Mat back;
-        DepthInfo info;
-        const Result read = readDepth(folder / kind.name, back, &info);
-        ASSERT_TRUE(read.ok()) << read.text;
-        ASSERT_EQ(back.width, WIDTH);
-        ASSERT_EQ(back.height, HEIGHT);
-        EXPECT_EQ(info.encoding, kind.encoding);
-        EXPECT_EQ(read.dropped, written.dropped);
+        const std::vector<float> back = exchanged(depth, kind.name, options);
+        EXPECT_EQ(written_.bytes, contentOf(folder_ / kind.name).size());
+        ASSERT_EQ(back.size(), WIDTH * HEIGHT);
+        ASSERT_EQ(info_.width, WIDTH);
+        EXPECT_EQ(info_.encoding, kind.encoding);
+        EXPECT_EQ(read_.dropped, written_.dropped);
         for (std::size_t i = 0; i < WIDTH * HEIGHT; ++i) {
             const float in = *at(i % WIDTH, i / WIDTH);
-            const float out = back.getPtr<float>()[i];
+            const float out = back[i];
             if (!kind.samples) {
                 ASSERT_EQ(std::memcmp(&in, &out, sizeof in), 0) << i;
             } else if (std::isnan(in)) {
@@ -98,91 +110,74 @@ TEST(DepthsTest, FloatsComeBackBitForBitAndOtherwiseAsSamples) {
             }
         }
         if (kind.samples) {
-            EXPECT_EQ(info.unit, UNIT::METER);
-            EXPECT_EQ(info.scale, 1000);
-            EXPECT_EQ(info.invalid, 0);
+            EXPECT_EQ(info_.unit, UNIT::METER);
+            EXPECT_EQ(info_.scale, 1000);
+            EXPECT_EQ(info_.invalid, 0);
         }
     }
 }
 
-TEST(DepthsTest, SamplesAreNearestAndWhatHasNoneIsCounted) {
+TEST_F(DepthsTest, SamplesAreNearestAndWhatHasNoneIsCounted) {
     Row row({0, -0.0F, NAN_F, INF_F, -INF_F, 0.0004F, 0.0006F, 1.2344F, 65.535F, 65.5354F, 65.5356F, 1e30F,
              -0.0004F, -2});
     DepthOptions options;
     options.scale = 1000;
     for (const char* const name : {"a.png", "a.pgm"}) {
-        const ScratchFolder folder;
-        const Result refused = writeDepth(row.mat, folder / name, options);
+        const Result refused = writeDepth(row.mat, folder_ / name, options);
         EXPECT_EQ(refused.code, ERROR_CODE::INVALID_FUNCTION_PARAMETERS);
         EXPECT_EQ(toStdString(refused.text),
-                  folder / name +
+                  folder_ / name +
                       ": 5 depths have no sample from 0 to 65535 at 1000 samples per unit, the first in "
                       "row 0: change 'scale' or set 'allowClipping'");
         EXPECT_EQ(refused.clipped, 5U);
-        EXPECT_EQ(folder.listing(), "");
+        EXPECT_FALSE(std::filesystem::exists(folder_ / name));
 
         options.allowClipping = true;
-        const Result written = writeDepth(row.mat, folder / name, options);
-        ASSERT_TRUE(written.ok()) << written.text;
-        EXPECT_EQ(written.clipped, 5U);
-        EXPECT_EQ(written.dropped, 5U);
-        Mat back;
-        ASSERT_TRUE(readDepth(folder / name, back).ok());
-        expectSame(valuesOf(back), {NAN_F, NAN_F, NAN_F, NAN_F, NAN_F, NAN_F, 0.001F, 1.234F, 65.535F,
-                                    65.535F, 65.535F, 65.535F, NAN_F, NAN_F});
+        expectSame(exchanged(row.mat, name, options),
+                   {NAN_F, NAN_F, NAN_F, NAN_F, NAN_F, NAN_F, 0.001F, 1.234F, 65.535F, 65.535F, 65.535F,
+                    65.535F, NAN_F, NAN_F});
+        EXPECT_EQ(written_.clipped, 5U);
+        EXPECT_EQ(written_.dropped, 5U);
         options.allowClipping = false;
     }
 }
 
-TEST(DepthsTest, AnotherInvalidSampleIsStatedAndKeptFree) {
+TEST_F(DepthsTest, AnotherInvalidSampleIsStatedAndKeptFree) {
     Row row({0, NAN_F, 65534, 65535, 1});
     DepthOptions options;
     options.invalid = 65535;
     options.allowClipping = true;
-    const ScratchFolder folder;
-    const Result written = writeDepth(row.mat, folder / "a.png", options);
-    EXPECT_EQ(written.clipped, 1U);
-    Mat back;
-    DepthInfo info;
-    ASSERT_TRUE(readDepth(folder / "a.png", back, &info).ok());
-    EXPECT_EQ(info.invalid, 65535);
-    expectSame(valuesOf(back), {NAN_F, NAN_F, 65534, 65534, 1});
+    expectSame(exchanged(row.mat, "a.png", options), {NAN_F, NAN_F, 65534, 65534, 1});
+    EXPECT_EQ(written_.clipped, 1U);
+    EXPECT_EQ(info_.invalid, 65535);
 }
 
-TEST(DepthsTest, UnitsAreConvertedOnTheWay) {
+TEST_F(DepthsTest, UnitsAreConvertedOnTheWay) {
     Row row({1.5F, 0.25F, NAN_F});
     for (const char* const name : {"a.png", "a.pgm", "a.pfm", "a.npy"}) {
         SCOPED_TRACE(name);
-        const ScratchFolder folder;
         DepthOptions options;
         options.unit = UNIT::METER;
         options.targetUnit = UNIT::CENTIMETER;
-        ASSERT_TRUE(writeDepth(row.mat, folder / name, options).ok());
-        Mat back;
-        DepthInfo info;
         DepthReadOptions reading;
         reading.unit = UNIT::CENTIMETER;  // PFM and NumPy files do not say
-        ASSERT_TRUE(readDepth(folder / name, back, reading, &info).ok());
-        EXPECT_EQ(info.unit, UNIT::CENTIMETER);
-        expectSame(valuesOf(back), {150, 25, NAN_F});
+        expectSame(exchanged(row.mat, name, options, reading), {150, 25, NAN_F});
+        EXPECT_EQ(info_.unit, UNIT::CENTIMETER);
         reading.targetUnit = UNIT::MILLIMETER;
-        ASSERT_TRUE(readDepth(folder / name, back, reading, &info).ok());
-        EXPECT_EQ(info.unit, UNIT::MILLIMETER);
-        expectSame(valuesOf(back), {1500, 250, NAN_F});
+        expectSame(exchanged(row.mat, name, options, reading), {1500, 250, NAN_F});
+        EXPECT_EQ(info_.unit, UNIT::MILLIMETER);
     }
-    const ScratchFolder folder;
-    ASSERT_TRUE(writeDepth(row.mat, folder / "a.pfm").ok());
     DepthReadOptions reading;
     reading.targetUnit = UNIT::METER;
-    EXPECT_EQ(toStdString(readDepth(folder / "a.pfm", row.mat, reading).text),
-              folder / "a.pfm: the unit is not known: give the option 'unit' to convert it");
+    EXPECT_EQ(toStdString(readDepth(folder_ / "a.pfm", row.mat, reading).text),
+              folder_ / "a.pfm: the unit is not known: give the option 'unit' to convert it");
 }
 
 std::string bytesOf(std::initializer_list<int> values) {
     return {values.begin(), values.end()};
 }
 
-TEST(DepthsTest, OtherWritersHabitsAreUnderstood) {
+TEST_F(DepthsTest, OtherWritersHabitsAreUnderstood) {
     struct Habit {
         const char* name;
         std::string content;
@@ -202,23 +197,21 @@ TEST(DepthsTest, OtherWritersHabitsAreUnderstood) {
     };
     for (const Habit& habit : habits) {
         SCOPED_TRACE(habit.name);
-        const ScratchFolder folder;
-        std::ofstream(folder / "a") << habit.content;
-        EXPECT_EQ(kindOf(folder / "a"), FILE_KIND::DEPTH);
+        std::ofstream(folder_ / "a") << habit.content;
+        EXPECT_EQ(kindOf(folder_ / "a"), FILE_KIND::DEPTH);
         Mat back;
         DepthReadOptions reading;
         reading.rows = habit.rows;
-        const Result read = readDepth(folder / "a", back, reading);
+        const Result read = readDepth(folder_ / "a", back, reading);
         ASSERT_TRUE(read.ok()) << read.text;
         expectSame(valuesOf(back), habit.wanted);
     }
 }
 
-TEST(DepthsTest, DamagedFilesAreRefusedAndLeaveTheMat) {
-    const ScratchFolder folder;
+TEST_F(DepthsTest, DamagedFilesAreRefusedAndLeaveTheMat) {
     Row row({1, 2, 3});
-    ASSERT_TRUE(writeDepth(row.mat, folder / "a.png").ok());
-    const std::string png = contentOf(folder / "a.png");
+    ASSERT_TRUE(writeDepth(row.mat, folder_ / "a.png").ok());
+    const std::string png = contentOf(folder_ / "a.png");
     std::string flipped = png;
     flipped[png.size() - 20] ^= 1;
     std::string huge = png;
@@ -241,11 +234,11 @@ TEST(DepthsTest, DamagedFilesAreRefusedAndLeaveTheMat) {
         {huge, "not a sound PNG file: IHDR: CRC error"},
     };
     for (const auto& [content, text] : cases) {
-        std::ofstream(folder / "b", std::ios::binary) << content;
+        std::ofstream(folder_ / "b", std::ios::binary) << content;
         Mat mat(1, 1, MAT_TYPE::MAT_8U_C1);
-        const Result read = readDepth(folder / "b", mat);
+        const Result read = readDepth(folder_ / "b", mat);
         EXPECT_EQ(read.code, ERROR_CODE::FAILURE);
-        EXPECT_EQ(toStdString(read.text), folder / "b" + (text[0] == ':' ? text : ": " + text));
+        EXPECT_EQ(toStdString(read.text), folder_ / "b" + (text[0] == ':' ? text : ": " + text));
         EXPECT_EQ(mat.width, 1U);
     }
 }
