@@ -41,27 +41,3 @@ def test_torch():
     assert float(tensor.sum()) == 180
 
 
-@needs("jax")
-def test_jax():
-    import jax
-
-    m = Mat.from_array(np.arange(12, dtype=np.float32).reshape(3, 4), copy=True)
-    assert np.array_equal(np.asarray(jax.dlpack.from_dlpack(m)), m.numpy())
-    assert np.array_equal(Mat.from_array(jax.numpy.ones((2, 3), dtype="float32")).numpy(), np.ones((2, 3)))
-
-
-@needs("open3d")
-def test_open3d():
-    import open3d
-
-    cloud = Mat.from_points(np.arange(30, dtype=np.float32).reshape(10, 3))
-    points = open3d.utility.Vector3dVector(cloud.xyz[cloud.valid])
-    assert np.array_equal(np.asarray(points), cloud.xyz[0])
-
-
-@needs("PIL")
-def test_pillow():
-    import PIL.Image
-
-    m = Mat.from_array(np.arange(60, dtype=np.uint8).reshape(4, 5, 3))
-    assert np.array_equal(Mat.from_array(np.asarray(PIL.Image.fromarray(m.numpy()))).numpy(), m.numpy())
