@@ -2,7 +2,7 @@
 // The readers of depth maps and arrays on arbitrary bytes: they give all pixels, which can be written and
 // read again, or one line that says what is wrong and the Mat as it was.
 #include "MemoryFile.hpp"
-#include "requireOneLine.hpp"
+#include "requireReads.hpp"
 
 #include <cmath>
 #include <cstdint>
@@ -13,6 +13,7 @@ namespace {
 using namespace vela;
 using namespace vela::io;
 using fuzz::MemoryFile;
+using fuzz::readOrKeep;
 using fuzz::require;
 using fuzz::requireOneLine;
 
@@ -49,17 +50,13 @@ void readAsDepth(const MemoryFile& file, std::size_t size) {
     DepthInfo header;
     const Result inspected = inspectDepth(file.path(), header);
     requireOneLine(inspected);
-    Mat depth(3, 2, MAT_TYPE::MAT_8U_C1);
-    const unsigned char* const before = depth.ptrCPU;
+    Mat depth;
     DepthInfo info;
     DepthReadOptions options;
     options.maxPixels = MOST_PIXELS;
-    const Result result = readDepth(file.path(), depth, options, &info);
-    requireOneLine(result);
-    if (!result.ok()) {
-        require(depth.ptrCPU == before && depth.width == 3);
-        return;
-    }
+    const Result result =
+        readOrKeep(depth, [&](Mat& mat) { return readDepth(file.path(), mat, options, &info); });
+    if (!result.ok()) return;
     require(inspected.ok() && header.width == info.width && header.height == info.height);
     require(result.points == info.width * info.height && result.bytes == size);
     require(info.withDepth + result.dropped == result.points);
@@ -75,15 +72,9 @@ void readAsDepth(const MemoryFile& file, std::size_t size) {
 }
 
 void readAsArray(const MemoryFile& file) {
-    Mat array(3, 2, MAT_TYPE::MAT_8U_C1);
-    const unsigned char* const before = array.ptrCPU;
-    const Result result = readNpy(file.path(), array);
-    requireOneLine(result);
-    if (!result.ok()) {
-        require(array.ptrCPU == before && array.width == 3);
-        return;
-    }
-    if (result.points == 0) return;
+    Mat array;
+    const Result result = readOrKeep(array, [&](Mat& mat) { return readNpy(file.path(), mat); });
+    if (!result.ok() || result.points == 0) return;
     static MemoryFile copy;
     copy.put("", 0);
     require(writeNpy(array, copy.path()).ok());

@@ -15,4 +15,15 @@ inline void requireOneLine(const io::Result& result) {
     require(result.ok() || (text.c_str()[0] != '\0' && result.code == ERROR_CODE::FAILURE));
 }
 
+/// Reads into a Mat that already holds something else: on failure it stays as it was.
+template <class Read>
+io::Result readOrKeep(Mat& mat, Read read) {
+    mat = Mat(3, 2, MAT_TYPE::MAT_8U_C1);
+    const unsigned char* const before = mat.ptrCPU;
+    const io::Result result = read(mat);
+    requireOneLine(result);
+    require(result.ok() || (mat.ptrCPU == before && mat.width == 3));
+    return result;
+}
+
 }  // namespace vela::fuzz
