@@ -86,11 +86,9 @@ def test_points_of_other_shapes():
 
 def test_parts_of_a_motion():
     half = math.sqrt(0.5)
-    assert MOTION.translation.xyz == (1, 2, 3) and np.allclose(MOTION.orientation.xyzw, (0, 0, half, half), atol=1e-3)
     t = Transform()
-    t.translation = 4, 5, 6
-    t.orientation = MOTION.orientation
-    assert np.allclose(t @ np.float32([1, 0, 0]), (4, 6, 6), atol=1e-3)
+    t.translation, t.orientation = (4, 5, 6), MOTION.orientation
+    assert t.translation.xyz == (4, 5, 6) and np.allclose(t.orientation.xyzw, (0, 0, half, half), atol=1e-3)
     t.set_euler_angles((0, 0, 0))
     assert np.allclose(t.rotation.matrix, np.eye(3), atol=1e-6) and t.translation.z == 6
     with pytest.raises(AttributeError):
@@ -104,9 +102,7 @@ def test_orientation_names_its_order():
     with pytest.raises(TypeError):
         Orientation(0, 0, 0, 1)
     turn = Orientation.between((1, 0, 0), (0, 1, 0))
-    assert np.allclose((turn @ turn).normalise().rotation @ np.float32([1, 0, 0]), (-1, 0, 0), atol=1e-6)
-    assert np.allclose(Translation(1, 0, 0).rotated(turn).xyz, (0, 1, 0), atol=1e-6)
-    assert Translation(3, 0, 4).normalize() == Translation(0.6, 0, 0.8)
+    assert np.allclose(Translation(2, 0, 0).rotated((turn @ turn).normalise()).normalize().xyz, (-1, 0, 0), atol=1e-6)
     assert pickle.loads(pickle.dumps(Translation(1, 2, 3))) == Translation((1, 2, 3)) != Translation()
 
 
@@ -149,8 +145,7 @@ def test_sensor_records():
         data.temperature.get(vela.SENSOR_LOCATION.BAROMETER)
     configuration = vela.SensorsConfiguration()
     configuration.gyroscope.available = True
-    assert configuration.is_sensor_available(vela.SENSOR_TYPE.GYROSCOPE)
-    assert not configuration.is_sensor_available(vela.SENSOR_TYPE.BAROMETER)
+    assert [type for type in vela.SENSOR_TYPE if configuration.is_sensor_available(type)] == [vela.SENSOR_TYPE.GYROSCOPE]
     with pytest.raises(TypeError):
         data.imu.angular_velocity = 1, 2
 
@@ -160,8 +155,8 @@ def test_camera_records():
     calibration.camera_pair_transform.translation = -120, 0, 0
     calibration.left.distortion[:] = 1, 2, 3, 4, 5
     calibration.left.image_size = vela.Resolution(1280, 720)
-    assert calibration.get_camera_baseline() == 120 and calibration.left.distortion[4] == 5
-    assert calibration.left.image_size.height == 720
+    assert (calibration.left.image_size.height, calibration.left.distortion[4]) == (720, 5)
+    assert calibration.get_camera_baseline() == 120
     source = vela.InputType()
     source.set_from_stream("10.0.0.2", 30000)
     assert (source.kind, source.address, source.port) == (3, "10.0.0.2", 30000)
@@ -185,6 +180,5 @@ def test_objects():
     del objects, second
     gc.collect()
     assert (mask == 255).all()
-    box, other = vela.CustomBoxObjectData(), vela.CustomBoxObjectData()
-    assert box.unique_id != other.unique_id != vela.generate_unique_id() and box.unique_id[14] == "4"
+    assert vela.CustomBoxObjectData().unique_id != vela.generate_unique_id()
     assert (vela.BODY_PARTS.NOSE, vela.BODY_PARTS.NECK) in vela.BODY_BONES and vela.BODY_BONES_POSE_34
