@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Checked files of clouds and depth maps, on one thread, in a folder in memory.
 #include "support/Session.hpp"
+#include "support/children.hpp"
 #include "support/files.hpp"
 #include "support/scene.hpp"
 
@@ -17,6 +18,7 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -171,6 +173,99 @@ void compareClouds(Session& session, const Format& format, const Scene& scene) {
     session.run(reading);
 }
 
+/// A Python library of another maker, in a process of its own that lives through all repetitions. It measures
+/// its calls inside that process: the interpreter's start counts for nothing.
+class PythonPeer {
+public:
+    explicit PythonPeer(const std::string& name) : name_(name) {
+        if (access(VELA_BENCH_READERS, X_OK) != 0) {
+            absent_ = "no build/readers, which scripts/setup --with readers makes";
+            return;
+        }
+        process_ = std::make_unique<bench::Dialogue>(
+            std::vector<std::string>{VELA_BENCH_READERS, VELA_BENCH_SCRIPTS "/readers.py", name});
+        if (process_->listen() != "ready") absent_ = "not in build/readers";
+    }
+
+    /// Lets the library read or write in the comparison, or says there why it cannot.
+    void join(Comparison& comparison, const std::string& verb, const std::string& path,
+              const bench::Check& check) {
+        if (!absent_.empty()) {
+            comparison.absent(name_, absent_);
+            return;
+        }
+        comparison.addSelfTimed(
+            "peer:" + name_, [this, verb, path] { return std::stod(ask(verb, path)); }, check);
+    }
+
+    /// The cloud that was read last, as pixels of a MAT_32F_C4, or the cloud to be written.
+    void save(const std::string& path) { ask("save", path); }
+    void take(const std::string& path) {
+        if (absent_.empty()) ask("take", path);
+    }
+
+private:
+    std::string ask(const std::string& verb, const std::string& path) {
+        std::string answer = process_->ask(verb + ' ' + path);
+        if (answer.rfind("failed", 0) == 0) throw std::runtime_error(answer);
+        return answer;
+    }
+
+    std::string name_;
+    std::string absent_;
+    std::unique_ptr<bench::Dialogue> process_;
+};
+
+/// Binary PLY once more by the clock on the wall, which is what other processes can be compared by.
+void comparePython(Session& session, const Scene& scene) {
+    const Format& format = FORMATS[0];
+    const bench::ScratchFolder folder(bench::memoryFolder());
+    const std::string path = folder / format.file;
+    const std::string pixels = folder / "pixels";
+    const auto nothing = [] {};
+    io::writeCloud(scene.cloud, path);
+    PythonPeer peers[] = {PythonPeer("Open3D"), PythonPeer("plyfile")};
+
+    Comparison reading("read binary PLY, wall clock");
+    Mat back;
+    pcl::PointCloud<pcl::PointXYZRGB> pclBack;
+    const auto read = [&] {
+        back.free();
+        io::readCloud(path, back);
+    };
+    reading.addSettled("ours", read, nothing, [&] { return differences(back, scene.colored, true); })
+        .addSettled(
+            "peer:PCL", [&] { readByPcl(format, path, pclBack); }, nothing,
+            [&] { return pclBack.size() == scene.colored.size() ? "" : "another number of points"; });
+    for (PythonPeer& peer : peers) {
+        peer.join(reading, "read", path, [&] {
+            peer.save(pixels);
+            std::string bytes = bench::contentOf(pixels);
+            const std::size_t width = bytes.size() / 16;
+            const Mat found({width, 1}, MAT_TYPE::MAT_32F_C4, reinterpret_cast<unsigned char*>(bytes.data()),
+                            width * 16, MEM::CPU);
+            return differences(found, scene.colored, true);
+        });
+    }
+    session.run(reading);
+
+    Comparison writing("write binary PLY, wall clock");
+    const auto check = [&] { return differencesOfFile(path, scene, true); };
+    writing.check(check)
+        .addSettled(
+            "ours", [&] { io::writeCloud(scene.cloud, path); }, nothing)
+        .addSettled(
+            "peer:PCL", [&] { writeByPcl(format, path, scene.colored); }, nothing);
+    Mat dense;
+    io::readCloud(path, dense);
+    bench::writeRaw(pixels, {reinterpret_cast<const char*>(dense.getPtr<float>()), dense.width * 16});
+    for (PythonPeer& peer : peers) {
+        peer.take(pixels);
+        peer.join(writing, "write", path, check);
+    }
+    session.run(writing);
+}
+
 void compareDepth(Session& session) {
     const bench::ScratchFolder folder(bench::memoryFolder());
     const std::string path = folder / "depth.png";
@@ -220,6 +315,7 @@ void runAll(Session& session) {
     for (const Format& format : FORMATS) {
         compareClouds(session, format, scene);
     }
+    comparePython(session, scene);
     compareDepth(session);
 }
 

@@ -34,8 +34,8 @@ class Times:
 
 
 def collect(files):
-    """{case: {role: Times}}, in the order of the files."""
-    values = {}
+    """{case: {role: Times}}, in the order of the files, and {case: {role: reason}} of peers that were not run."""
+    values, absent = {}, {}
     for path in files:
         with open(path, encoding="utf-8") as file:
             runs = json.load(file)["benchmarks"]
@@ -43,9 +43,12 @@ def collect(files):
             if run["run_type"] != "iteration":
                 continue
             case, role = split_name(run["name"])
+            if run.get("error_occurred"):
+                absent.setdefault(case, {})[role] = run["error_message"]
+                continue
             time = run[CLOCK_FIELD[run["label"]]] * NANOSECONDS[run["time_unit"]]
             values.setdefault(case, {}).setdefault(role, []).append(time)
-    return {case: {role: Times(times) for role, times in roles.items()} for case, roles in values.items()}
+    return {case: {role: Times(times) for role, times in roles.items()} for case, roles in values.items()}, absent
 
 
 def split_name(name):
@@ -71,7 +74,7 @@ def time_text(nanoseconds):
     return f"{nanoseconds / NANOSECONDS[unit]:.3g} {unit}"
 
 
-def row(case, roles):
+def row(case, roles, absent):
     """What the headings say; a ratio above 1 means that we are faster."""
     ours = roles["ours"]
     peers = named(roles, "peer")
@@ -82,7 +85,9 @@ def row(case, roles):
         result += [f"{name} {time_text(best.median)}", best.spread(), f"{best.median / ours.median:.2f}"]
     else:
         result += ["-"] * 3
-    result.append(", ".join(f"{name} {times.median / ours.median:.2f}" for name, times in peers[1:]) or "-")
+    others = [f"{name} {times.median / ours.median:.2f}" for name, times in peers[1:]]
+    others += [f"{role.split(':', 1)[1]} not run: {reason}" for role, reason in absent.items()]
+    result.append(", ".join(others) or "-")
     if limits:
         name, limit = limits[0]
         result += [f"{name} {time_text(limit.median)}", f"{limit.median / ours.median:.2f}"]
@@ -130,7 +135,8 @@ def main(arguments):
         sys.exit(f"table.py: the load was {load:.1f} before the first program (at most {HIGHEST_LOAD} is allowed): "
                  "these figures say nothing; --any-load prints them all the same")
     print(setting(context, commits[0] if commits else "unknown") + "\n")
-    rows = [HEADINGS] + [row(case, roles) for case, roles in collect(files).items()]
+    times, absent = collect(files)
+    rows = [HEADINGS] + [row(case, roles, absent.get(case, {})) for case, roles in times.items()]
     (print_markdown if "--markdown" in options else print_plain)(rows)
 
 

@@ -29,7 +29,8 @@ public:
         std::string role;  ///< "ours", "peer:NAME" or "limit:NAME"
         std::function<void()> once;
         std::function<void(benchmark::State&)> timed;
-        Check check;  ///< null for that of the comparison
+        Check check;         ///< null for that of the comparison
+        std::string absent;  ///< why it is not run, if it is not
     };
 
     explicit Comparison(std::string name) : name_(std::move(name)) {}
@@ -86,7 +87,26 @@ public:
             settle();
         };
         clock_ = "settled";
-        contenders_.push_back({std::move(role), once, timed, std::move(check)});
+        contenders_.push_back({std::move(role), once, timed, std::move(check), {}});
+        return *this;
+    }
+
+    /// A contender that measures itself and returns seconds. The others must then be added by `addSettled`.
+    template <class Work>
+    Comparison& addSelfTimed(std::string role, Work work, Check check = nullptr) {
+        const auto timed = [work](benchmark::State& state) mutable {
+            while (state.KeepRunning()) {
+                state.SetIterationTime(work());
+            }
+        };
+        clock_ = "settled";
+        contenders_.push_back({std::move(role), [work]() mutable { work(); }, timed, std::move(check), {}});
+        return *this;
+    }
+    /// Says in the table why a peer was not run.
+    Comparison& absent(const std::string& peer, const std::string& reason) {
+        const auto skipped = [reason](benchmark::State& state) { state.SkipWithError(reason.c_str()); };
+        contenders_.push_back({"peer:" + peer, [] {}, skipped, nothingToCheck, reason});
         return *this;
     }
 
@@ -110,7 +130,7 @@ private:
                 benchmark::ClobberMemory();
             }
         };
-        contenders_.push_back({std::move(role), work, timed, std::move(check)});
+        contenders_.push_back({std::move(role), work, timed, std::move(check), {}});
         return *this;
     }
 

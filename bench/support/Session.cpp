@@ -102,6 +102,10 @@ Session::~Session() {
 void Session::run(const Comparison& comparison) {
     if (!wants(comparison.name())) return;
     for (const Comparison::Contender& contender : comparison.contenders()) {
+        if (!contender.absent.empty()) {
+            std::cerr << comparison.name() << ", " << contender.role << " not run: " << contender.absent
+                      << '\n';
+        }
         const std::string complaint = comparison.verdict(contender);
         if (!complaint.empty()) {
             throw std::runtime_error(comparison.name() + ", " + contender.role + ": " + complaint);
