@@ -180,8 +180,8 @@ inline DlpackTensor moveToDlpack(Mat&& mat, MEM side = MEM::CPU) {
 }
 DlpackTensor moveToDlpack(Mat& mat, MEM side = MEM::CPU) = delete;  // would empty mat: say std::move(mat)
 
-/// A Mat that refers to a tensor's memory, and the tensor that keeps the memory alive. An empty Mat and no
-/// tensor where it cannot be had.
+/// A Mat that refers to a tensor's memory, and the tensor that keeps the memory alive. Both are empty if
+/// the tensor was refused.
 struct DlpackMat {
     DlpackTensor tensor;  ///< keeps the memory alive; null if there is none
     Mat mat;              ///< refers to the tensor's memory

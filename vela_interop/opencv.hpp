@@ -74,7 +74,7 @@ public:
         return *allocator;
     }
 
-    // A cv::Mat that is created anew keeps its allocator: it then gets ordinary memory.
+    // `create` on such a cv::Mat keeps the allocator, which then provides ordinary memory.
     cv::UMatData* allocate(int dims, const int* sizes, int type, void* data, std::size_t* step,
                            cv::AccessFlag flags, cv::UMatUsageFlags usage) const override {
         return cv::Mat::getStdAllocator()->allocate(dims, sizes, type, data, step, flags, usage);

@@ -21,16 +21,16 @@
 /// Checked files of point clouds, depth maps and arrays.
 ///
 /// Every function returns a `Result`; nothing is thrown, printed or logged. All of them work on the host side
-/// of a Mat, whose rows may be any step apart, and never change what they write. A path "-" is standard
+/// of a Mat, with rows at any step; writers never change the Mat. A path "-" is standard
 /// output or standard input; the format must then be given when writing and is recognised when reading.
 ///
 /// A file is written beside its target under a fresh name, checked to its last `close` and then renamed, so
 /// that the target is the old file or the whole new one whenever the process ends. A new file has the mode
-/// that the umask leaves, a replaced one keeps its mode; a symbolic link is followed and stays. What is no
-/// regular file (a pipe, a device) is written in place.
+/// that the umask leaves, a replaced one keeps its mode; a symbolic link is followed and stays. Pipes and
+/// devices are written in place.
 ///
-/// Readers recognise a format by its first bytes, trust no number in a file, and allocate only what the size
-/// of the file bears out. Beside the Mat, reading and writing take at most 4 MB, whatever the size of the
+/// Readers recognise a format by its first bytes, and check each count against the size of the file before
+/// they allocate. Beside the Mat, reading and writing take at most 4 MB, whatever the size of the
 /// file; only compressed PCD files are unpacked in memory. A failed read leaves the Mat as it was.
 ///
 /// The functions may be called from several threads at once, on different Mats.
@@ -91,16 +91,16 @@ struct Result {
     /// `INVALID_COORDINATE_SYSTEM` for an axis convention that is none; `FAILURE` for the rest.
     ERROR_CODE code = ERROR_CODE::SUCCESS;
     /// One line without an end. On failure what is wrong and where, as in "cloud.ply: no space left on device
-    /// (written 1.2 of 19.4 MB)" or "cloud.ply:12: a number is missing"; on success empty, or what of the
-    /// file was left out, as in "cloud.ply: 12 elements 'face' ignored".
+    /// (written 1.2 of 19.4 MB)" or "cloud.ply:12: a number is missing"; on success empty, or what was
+    /// ignored, as in "cloud.ply: 12 elements 'face' ignored".
     String text;
     std::size_t points = 0;   ///< points or pixels given to a writer, or found by a reader
     std::size_t written = 0;  ///< points or pixels in the file, or in the Mat that was read
     std::size_t dropped = 0;  ///< points left out because x, y or z is not finite; pixels without a depth
     std::size_t clipped = 0;  ///< pixels whose finite depth has no sample of its own in the file
     std::size_t bytes = 0;    ///< of the file
-    /// `errno` of the call that failed, for whoever reports it in their own way; 0 where none did, ECANCELED
-    /// when the progress function ended the work.
+    /// `errno` of the system call that failed, 0 if none did; ECANCELED when the progress function ended the
+    /// work.
     int systemError = 0;
 
     /// Whether `code` is `SUCCESS`.
@@ -122,17 +122,17 @@ struct CloudOptions {
     bool color = true;
     bool alpha = false;            ///< also write the fourth colour byte; PLY and PCD alone
     const Mat* normals = nullptr;  ///< `MAT_32F_C3` or `C4` of the cloud's size: x, y, z of a normal each
-    /// Keep width, height and invalid points, which are then written as they are. Otherwise points of which
-    /// x, y or z is not finite are left out and the cloud becomes one row.
+    /// Keep width, height and invalid points, which are then written as they are. Otherwise the file has one
+    /// row, without the points of which x, y or z is not finite.
     bool keepGrid = false;
     std::optional<UNIT> unit;               ///< of the Mat; stated in the file
     std::optional<COORDINATE_SYSTEM> axes;  ///< of the Mat; stated in the file
-    /// Convert to this unit on the way, without a change of the Mat, and state it; needs `unit`.
+    /// Convert to this unit while writing, and state it in the file; the Mat keeps its own. Needs `unit`.
     std::optional<UNIT> targetUnit;
     /// Convert points and normals to this axis convention on the way; needs `axes`.
     std::optional<COORDINATE_SYSTEM> targetAxes;
     char separator = ' ';  ///< of XYZ files: a blank, ',' or ';'
-    bool sync = false;     ///< have file and folder on the disk (`fsync`) before success is returned
+    bool sync = false;     ///< `fsync` the file and its folder before success is returned
     Progress progress;     ///< called from time to time, if not empty
 };
 

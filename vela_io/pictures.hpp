@@ -35,8 +35,8 @@ VELA_IO_API String toString(const CLOUD_VIEW& value);
 
 /// How `preview` draws.
 struct PreviewOptions {
-    /// Width of a cloud's picture in pixels, at least 320. For depth maps it is the maximum: they are shown
-    /// pixel by pixel, small ones enlarged by a whole factor, of large ones every nth pixel.
+    /// Width of a cloud's picture in pixels, at least 320. For depth maps it is the maximum:
+    /// small ones are enlarged by a whole factor, of large ones every nth pixel is shown.
     std::size_t width = 1280;
     std::size_t height = 720;                                           ///< height likewise, at least 200
     std::optional<UNIT> unit;                                           ///< of the Mat, for the labels
@@ -62,7 +62,7 @@ struct HtmlOptions {
     std::optional<UNIT> unit;                           ///< of the cloud, for the labels
     COORDINATE_SYSTEM axes = COORDINATE_SYSTEM::IMAGE;  ///< of the cloud
     std::optional<COLOR_BY> color;                      ///< shown first; as in `PreviewOptions`, if not given
-    std::size_t maxPoints = 2'000'000;                  ///< of more, as many are chosen at random
+    std::size_t maxPoints = 2'000'000;                  ///< larger clouds are sampled at random
     String title = "Point cloud";                       ///< of the page
     Progress progress;                                  ///< called from time to time, if not empty
 };

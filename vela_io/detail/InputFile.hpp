@@ -9,8 +9,8 @@
 
 namespace vela::io::detail {
 
-/// A file that is read from front to back through a block, with its size known from the start: standard input
-/// ("-") and what is no regular file are first kept in an unnamed temporary file. All failures throw.
+/// Reads a file from front to back, block by block. Its size is known from the start: standard input ("-"),
+/// pipes and devices are first copied into an unnamed temporary file. All failures throw.
 class InputFile {
 public:
     /// The block. A token or line of a text file that does not fit into half of it is an error.
@@ -25,7 +25,7 @@ public:
 
     std::size_t size() const { return size_; }
     std::size_t position() const { return base_ + used_; }
-    /// Whether nothing of the file lies behind the block.
+    /// Whether the block reaches the end of the file.
     bool blockEndsFile() const { return base_ + filled_ == size_; }
     std::size_t left() const { return size_ - position(); }
 
@@ -35,8 +35,8 @@ public:
     /// Marks the bytes before `place` as taken.
     void take(const char* place) { used_ = static_cast<std::size_t>(place - buffer_.get()); }
 
-    /// Brings more of the file into the block, behind what is not taken yet, until `wanted` bytes (at most
-    /// BLOCK) are there. Returns whether they are; false means that the file ends before.
+    /// Reads on until the block holds `wanted` bytes (at most BLOCK) that were not taken yet. Returns false
+    /// if the file ends before.
     bool fill(std::size_t wanted);
 
     /// The first bytes of the file, as many as tell its format. Nothing may have been taken.

@@ -88,8 +88,8 @@ OutputFile::~OutputFile() {
     if (!temporary_.empty()) unlink(temporary_.c_str());
 }
 
-/// What is no regular file is written where it is; so is one that the links of /proc lead to and no path
-/// does.
+/// Pipes and devices are written in place; so is a file that can be reached only by a link in /proc, not by a
+/// path.
 bool OutputFile::openInPlace(const std::string& name) {
     struct stat given {};
     if (stat(name.c_str(), &given) != 0) return false;
@@ -103,8 +103,8 @@ bool OutputFile::openInPlace(const std::string& name) {
     return true;
 }
 
-/// A replaced file keeps its mode and, where we may set it, its owner. A file that we may not write is not
-/// replaced either.
+/// A replaced file keeps its mode and, if the process may set it, its owner. A file without permission to
+/// write is not replaced.
 void OutputFile::openBeside() {
     struct stat old {};
     const bool exists = stat(target_.c_str(), &old) == 0;

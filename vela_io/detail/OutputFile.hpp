@@ -12,9 +12,10 @@
 
 namespace vela::io::detail {
 
-/// A file that appears under its name when it is whole: written beside the target under a fresh name, in
-/// large blocks, checked to the last `close`, renamed. Without `finish` nothing of it stays. Standard output
-/// ("-") and what is no regular file are written in place. All failures throw.
+/// A file that appears under its name once it is whole: it is written in large blocks under a fresh name
+/// beside the target, and renamed after `close` has succeeded. Without `finish` it is removed. Standard
+/// output
+/// ("-"), pipes and devices are written in place. All failures throw.
 class OutputFile {
 public:
     /// The most that one `reserve` may ask for.
@@ -33,8 +34,8 @@ public:
     /// Says how large the file will be, for messages and progress; 0 is unknown.
     void expect(std::size_t totalBytes) { total_ = totalBytes; }
 
-    /// Room for LARGEST_RESERVE bytes, to be written from the returned place on and then committed with the
-    /// place behind the last one.
+    /// Returns room for LARGEST_RESERVE bytes. Write there, then call `commit` with the end of what was
+    /// written.
     char* reserve() {
         if (used_ > BLOCK - LARGEST_RESERVE) flush();
         return buffer_.get() + used_;

@@ -65,7 +65,7 @@ int DepthSource::sampleOf(double depth) {
         return invalidSample_;
     }
     const double scaled = depth * factor_ + 0.5;
-    // What would read as no depth has no sample either.
+    // The sample that stands for no depth is not free for depths.
     const int largest = LARGEST_SAMPLE - (invalidSample_ == LARGEST_SAMPLE ? 1 : 0);
     if (scaled >= largest + 1) {
         ++clipped_;
@@ -150,7 +150,7 @@ void DepthSink::takeSamples() {
             depthOf[sample] = std::numeric_limits<float>::quiet_NaN();
         }
     }
-    // Backwards: a float takes the place of samples that were spread before.
+    // Backwards, because each float overwrites two samples, which must have been read by then.
     const unsigned char* const from = depth_.ptrCPU;
     for (std::size_t i = pixels(); i-- > 0;) {
         std::uint16_t sample = 0;

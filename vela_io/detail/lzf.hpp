@@ -6,11 +6,11 @@
 
 namespace vela::io::detail {
 
-/// Bytes by the LZF rule: a control byte below 32 announces that many and one more bytes as they are; from 32
-/// on it is a copy of bytes before, 3 to 264 of them, its upper three bits the length minus 2 (7: the next
-/// byte is added) and its lower five bits with the next byte the distance minus 1.
+// LZF: a control byte n below 32 is followed by n + 1 literal bytes. A larger one copies 3 to 264 earlier
+// bytes: its upper three bits are the length minus 2 (if 7, the next byte is added), its lower five bits and
+// the byte that follows the distance minus 1.
 
-/// At most 2^32 - 2 bytes in this form.
+/// Compresses at most 2^32 - 2 bytes.
 std::string compressLzf(const char* bytes, std::size_t count);
 
 /// Writes exactly `wanted` bytes; false if the text is damaged or holds another number of bytes.

@@ -178,7 +178,7 @@ char* writeDecimal(char* out, Decimal decimal) {
     const int scientificLength = count + (count > 1 ? 1 : 0) + exponentLength;
     const int fixedLength = whole > 0 ? whole : 2 - whole + count;
     if (fixedLength > scientificLength) return writeExponent(writeWithPoint(out, digits, 1), scientific);
-    // Where an exponent would not be shorter only few zeros are missing.
+    // No longer than with an exponent, so only a few zeros have to be added.
     if (whole > 0) {
         digits.copyFrom(0, out);
         std::copy_n("00000000", 8, out + count);
@@ -191,7 +191,8 @@ char* writeDecimal(char* out, Decimal decimal) {
 
 // Reading
 
-/// `std::from_chars`, which takes no "+" and tells too large from too small only by silence.
+/// `std::from_chars`, and what it lacks: it takes no "+", and its error for a number out of range does not
+/// say whether that is too large or too small.
 template <class Float>
 const char* readByLibrary(const char* begin, const char* end, Float& value) {
     const char* const start = begin < end && *begin == '+' ? begin + 1 : begin;

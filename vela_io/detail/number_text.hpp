@@ -20,9 +20,9 @@ inline char* writeWhole(char* out, std::uint64_t value) {
     return std::to_chars(out, out + LONGEST_NUMBER, value).ptr;
 }
 
-/// A number from `begin` on, or null where there is none. Signs, exponents, "nan" and "inf" are understood.
-/// What lies beyond the range of floats becomes infinite or 0, as by `strtof`. Nearest float, halves to even;
-/// short decimal numbers go by an exact division, the rest by `std::from_chars`.
+/// Reads a number at `begin`, with sign, exponent, "nan" and "inf". Returns where it ends, or null if there
+/// is none. Gives the nearest float, ties to even; numbers out of range become infinite or 0, as with
+/// `strtof`. Short decimals take one exact division, all others `std::from_chars`.
 const char* readFloatSlowly(const char* begin, const char* end, float& value);
 const char* readDouble(const char* begin, const char* end, double& value);
 
@@ -56,11 +56,11 @@ inline const char* readFloat(const char* begin, const char* end, float& value) {
         count += fraction;
     }
     const char next = static_cast<char>(*p | 0x20);
-    constexpr std::size_t EXACT_DIGITS = 15;  // any number of so many digits is a double
+    constexpr std::size_t EXACT_DIGITS = 15;  // doubles hold every integer of 15 digits
     // Letters may go on with an exponent or be part of "nan" and "inf".
     if (count - 1 >= EXACT_DIGITS || next == 'e') return readFloatSlowly(begin, end, value);
-    // One rounding, to the nearest double. The second, to a float, comes to the nearest float unless that
-    // double lies in the middle of two floats.
+    // Rounds twice, to the nearest double and from there to float: right unless that double lies halfway
+    // between two floats.
     const double nearest = static_cast<double>(digits) / POWERS_OF_10[fraction];
     std::uint64_t bits = 0;
     std::memcpy(&bits, &nearest, sizeof bits);

@@ -115,7 +115,7 @@ Conversion::Conversion(const std::optional<UNIT>& unit, const std::optional<COOR
 
 void Conversion::apply(PointBlock& block, bool normals) const {
     if (!changes_) return;
-    const auto from = from_;  // copies: the compiler cannot know that points do not lie upon members
+    const auto from = from_;  // copies, since for the compiler the points might alias the members
     const auto factor = factor_;
     const auto sign = sign_;
     for (std::size_t i = 0; i < block.count; ++i) {

@@ -24,7 +24,7 @@ struct Normal {
 };
 static_assert(sizeof(Normal) == 12);
 
-/// Some points that fit the first cache, on their way between a Mat and a file.
+/// A batch of points between a Mat and a file, small enough for the first-level cache.
 struct PointBlock {
     static constexpr std::size_t CAPACITY = 1024;
     std::size_t count = 0;
@@ -97,14 +97,15 @@ private:
     std::size_t place_ = 0;  ///< the next pixel, counted row by row
 };
 
-/// Takes the points of a file into a Mat. A format calls `begin` once and, where that wants points, fills
-/// `block` and calls `add` until all are there.
+/// Collects the points of a file in a Mat. A format calls `begin` once; if that returns true, it fills
+/// `block` and calls `add` until every point is in.
 class PointSink {
 public:
     PointSink(const CloudReadOptions& options, bool headerOnly)
         : options_(options), headerOnly_(headerOnly) {}
 
-    /// Whether the points are wanted. Allocates; so `header.count` must have been checked against the file.
+    /// Allocates the Mat, so `header.count` must have been checked against the file. Returns false if only
+    /// the header is wanted.
     bool begin(const CloudHeader& header);
     PointBlock& block() { return block_; }
     void add();

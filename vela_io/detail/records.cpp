@@ -139,7 +139,7 @@ void assign(ROLE role, T value, Point& point, Normal& normal) {
 
 template <class T, bool swapped>
 void decodeColumn(const char* numbers, std::size_t stride, ROLE role, PointBlock& out) {
-    // The role is the same for all: each has a loop of its own once the compiler has moved the switch out.
+    // The role does not change in the loop: the compiler hoists the switch and makes a loop for each role.
     for (std::size_t i = 0; i < out.count; ++i, numbers += stride) {
         assign(role, load<T, swapped>(numbers), out.points[i], out.normals[i]);
     }

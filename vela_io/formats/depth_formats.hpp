@@ -32,7 +32,8 @@ public:
     double scale() const { return scale_; }
     int invalidSample() const { return invalidSample_; }
 
-    /// Goes over all pixels first: an error if some have no sample and that is not allowed.
+    /// Goes over all pixels before any is written. Throws if the samples cannot hold a depth, unless clipping
+    /// is allowed.
     void checkSamples();
     /// `width` samples of 16 bits.
     void samples(std::size_t y, std::uint16_t* out);
@@ -56,14 +57,15 @@ private:
     std::size_t clipped_ = 0;
 };
 
-/// Takes the depths of a file into a Mat. A format calls `begin` once and, where that wants pixels, fills one
-/// of the two buffers, top row first, and says that it did.
+/// Collects the depths of a file in a Mat. A format calls `begin` once; if that returns true, it fills one of
+/// the two buffers, top row first, and calls its `take` function.
 class DepthSink {
 public:
     DepthSink(const DepthReadOptions& options, bool headerOnly)
         : options_(options), headerOnly_(headerOnly) {}
 
-    /// Whether the pixels are wanted. Allocates; so the size must have been checked against the file.
+    /// Allocates the Mat, so the size must have been checked against the file. Returns false if only the
+    /// header is wanted.
     bool begin(const DepthHeader& header);
 
     /// width x height samples, packed. They lie in the Mat itself until `takeSamples` spreads them.

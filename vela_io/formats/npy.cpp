@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::string_view MAGIC("\x93NUMPY", 6);
 constexpr std::size_t ALIGNMENT = 64;            // of the elements in the file, as NumPy writes them
-constexpr std::size_t LONGEST_HEADER = 1 << 16;  // what we read of the header; NumPy's own limit is 10,000
+constexpr std::size_t LONGEST_HEADER = 1 << 16;  // longer ones are refused; NumPy's own limit is 10,000
 
 struct Element {
     MAT_TYPE type;
@@ -106,7 +106,7 @@ void swapBytes(unsigned char* bytes, std::size_t count, std::size_t itemBytes) {
     }
 }
 
-/// Elements of an array whose first index runs fastest, to their places in C order.
+/// Transposes an array from Fortran order to C order.
 void scatterFortran(InputFile& file, const NpyHeader& header, unsigned char* out) {
     const std::size_t item = header.itemBytes;
     for (std::size_t c = 0; c < header.channels; ++c) {

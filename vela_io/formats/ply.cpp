@@ -193,7 +193,7 @@ private:
             }
             return;
         }
-        // A point's x takes any number as a float; counts of lists are far below 2^24 or not to be believed.
+        // Decoded as the x of a point, a float, which is exact to 2^24; longer lists are refused.
         PointBlock one;
         one.count = 1;
         readBytes({ROLE::X, list.countType, 0, 1}, one);
@@ -276,7 +276,7 @@ char* writeBinary(char* out, const PointBlock& block, const CloudHeader& header)
     const std::size_t colorBytes = header.color ? (header.alpha ? 4 : 3) : 0;
     for (std::size_t i = 0; i < block.count; ++i) {
         const Point& point = block.points[i];
-        std::memcpy(out, &point, sizeof point);  // one store; what is too much is written over
+        std::memcpy(out, &point, sizeof point);  // one store; the next record overwrites the excess
         if (swapped) storeFloats<swapped>(out, {point.x, point.y, point.z});
         out += 12 + colorBytes;
         if (!header.normals) continue;

@@ -18,8 +18,8 @@ namespace {
 /// The most that text chunks of a file may take.
 constexpr std::size_t LARGEST_CHUNK = std::size_t{1} << 20;
 
-/// libpng leaves a failed call by `longjmp`, which must not pass by destructors: what our own functions throw
-/// below it is kept here until libpng is left.
+/// libpng reports errors by `longjmp`, which must not skip destructors. What our callbacks throw is kept here
+/// and thrown again once libpng has returned.
 struct Session {
     InputFile* in = nullptr;
     OutputFile* out = nullptr;
@@ -190,7 +190,7 @@ public:
             texts.push_back(text);
         }
         callLibpng(png_, session_, [&] {
-            // Neighbours in a row are alike, and what is left of them are runs.
+            // Neighbours in a row are alike: their differences are small and form runs.
             png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
             png_set_compression_level(png_, compression < 0 ? Z_BEST_SPEED : compression);
             if (compression < 0) png_set_compression_strategy(png_, Z_RLE);

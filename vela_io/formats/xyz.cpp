@@ -234,8 +234,8 @@ void writeXyz(OutputFile& file, const CloudHeader& header, PointSource& source) 
     for (const std::string& statement : statements) {
         file.append("# " + statement + "\n");
     }
-    // Numbers alone are what every program reads: names only where there are comments anyway or where normals
-    // might be taken for colours.
+    // Every program reads bare numbers. Columns are named only if there are comments anyway, or if normals
+    // could be taken for colours.
     if (!statements.empty() || header.normals) {
         file.append("# x y z");
         if (header.color) file.append(" red green blue");

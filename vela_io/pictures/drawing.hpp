@@ -22,7 +22,7 @@ constexpr int BAR_WIDTH = 130;
 /// Draws a vertical bar of colours with ticks, near end at the bottom, in BAR_WIDTH x `height` pixels.
 void drawColorBar(Canvas& canvas, int x, int y, int height, const Range& range, const std::string& label);
 
-/// The range of the colours: what the options say, else the values without 2 % at either end.
+/// The range of the colours: from the options, otherwise the values without 2 % at either end.
 Range colorRange(std::vector<float>& values, const PreviewOptions& options);
 
 /// "12,345".

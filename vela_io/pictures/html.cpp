@@ -34,8 +34,8 @@ Bounds boundsOf(const Mat& cloud) {
     return bounds;
 }
 
-/// Says for each of `all` things in turn whether it belongs to `wanted` of them, chosen at random, the same
-/// ones every time.
+/// Selection sampling: `next` says for each of `all` items in turn whether it is among the `wanted` ones,
+/// which are chosen at random, the same every time.
 class Choice {
 public:
     Choice(std::size_t all, std::size_t wanted) : left_(all), wanted_(wanted < all ? wanted : all) {}
@@ -52,8 +52,8 @@ private:
     std::size_t wanted_;
 };
 
-/// Coordinates of 16 bits and colours, as differences between successive points, in planes of bytes: they
-/// compress better than the points themselves. The page undoes it.
+/// Points as 16-bit coordinates and colours, stored as differences between successive points in planes of
+/// bytes, which compress better. The page's script decodes them.
 class PackedPoints {
 public:
     PackedPoints(std::size_t count, bool colored, const Bounds& bounds)
