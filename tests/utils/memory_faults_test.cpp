@@ -12,10 +12,10 @@
 #include <chrono>
 #include <cstdlib>
 #include <functional>
-#include <memory>
 #include <new>
 #include <set>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -65,15 +65,45 @@ protected:
     /// Runs an action with its nth allocation failing: whether it met that one, and whether it threw.
     template <class Action>
     static End run(int nth, Action action) {
+        const bool armed = std::exchange(failing.armed, true);
+        failing.nth = nth;
         End end = End::DONE;
-        failing = {true, nth, failing.live};
         try {
             action();
         } catch (const std::bad_alloc&) {
             end = End::THROWN;
         }
-        failing.armed = false;
         if (end == End::DONE && failing.nth <= 0) end = End::REFUSED;
+        failing.nth = 0;  // no other fails
+        failing.armed = armed;
+        return end;
+    }
+
+    /// Runs an operation on two Mats with its nth allocation failing. Nothing may be leaked, and after an
+    /// exception each Mat must be empty or as before.
+    static End run(int nth, const Operation& operation, MEM mine, MEM other, const Arguments& arguments) {
+        SCOPED_TRACE(testing::Message() << operation.name << ", allocation " << nth << ", sides "
+                                        << toValue(mine) << " " << toValue(other));
+        const std::size_t live = software_device::liveAllocations();
+        End end{};
+        testing::internal::CaptureStdout();
+        failing = {true, 0, 0};
+        {
+            Mat mats[] = {Mat(4, 2, arguments.type, mine), Mat(4, 3, arguments.type, other)};
+            const std::string before[] = {fieldsOf(mats[0]), fieldsOf(mats[1])};
+            end = run(nth, [&] { operation.act(mats[0], mats[1], arguments); });
+            for (int i = 0; end == End::THROWN && i < 2; ++i) {
+                const Mat& mat = mats[i];
+                const bool empty =
+                    !mat.isInit && !mat.memoryOwner && mat.width + mat.height + mat.pixelBytes == 0;
+                EXPECT_TRUE(empty || fieldsOf(mat) == before[i]) << fieldsOf(mat);
+            }
+        }
+        failing.armed = false;
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(software_device::liveAllocations(), live);
+        EXPECT_EQ(failing.live, 0) << "leaked";
+        software_device::reset();
         return end;
     }
 
@@ -101,49 +131,15 @@ TEST_F(MemoryFaultsTest, OperationsOnMatsLeakNothingAndThrowWhereTheyAllocate) {
             for (const MEM other : {MEM::CPU, MEM::GPU, MEM_BOTH}) {
                 for (int copy = 0; copy < 4; ++copy) {
                     if (copy != 0 && (operation.uses & Operation::COPY) == 0) break;
+                    Arguments arguments;
+                    arguments.mem = MEM_BOTH;
+                    arguments.copy = fromValue<COPY_TYPE>(copy);
+                    arguments.type = std::string(operation.name) == "convertImage" ? U4 : F4;
                     End end = End::REFUSED;
-                    for (int nth = 1; end != End::DONE; ++nth) {
-                        SCOPED_TRACE(testing::Message()
-                                     << operation.name << ", allocation " << nth << ", sides "
-                                     << toValue(mine) << " " << toValue(other));
-                        Arguments arguments;
-                        arguments.mem = MEM_BOTH;
-                        arguments.copy = fromValue<COPY_TYPE>(copy);
-                        arguments.type = std::string(operation.name) == "convertImage" ? U4 : F4;
-                        const std::size_t live = software_device::liveAllocations();
-                        failing.live = 0;
-                        testing::internal::CaptureStdout();
-                        {
-                            std::unique_ptr<Mat> made[2];
-                            run(0, [&] {
-                                made[0] = std::make_unique<Mat>(4, 2, arguments.type, mine);
-                                made[1] = std::make_unique<Mat>(4, 3, arguments.type, other);
-                            });
-                            Mat& a = *made[0];
-                            Mat& b = *made[1];
-                            const std::string aBefore = fieldsOf(a);
-                            const std::string bBefore = fieldsOf(b);
-                            end = run(nth, [&] { operation.act(a, b, arguments); });
-                            if (end == End::THROWN) {
-                                EXPECT_EQ(allocating.count(operation.name), 1U) << "must not throw";
-                                for (const auto& [mat, before] :
-                                     {std::pair(&a, aBefore), std::pair(&b, bBefore)}) {
-                                    const bool empty = !mat->isInit && !mat->memoryOwner && mat->width == 0 &&
-                                                       mat->height == 0 && mat->pixelBytes == 0;
-                                    EXPECT_TRUE(empty || fieldsOf(*mat) == before) << fieldsOf(*mat);
-                                }
-                            }
-                            run(0, [&] {
-                                made[0].reset();
-                                made[1].reset();
-                            });
-                        }
-                        testing::internal::GetCapturedStdout();
-                        EXPECT_EQ(software_device::liveAllocations(), live);
-                        EXPECT_EQ(failing.live, 0) << "leaked";
-                        software_device::reset();
-                        ++points;
-                        if (HasFailure()) return;
+                    for (int nth = 1; end != End::DONE && !HasFailure(); ++nth, ++points) {
+                        end = run(nth, operation, mine, other, arguments);
+                        EXPECT_TRUE(end != End::THROWN || allocating.count(operation.name) == 1)
+                            << operation.name << " must not throw";
                     }
                 }
             }
