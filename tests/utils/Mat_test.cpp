@@ -105,7 +105,9 @@ TEST_F(MatTest, PartsOfAnImageAreCopiedBeforeTheWholeIsReleased) {
         cudaDeviceSynchronize();
         EXPECT_EQ(owner.memType, MEM::CPU);
         EXPECT_EQ(load(owner, MEM::CPU), wanted);
+        owner.extraFlag = true;
         EXPECT_EQ(owner.clone(Mat(2, 2, U1, owner.ptrCPU + 5, 20, MEM::CPU)), OK);
+        EXPECT_TRUE(owner.extraFlag);
         EXPECT_EQ(load(owner, MEM::CPU), (Bytes{wanted[5], wanted[6], wanted[25], wanted[26]}));
     }
 }
