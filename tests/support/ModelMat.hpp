@@ -55,6 +55,7 @@ struct ModelMat {
     ModelMat(const ModelMat& other) : world(other.world) { ref(other); }
     ModelMat(ModelMat&& other) noexcept : world(other.world) { *this = std::move(other); }
     ~ModelMat() { free(MEM_BOTH); }
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): like a Mat, which is empty then
     ModelMat& operator=(const ModelMat& other) {
         ref(other);
         return *this;
