@@ -44,14 +44,22 @@ void release(void* memory) noexcept {
 
 }  // namespace
 
-// Those of arrays come here, too.
 void* operator new(std::size_t size) {
+    return allocate(size);
+}
+void* operator new[](std::size_t size) {
     return allocate(size);
 }
 void operator delete(void* memory) noexcept {
     release(memory);
 }
+void operator delete[](void* memory) noexcept {
+    release(memory);
+}
 void operator delete(void* memory, std::size_t) noexcept {
+    release(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
     release(memory);
 }
 
