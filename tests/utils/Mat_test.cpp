@@ -164,6 +164,9 @@ TEST_F(MatTest, SizesOfCopiesAreTruncatedTo32Bits) {
             EXPECT_EQ(mat->width * mat->height, 5U);
         }
     }
+    Mat unknown(1, 1, U1);
+    EXPECT_EQ(Mat(LARGE + 5, 0, U1, pixels, 64, MEM::CPU).copyTo(unknown, fromValue<COPY_TYPE>(4)), OK);
+    EXPECT_EQ(unknown.width, LARGE + 5) << "unless the direction is unknown and there is a destination";
 #ifdef VELA_GPU_SOFTWARE
     const Mat tall(1, LARGE + 5, U1, pixels, 64, MEM::CPU);
     Mat copied;
