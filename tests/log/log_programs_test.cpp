@@ -84,13 +84,13 @@ pid_t forked(Program program) {
 
 /// Every message of every thread and process comes once.
 [[maybe_unused]] void forksWhileThreadsLog() {
-    constexpr int FORKS = 50;
+    constexpr std::size_t FORKS = 50;
     constexpr int LOGGERS = 3;
     char name[] = "/tmp/vela_forks_XXXXXX";
     const int file = mkstemp(name);
     dup2(file, STDERR_FILENO);
     std::atomic<bool> over{false};
-    int sent[LOGGERS] = {};
+    std::size_t sent[LOGGERS] = {};
     std::thread loggers[LOGGERS];
     for (int i = 0; i < LOGGERS; ++i) {
         loggers[i] = std::thread([&over, &count = sent[i], id = std::to_string(i)] {
@@ -100,7 +100,7 @@ pid_t forked(Program program) {
             }
         });
     }
-    for (int i = 0; i < FORKS; ++i) {
+    for (std::size_t i = 0; i < FORKS; ++i) {
         const pid_t child =
             forked([i] { logError(LogStatement::READ_EXCEPTION, ("c" + std::to_string(i)).c_str()); });
         expect(statusOf(child) == 0, 1);
@@ -116,7 +116,7 @@ pid_t forked(Program program) {
         ++times[line.substr(line.rfind(' '))];
     }
     unlink(name);
-    expect(times.size() == static_cast<std::size_t>(FORKS + sent[0] + sent[1] + sent[2]), 2);
+    expect(times.size() == FORKS + sent[0] + sent[1] + sent[2], 2);
     for (const auto& [message, count] : times) {
         expect(count == 1, 3);
     }

@@ -109,6 +109,8 @@ TEST_F(MatTest, PartsOfAnImageAreCopiedBeforeTheWholeIsReleased) {
         EXPECT_EQ(owner.clone(Mat(2, 2, U1, owner.ptrCPU + 5, 20, MEM::CPU)), OK);
         EXPECT_TRUE(owner.extraFlag);
         EXPECT_EQ(load(owner, MEM::CPU), (Bytes{wanted[5], wanted[6], wanted[25], wanted[26]}));
+        owner.ref(Mat(2, 2, U1, owner.ptrCPU + 4, 2, MEM::CPU));
+        EXPECT_FALSE(owner.memoryOwner) << "what begins behind its buffer is not part of it";
     }
 }
 
@@ -170,7 +172,12 @@ TEST_F(MatTest, SizesOfCopiesAreTruncatedTo32Bits) {
 #ifdef VELA_GPU_SOFTWARE
     const Mat tall(1, LARGE + 5, U1, pixels, 64, MEM::CPU);
     Mat copied;
-    printedBy([&] { EXPECT_EQ(tall.copyTo(copied, COPY_TYPE::CPU_GPU), BAD) << "all rows are asked for"; });
+    const Stream stream;
+    for (cudaStream_t const queue : {cudaStream_t{}, cudaStream_t{stream}}) {
+        printedBy([&] {
+            EXPECT_EQ(tall.copyTo(copied, COPY_TYPE::CPU_GPU, queue), BAD) << "all rows are asked for";
+        });
+    }
     const Mat wide(LARGE / 2, 1, U1, pixels, 64, MEM::GPU);
     Mat cloned;
     printedBy([&] { EXPECT_EQ(cloned.clone(wide), OK); });
@@ -179,7 +186,7 @@ TEST_F(MatTest, SizesOfCopiesAreTruncatedTo32Bits) {
 }
 
 #ifdef VELA_GPU_SOFTWARE
-TEST_F(MatTest, OnlyDownloadsOfManagedMatsWaitForTheStream) {
+TEST_F(MatTest, CopiesOnAStreamWaitForItOnlyWhereTheyMust) {
     Mat a = filled(4, 4, U1, MEM_BOTH, 1);
     Mat b = filled(4, 4, U1, MEM_BOTH, 2);
     Mat managed(2, 2, U1, MEM_MANAGED);
@@ -195,6 +202,11 @@ TEST_F(MatTest, OnlyDownloadsOfManagedMatsWaitForTheStream) {
     EXPECT_TRUE(stream.wasWaitedFor());
     EXPECT_EQ(load(b, MEM::GPU), pattern(16, 1));
     EXPECT_EQ(load(a, MEM::GPU), pattern(16, 1));
+
+    Mat image = filled(4, 4, U1, MEM::CPU);
+    const BusyStream other;
+    EXPECT_EQ(image.setFrom(Mat(2, 2, U1, image.ptrCPU + 5, 4, MEM::CPU), COPY_TYPE::CPU_GPU, other), OK);
+    EXPECT_TRUE(other.wasWaitedFor()) << "before the buffer that it reads is freed";
 }
 #endif
 
