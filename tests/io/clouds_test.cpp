@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <random>
 #include <vector>
@@ -232,51 +233,44 @@ TEST(CloudsTest, WhatIsNotKnownIsNotGuessed) {
     Mat depth(2, 1, MAT_TYPE::MAT_32F_C1);
     Mat small(1, 1, MAT_TYPE::MAT_32F_C4);
     Mat empty;
-    struct Refusal {
+    const struct {
         const Mat* cloud;
         const char* name;
-        CloudOptions options;
         const char* text;
+        std::function<void(CloudOptions&)> change = [](auto&) {};
         ERROR_CODE code = ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
+    } refusals[] = {
+        {&cloud, "a.bin",
+         "the extension names no cloud format: .ply, .pcd, .vtk, .xyz, .txt, .csv, .asc, .pts"},
+        {&cloud, "a.ply", "PLY files have no encoding BINARY_COMPRESSED",
+         [](auto& o) { o.encoding = ENCODING::BINARY_COMPRESSED; }},
+        {&cloud, "a.xyz", "XYZ files have no encoding BINARY",
+         [](auto& o) { o.encoding = ENCODING::BINARY; }},
+        {&cloud, "a.ply", "PLY files have no encoding Unknown",
+         [](auto& o) { o.encoding = static_cast<ENCODING>(7); }},
+        {&cloud, "a.ply", "an unknown cloud format", [](auto& o) { o.format = static_cast<CLOUD_FILE>(-1); }},
+        {&cloud, "a.ply", "the unit is not known: give the option 'unit' to convert it",
+         [](auto& o) { o.targetUnit = UNIT::INCH; }},
+        {&cloud, "a.ply", "the axis convention is not known: give the option 'axes' to convert it",
+         [](auto& o) { o.targetAxes = COORDINATE_SYSTEM::IMAGE; }},
+        {&cloud, "a.ply", "an unknown unit", [](auto& o) { o.unit = static_cast<UNIT>(5); }},
+        {&cloud, "a.ply", "an unknown axis convention",
+         [](auto& o) { o.axes = static_cast<COORDINATE_SYSTEM>(6); }, ERROR_CODE::INVALID_COORDINATE_SYSTEM},
+        {&cloud, "a.xyz", "a separator is a blank, ',' or ';'", [](auto& o) { o.separator = '1'; }},
+        {&cloud, "a.ply", "the normals have another size than the cloud",
+         [&](auto& o) { o.normals = &small; }},
+        {&cloud, "a.ply", "normals are a Mat of three or four floats (MAT_32F_C3, MAT_32F_C4)",
+         [&](auto& o) { o.normals = &depth; }},
+        {&depth, "a.ply", "a cloud is a Mat of three or four floats (MAT_32F_C3, MAT_32F_C4)"},
+        {&empty, "a.ply", "the cloud is an empty Mat"},
     };
-    const auto with = [](auto change) {
+    for (const auto& [mat, name, text, change, code] : refusals) {
+        const ScratchFolder folder;
         CloudOptions options;
         change(options);
-        return options;
-    };
-    const Refusal refusals[] = {
-        {&cloud,
-         "a.bin",
-         {},
-         "the extension names no cloud format: .ply, .pcd, .vtk, .xyz, .txt, .csv, .asc, .pts"},
-        {&cloud, "a.ply", with([](auto& o) { o.encoding = ENCODING::BINARY_COMPRESSED; }),
-         "PLY files have no encoding BINARY_COMPRESSED"},
-        {&cloud, "a.xyz", with([](auto& o) { o.encoding = ENCODING::BINARY; }),
-         "XYZ files have no encoding BINARY"},
-        {&cloud, "a.ply", with([](auto& o) { o.encoding = static_cast<ENCODING>(7); }),
-         "PLY files have no encoding Unknown"},
-        {&cloud, "a.ply", with([](auto& o) { o.format = static_cast<CLOUD_FILE>(-1); }),
-         "an unknown cloud format"},
-        {&cloud, "a.ply", with([](auto& o) { o.targetUnit = UNIT::INCH; }),
-         "the unit is not known: give the option 'unit' to convert it"},
-        {&cloud, "a.ply", with([](auto& o) { o.targetAxes = COORDINATE_SYSTEM::IMAGE; }),
-         "the axis convention is not known: give the option 'axes' to convert it"},
-        {&cloud, "a.ply", with([](auto& o) { o.unit = static_cast<UNIT>(5); }), "an unknown unit"},
-        {&cloud, "a.ply", with([](auto& o) { o.axes = static_cast<COORDINATE_SYSTEM>(6); }),
-         "an unknown axis convention", ERROR_CODE::INVALID_COORDINATE_SYSTEM},
-        {&cloud, "a.xyz", with([](auto& o) { o.separator = '1'; }), "a separator is a blank, ',' or ';'"},
-        {&cloud, "a.ply", with([&](auto& o) { o.normals = &small; }),
-         "the normals have another size than the cloud"},
-        {&cloud, "a.ply", with([&](auto& o) { o.normals = &depth; }),
-         "normals are a Mat of three or four floats (MAT_32F_C3, MAT_32F_C4)"},
-        {&depth, "a.ply", {}, "a cloud is a Mat of three or four floats (MAT_32F_C3, MAT_32F_C4)"},
-        {&empty, "a.ply", {}, "the cloud is an empty Mat"},
-    };
-    for (const Refusal& refusal : refusals) {
-        const ScratchFolder folder;
-        const Result result = writeCloud(*refusal.cloud, folder / refusal.name, refusal.options);
-        EXPECT_EQ(result.code, refusal.code) << refusal.text;
-        EXPECT_EQ(toStdString(result.text), folder / refusal.name + ": " + refusal.text);
+        const Result result = writeCloud(*mat, folder / name, options);
+        EXPECT_EQ(result.code, code) << text;
+        EXPECT_EQ(toStdString(result.text), folder / name + ": " + text);
         EXPECT_EQ(folder.listing(), "");
     }
 }

@@ -29,17 +29,18 @@ struct Outcome {
     std::string err;
 };
 
+const std::string HEADER =
+    "ply\nformat ascii 1.0\ncomment unit millimeter\ncomment axes IMAGE\nelement vertex 3\n"
+    "property float x\nproperty float y\nproperty float z\nproperty uchar red\nproperty uchar green\n"
+    "property uchar blue\nend_header\n";
+
 class ToolTest : public testing::Test {
 protected:
     void write(const std::string& name, const std::string& content) {
         std::ofstream(folder_ / name, std::ios::binary) << content;
     }
     void SetUp() override {
-        write("a.ply",
-              "ply\nformat ascii 1.0\ncomment unit millimeter\ncomment axes IMAGE\nelement vertex 3\n"
-              "property float x\nproperty float y\nproperty float z\nproperty uchar red\n"
-              "property uchar green\nproperty uchar blue\nend_header\n"
-              "100 200 3000 1 2 3\nnan 0 1000 4 5 6\n-50 0 1000 7 8 9\n");
+        write("a.ply", HEADER + "100 200 3000 1 2 3\nnan 0 1000 4 5 6\n-50 0 1000 7 8 9\n");
         // Metres, 2 x 2, the last pixel without a depth.
         float values[] = {1, 2, 4, 0};
         const Mat mat(2, 2, MAT_TYPE::MAT_32F_C1, reinterpret_cast<unsigned char*>(values), 8, MEM::CPU);
@@ -68,16 +69,9 @@ protected:
     }
     /// The exit code of a command line of the shell, run in the folder; "velatool" is ours.
     int shell(const std::string& command) {
-        const std::string line =
-            "cd '" + (folder_ / ".") + "' && velatool() { '" VELATOOL "' \"$@\"; } && " + command;
-        const int status = std::system(("bash -c '" + quoted(line) + "'").c_str());
+        write("script", "cd \"${0%/*}\" && velatool() { '" VELATOOL "' \"$@\"; } && " + command);
+        const int status = std::system(inFolder("bash '@script'").c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-    static std::string quoted(const std::string& text) {
-        std::string out;
-        for (const char c : text)
-            out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-        return out;
     }
 
     ScratchFolder folder_;
@@ -177,11 +171,7 @@ TEST_F(ToolTest, DepthBecomesACloudByThePinholeModel) {
         run("depth2cloud @d.png @c.ply --fx 2 --fy 4 --cx 0.5 --cy 1 --color @p.png --unit-to mm");
     EXPECT_EQ(outcome.code, 0) << outcome.err;
     EXPECT_EQ(outcome.out.substr(0, 27), "4 pixels, 3 points written,");
-    write("wanted.ply",
-          "ply\nformat ascii 1.0\ncomment unit millimeter\ncomment axes IMAGE\nelement vertex 3\n"
-          "property float x\nproperty float y\nproperty float z\nproperty uchar red\n"
-          "property uchar green\nproperty uchar blue\nend_header\n"
-          "-250 -250 1000 10 20 30\n500 -500 2000 10 20 30\n-1000 0 4000 10 20 30\n");
+    write("wanted.ply", HEADER + "-250 -250 1000 10 20 30\n500 -500 2000 10 20 30\n-1000 0 4000 10 20 30\n");
     EXPECT_EQ(run("diff @c.ply @wanted.ply --tolerance 1e-3").out, "");
 }
 
