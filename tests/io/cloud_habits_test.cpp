@@ -91,8 +91,8 @@ std::vector<Habit> plyHabits() {
          "-2 0.25 70000 128/128/255/255"},
         {"colours as shares and diffuse_ names",
          ply("ascii", PLY2 + ", float diffuse_red, float diffuse_green, float diffuse_blue",
-             "1 2 3 0 0.5 1\n4 5 6 -1 0.25 nan\n"),
-         "1 2 3 0/128/255/255, 4 5 6 0/64/0/255"},
+             "1 2 3 0 0.5 1\n4 5 6 -1 0.05 nan\n"),
+         "1 2 3 0/128/255/255, 4 5 6 0/13/0/255"},
         {"a list among the properties, faces and edges",
          ply("ascii",
              "camera 1: list uchar int v, float f; vertex 2: float x, list uchar float w, float y, float z; "
