@@ -158,9 +158,8 @@ class TestPickle:
             with pytest.raises(BufferError):
                 pickle.dumps(m)
 
-    def test_copy_module(self):
+    def test_deep_copies_are_apart(self):
         m = Mat.from_array(cloud())
-        assert np.shares_memory(copy.copy(m).numpy(), m.numpy())
         deep = copy.deepcopy(m)
         assert not np.shares_memory(deep.numpy(), m.numpy()) and bytes(deep) == bytes(m)
 
