@@ -215,7 +215,7 @@ TEST_F(SafeFilesTest, AReplacedFileKeepsItsOwner) {
 }
 
 TEST_F(SafeFilesTest, CancellingKeepsTheOldFileAndTheMat) {
-    fill(1280, 720);
+    fill(960, 640);  // files of more than the megabyte between two calls of the progress function
     for (const Operation& operation : operations_) {
         SCOPED_TRACE(operation.name);
         const ScratchFolder folder;
