@@ -48,19 +48,21 @@ inline std::string wholeFile(const std::vector<Point3>& points, POINT_CLOUD_FORM
     for (const Point3& p : points) {
         if (!std::isfinite(p.x)) continue;
         char line[256];
-        int size = std::snprintf(line, sizeof line, "%s%f %f %f", count == 0 ? "" : "\n", double{p.x},
-                                 double{p.y}, double{p.z});
+        std::snprintf(line, sizeof line, "%s%f %f %f", count == 0 ? "" : "\n", double{p.x}, double{p.y},
+                      double{p.z});
+        body += line;
+        line[0] = '\0';
         const unsigned red = p.color & 255;
         const unsigned green = p.color >> 8 & 255;
         const unsigned blue = p.color >> 16 & 255;
         if (colored && format == PLY) {
-            size += std::snprintf(line + size, sizeof line - size, " %u %u %u", red, green, blue);
+            std::snprintf(line, sizeof line, " %u %u %u", red, green, blue);
         } else if (colored) {
             const unsigned word =
                 std::min(red, 254U) << 16 | std::min(green, 254U) << 8 | std::min(blue, 254U);
             float packed = 0;
             std::memcpy(&packed, &word, sizeof packed);
-            size += std::snprintf(line + size, sizeof line - size, " %e", double{packed});
+            std::snprintf(line, sizeof line, " %e", double{packed});
         }
         body += line;
         vertices += "1 " + std::to_string(count++) + "\n";
