@@ -91,9 +91,9 @@ PyCloudInfo inspectCloud(nb::handle path) {
 
 io::Result writeDepth(const PyMat& depth, nb::handle path, std::optional<io::DEPTH_FILE> format,
                       std::optional<io::ENCODING> encoding, std::optional<UNIT> unit,
-                      std::optional<UNIT> targetUnit, double scale, std::optional<double> invalid,
-                      bool allowClipping, io::ROW_ORDER rows, int compression, bool sync,
-                      nb::handle progress) {
+                      std::optional<UNIT> targetUnit, std::optional<double> scale,
+                      std::optional<double> invalid, bool allowClipping, io::ROW_ORDER rows, int compression,
+                      bool sync, nb::handle progress) {
     const String file = pathOf(path);
     const std::shared_ptr<Storage> held = depth.storage;
     const Mat pixels = referenceTo(held->mat);
@@ -265,17 +265,19 @@ void bindClouds(nb::module_& module) {
 void bindDepthMaps(nb::module_& module) {
     module.def(
         "write_depth", &writeDepth, "depth"_a, "path"_a, nb::kw_only(), "format"_a = nb::none(),
-        "encoding"_a = nb::none(), "unit"_a = nb::none(), "target_unit"_a = nb::none(), "scale"_a = 1.0,
-        "invalid"_a = nb::none(), "allow_clipping"_a = false, "rows"_a = io::ROW_ORDER::BOTTOM_FIRST,
-        "compression"_a = -1, "sync"_a = false, "progress"_a = nb::none(),
+        "encoding"_a = nb::none(), "unit"_a = nb::none(), "target_unit"_a = nb::none(),
+        "scale"_a = nb::none(), "invalid"_a = nb::none(), "allow_clipping"_a = false,
+        "rows"_a = io::ROW_ORDER::BOTTOM_FIRST, "compression"_a = -1, "sync"_a = false,
+        "progress"_a = nb::none(),
         nb::sig(
             "def write_depth(depth: Mat, path: " VELA_PATH ", *, format: DEPTH_FILE | None = None, "
             "encoding: ENCODING | None = None, unit: UNIT | None = None, target_unit: UNIT | None = None, "
-            "scale: float = 1.0, invalid: float | None = None, allow_clipping: bool = False, "
+            "scale: float | None = None, invalid: float | None = None, allow_clipping: bool = False, "
             "rows: ROW_ORDER = vela._core.ROW_ORDER.BOTTOM_FIRST, compression: int = -1, sync: bool = False, "
             "progress: " VELA_PROGRESS ") -> Result"),
         "Writes a depth map, MAT_32F_C1 or MAT_US16_C1, to a PNG, PGM, PFM or NPY file.\n\n"
         "A sample of PNG and PGM is the depth in target_unit times scale, rounded; PFM and NPY hold floats.\n"
+        "Without scale a sample is a millimetre where the unit is known, else one unit.\n"
         "invalid stands in the file for pixels without a depth. Depths that have no sample make the call\n"
         "fail unless allow_clipping is set. rows is for PFM. OSError and vela.Error as of write_cloud.");
     module.def(
