@@ -17,7 +17,7 @@ from pathlib import Path
 from vela import Mat
 
 HOME = Path(__file__).parents[2]
-sys.path[:0] = [str(HOME / "examples/cluster"), str(HOME / "python/tests")]
+sys.path.insert(0, str(HOME / "examples/cluster"))
 import convert  # noqa: E402
 import recording  # noqa: E402
 

@@ -9,7 +9,6 @@ import time
 
 import numpy as np
 import pytest
-import recording
 import vela
 import vela.io
 
@@ -19,6 +18,7 @@ pytest.importorskip("distributed")
 SCRIPT = pathlib.Path(__file__).parents[2] / "examples/cluster/convert.py"
 COUNT = 60
 sys.path.insert(0, str(SCRIPT.parent))
+import recording  # noqa: E402
 
 
 @pytest.fixture(scope="module")

@@ -1,5 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A recording as a robot makes it: organised clouds and depth maps, ROS 2 messages in an MCAP file."""
+"""Makes a recording like a robot's: organised clouds and depth maps, ROS 2 messages in an MCAP file.
+
+    recording.py robot.mcap 300        # 300 frames of each
+
+The points are /camera/points, in metres, x right and y down; the depth maps are /camera/depth, in millimetres.
+"""
+import sys
+
 import numpy as np
 
 POINTS = "/camera/points"
@@ -92,3 +99,9 @@ def write(path, count, width=160, height=90, topics=(POINTS, DEPTH)):
             if DEPTH in topics:
                 writer.write_message(DEPTH, images, depth_message(xyz), log_time=time, publish_time=time)
         writer.finish()
+
+
+if __name__ == "__main__":
+    if len(sys.argv) != 3 or not sys.argv[2].isdecimal():
+        sys.exit("usage: recording.py FILE FRAMES")
+    write(sys.argv[1], int(sys.argv[2]))
