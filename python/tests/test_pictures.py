@@ -33,32 +33,21 @@ def meta(path):
     return json.loads(found[1])
 
 
-def test_preview_of_a_cloud(tmp_path, cloud):
-    path = tmp_path / "Ünicode.png"
+def test_every_option_of_a_preview_counts(tmp_path, cloud):
+    path, depth = tmp_path / "Ünicode.png", Mat.from_array(np.linspace(1, 2, 1200, dtype=np.float32).reshape(30, 40))
     result = io.preview(cloud, path)
     assert (result.points, result.dropped, result.bytes) == (4800, 7, path.stat().st_size)
-    assert 0 < result.written <= 4793 and png_size(path) == (1280, 720)
-    usual = path.read_bytes()
-    for options in (
-        dict(width=400, height=200),
-        dict(unit=UNIT.METER),
-        dict(axes=AXES.RIGHT_HANDED_Z_UP_AND_X_FORWARD),
-        dict(views=[io.CLOUD_VIEW.LEFT]),
-        dict(color=io.COLOR_BY.DEPTH),
-    ):
-        io.preview(cloud, path, **options)
-        assert path.read_bytes() != usual, options
-        assert png_size(path) == (options.get("width", 1280), options.get("height", 720))
-
-
-def test_preview_of_a_depth_map(tmp_path):
-    depth, path = Mat.from_array(np.linspace(1, 2, 1200, dtype=np.float32).reshape(30, 40)), tmp_path / "depth.png"
-    assert io.preview(depth, path).written == 1200
-    usual = path.read_bytes()
-    for ends in (dict(nearest=0.5), dict(farthest=3)):
-        io.preview(depth, path, **ends)
-        png_size(path)
-        assert path.read_bytes() != usual, ends
+    assert 0 < result.written <= 4793 and io.preview(depth, path).written == 1200
+    options = [dict(width=400, height=200), dict(unit=UNIT.METER), dict(axes=AXES.RIGHT_HANDED_Z_UP_AND_X_FORWARD),
+               dict(views=[io.CLOUD_VIEW.LEFT]), dict(color=io.COLOR_BY.DEPTH)]
+    for mat, changes in ((cloud, options), (depth, [dict(nearest=0.5), dict(farthest=3)])):
+        drawn = set()
+        for change in [{}, *changes]:
+            io.preview(mat, path, **change)
+            drawn.add(path.read_bytes())
+            if mat is cloud:
+                assert png_size(path) == (change.get("width", 1280), change.get("height", 720)), change
+        assert len(drawn) == 1 + len(changes)
 
 
 def test_page(tmp_path, cloud):

@@ -1,21 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/ScratchFolder.hpp"
 #include "support/capture.hpp"
-#include "vela_core/geometry/frames.hpp"
-#include "vela_core/geometry/units.hpp"
 #include "vela_core/log/KLogger.hpp"
-#include "vela_core/types/BodyParts.hpp"
-#include "vela_core/types/Detection.hpp"
-#include "vela_core/types/Memory.hpp"
-#include "vela_core/types/ObjectClass.hpp"
-#include "vela_core/types/PixelType.hpp"
-#include "vela_core/types/Sensors.hpp"
 #include "vela_core/types/detail/enum_cast.hpp"
-#include "vela_core/types/records/DeviceProperties.hpp"
-#include "vela_core/types/records/InputType.hpp"
-#include "vela_core/types/records/SensorsData.hpp"
-#include "vela_core/utils/depth_export.hpp"
-#include "vela_core/utils/point_cloud_export.hpp"
+#include "vela_core/vela.hpp"
 
 #include <unistd.h>
 

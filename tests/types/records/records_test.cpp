@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/ScratchFolder.hpp"
 #include "vela_core/types/detail/enum_cast.hpp"
-#include "vela_core/types/records/CalibrationParameters.hpp"
-#include "vela_core/types/records/DeviceProperties.hpp"
-#include "vela_core/types/records/InputType.hpp"
-#include "vela_core/types/records/Objects.hpp"
-#include "vela_core/types/records/SensorsConfiguration.hpp"
-#include "vela_core/types/records/SensorsData.hpp"
-#include "vela_core/types/records/StreamingProperties.hpp"
+#include "vela_core/vela.hpp"
 
 #include <cmath>
 #include <limits>
