@@ -10,7 +10,7 @@ PROGRAMS = Path(__file__).parent / "programs"
 
 @pytest.fixture
 def run_program():
-    """Runs a program of tests/programs in a process of its own; returns what it printed."""
+    """Runs a program of tests/programs in a separate process; returns its output."""
 
     def run(name, *arguments, timeout=120):
         command = [sys.executable, str(PROGRAMS / name), *arguments]

@@ -115,7 +115,7 @@ class TestDlpack:
         assert m.__dlpack_device__() == (1, 0)
         for asked, name in ((None, '"dltensor"'), ((0, 8), '"dltensor"'), ((1, 0), "dltensor_versioned")):
             assert name in repr(m.__dlpack__(max_version=asked))
-            m.__dlpack__(max_version=asked)  # taken by nobody: frees itself
+            m.__dlpack__(max_version=asked)  # a capsule that nobody takes frees itself
 
     def test_copy(self):
         m = Mat.from_array(counting(3, 4, (2,), np.float32))
@@ -151,7 +151,7 @@ def test_device_side_is_refused_without_a_gpu(monkeypatch):
             Mat(4, 3, T.MAT_8U_C1, mem)
         assert caught.value.code.name == "NO_GPU_DETECTED"
     monkeypatch.setenv("VELA_SOFTWARE_DEVICE", "1")
-    with pytest.raises(BufferError, match="no GPU"):  # its memory is no GPU's, asked for or not
+    with pytest.raises(BufferError, match="no GPU"):  # the software device is never exported, asked for or not
         _ = Mat(4, 3, T.MAT_8U_C1, MEM.BOTH).gpu
 
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Enumerations are those of the C++ headers: read here by another way than the compiler's."""
+"""Enumerations must match the C++ headers, which these tests parse themselves."""
 
 import enum
 import inspect

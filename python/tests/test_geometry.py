@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Matrices, motions and records, against numpy and against values worked by hand."""
+"""Matrices, motions and records, against numpy and against values worked out by hand."""
 
 import copy
 import gc

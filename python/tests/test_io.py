@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""vela.io: that every option arrives where it belongs, and how failures look."""
+"""vela.io: that every option reaches the library, and what failures look like."""
 
 import errno
 import os

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Who keeps pixels alive. Blocks are larger than the threshold from which the C library maps memory of its own:
-freed pixels are then unmapped, so that touching them ends the process."""
+"""Who keeps pixels alive. The C library maps blocks of this size separately and unmaps them when they are freed, so
+that using freed pixels crashes the process."""
 
 import copy
 import gc
@@ -16,7 +16,7 @@ SIDE = 1600  # 1600 x 1600 x 16 bytes: above the largest threshold that the C li
 
 
 class Tracked(np.ndarray):
-    """An array that can be watched by a weak reference."""
+    """An array that allows weak references."""
 
 
 def large(value):

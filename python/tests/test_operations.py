@@ -15,7 +15,7 @@ from vela import COPY_TYPE, ERROR_CODE, MAT_TYPE, MEM, UNIT, Mat
 
 @pytest.fixture
 def device(monkeypatch):
-    """Lets the software device stand in for a GPU."""
+    """Uses the software device as the GPU."""
     monkeypatch.setenv("VELA_SOFTWARE_DEVICE", "1")
 
 
@@ -144,7 +144,7 @@ class TestPickle:
         n = pickle.loads(pickle.dumps(m, protocol))
         assert (n.type, n.shape, n.timestamp, n.name) == (m.type, m.shape, 2**63, "Übersicht")
         assert bytes(n) == bytes(m)
-        n.set_to(1)  # writable, whatever pickle made of it
+        n.set_to(1)  # writable, whichever buffer pickle gave it
 
     def test_pixels_go_out_of_band(self):
         m = Mat.from_array(np.arange(1_000_000, dtype=np.float32).reshape(1000, 1000))

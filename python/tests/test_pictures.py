@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""vela.io.preview and save_html: that a file comes out, that every option counts, and how failures look."""
+"""vela.io.preview and save_html: that they make files, that every option matters, and what failures look like."""
 
 import errno
 import json
@@ -28,7 +28,7 @@ def png_size(path):
 
 
 def meta(path):
-    """What the page says of its points."""
+    """The description of the points in the page."""
     found = re.search(r'<script id="meta" type="application/json">(.*?)</script>', path.read_text("utf-8"), re.S)
     return json.loads(found[1])
 

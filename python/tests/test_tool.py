@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""python -m vela: the commands of velatool with the process's own streams, words and signals."""
+"""python -m vela: the commands of velatool, with the process's own streams, arguments and signals."""
 
 import array
 import fcntl
@@ -20,7 +20,7 @@ COMMAND = [sys.executable, "-m", "vela"]
 
 @pytest.fixture
 def cloud(tmp_path):
-    """A file of three points, one of which is not finite; its name is no text."""
+    """A file of three points, one of which is not finite; its name is not valid UTF-8."""
     path = os.fsencode(tmp_path / "a") + b"\xff.ply"
     points = np.array([[1, 2, 3], [np.nan, 0, 1], [0, 0, 2]], np.float32)
     io.write_cloud(Mat.from_points(points), path, keep_grid=True, unit=UNIT.METER, axes=AXES.IMAGE)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The stubs: right in themselves, like the module, and of use to a user's type checker."""
+"""The stubs must be valid, match the module, and serve a user's type checker."""
 
 import re
 import subprocess
@@ -15,7 +15,7 @@ pytestmark = pytest.mark.skipif(
     not (PACKAGE / "_core.pyi").exists(), reason="sanitized builds have no stubs"
 )
 
-# How nanobind's classes and functions differ from Python's own; nothing of it concerns a user.
+# Differences between nanobind's classes and functions and Python's own; none concerns users.
 NANOBIND = re.compile(r"__nb_enum__|metaclass differs|stub does not have \*args|is not a function|but runtime is not")
 
 USER = """\

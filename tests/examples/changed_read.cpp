@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A library to load before the C library: the last byte of the file that VELA_CHANGED_FILE names
-// is read as another one.
+// Loaded before the C library, this makes every program read a wrong last byte from the file that
+// VELA_CHANGED_FILE names.
 #include <dlfcn.h>
 #include <limits.h>
 #include <sys/stat.h>

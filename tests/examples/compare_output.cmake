@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Runs an example in a folder of its own and compares all that it prints with a file.
+# Runs an example in a separate folder and compares its whole output with a file.
 file(MAKE_DIRECTORY ${FOLDER})
 execute_process(COMMAND ${PROGRAM} WORKING_DIRECTORY ${FOLDER} OUTPUT_VARIABLE printed RESULT_VARIABLE status)
 file(READ ${WANTED} wanted)

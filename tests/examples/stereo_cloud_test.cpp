@@ -32,7 +32,7 @@ protected:
         std::ofstream(folder_ / "broken.png") << "no picture";
     }
 
-    /// The text with the test's folder for each @.
+    /// Replaces each @ in the text by the test's folder.
     std::string inFolder(std::string text) const {
         for (std::size_t at = 0; (at = text.find('@')) != std::string::npos;) {
             text.replace(at, 1, folder_ / "");
@@ -159,7 +159,7 @@ TEST_F(StereoCloudTest, NoticesFilesThatDoNotHoldWhatWasWritten) {
 }
 
 TEST_F(StereoCloudTest, CountsDepthsWithoutASample) {
-    // 1000 px * 1000 mm / (12 - 2) px is 100 m, and 16 bits end at 65.5 m.
+    // 1000 px * 1000 mm / (12 - 2) px is 100 m; 16 bits of millimetres reach only 65.5 m.
     ASSERT_EQ(run("--right @right.png --offset -2 --focal 1000 --baseline 1000 --out @out"), "0 ");
     EXPECT_NE(printed().find(" depths have no sample\n"), std::string::npos);
     EXPECT_EQ(picture("out/depth_metric.png").at<std::uint16_t>(30, 200), 65535);
@@ -206,7 +206,7 @@ TEST_F(StereoCloudTest, KeepsEarlierResultsWhenItFails) {
 
 TEST_F(StereoCloudTest, NeverPublishesACutFile) {
     const std::pair<const char*, std::vector<std::string>> cases[] = {
-        {"--offset -2", {"cloud.ply", "cloud.pcd"}},  // each is larger than those made before it
+        {"--offset -2", {"cloud.ply", "cloud.pcd"}},  // each is larger than the ones before it
         {"--offset -12.1", {"depth.png", "depth.pfm", "cloud_organised.pcd"}}};  // few points
     for (const auto& [options, files] : cases) {
         const std::string command = std::string("--right @right.png --out @out ") + options;

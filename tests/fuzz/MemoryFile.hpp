@@ -10,12 +10,12 @@
 
 namespace vela::fuzz {
 
-/// Ends the program where a promise is broken; the fuzzer keeps the input.
+/// Ends the program when a promise is broken; the fuzzer keeps the input.
 inline void require(bool promise) {
     if (!promise) std::abort();
 }
 
-/// A file in memory that has a path.
+/// An in-memory file with a path.
 class MemoryFile {
 public:
     MemoryFile() : descriptor_(memfd_create("fuzz", MFD_CLOEXEC)) { require(descriptor_ >= 0); }
@@ -25,7 +25,7 @@ public:
 
     std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
 
-    /// Closes whatever has been opened since.
+    /// Closes every descriptor opened since.
     void closeLaterOnes() const { require(close_range(static_cast<unsigned>(descriptor_) + 1, ~0U, 0) == 0); }
 
     void put(const void* bytes, std::size_t size) {

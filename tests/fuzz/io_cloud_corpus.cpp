@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes small clouds of every kind into the folder that it is given: ours and those of the core's exporters.
+// Writes small clouds of every kind into the given folder, by vela::io and by the core's exporters.
 #include "tests/support/cloud_kinds.hpp"
 #include "vela_core/vela.hpp"
 #include "vela_io/io.hpp"
@@ -17,7 +17,7 @@ using namespace vela::io;
 constexpr std::size_t WIDTH = 3;
 constexpr std::size_t HEIGHT = 2;
 
-/// Colours, and one point that is not finite.
+/// Coloured, with one point that is not finite.
 Mat makeCloud() {
     Mat cloud(WIDTH, HEIGHT, MAT_TYPE::MAT_32F_C4);
     for (std::size_t i = 0; i < WIDTH * HEIGHT; ++i) {

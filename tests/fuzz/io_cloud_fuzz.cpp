@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The readers of point clouds on arbitrary bytes: they give a whole cloud, which can be written and read
-// again bit for bit, or one line that says what is wrong and the Mat as it was.
+// Feeds arbitrary bytes to the point-cloud readers. They must return either a whole cloud, which can be
+// written and read again bit for bit, or a one-line error and an unchanged Mat.
 #include "MemoryFile.hpp"
 #include "requireReads.hpp"
 #include "tests/support/cloud_kinds.hpp"
@@ -27,7 +27,7 @@ void requireSameFloats(const float* a, const float* b, std::size_t count) {
     }
 }
 
-/// Coordinates by value, colours by their bytes.
+/// Compares coordinates by value, colours byte by byte.
 void requireSame(const Mat& a, const Mat& b) {
     require(a.width == b.width && a.height == b.height && a.dataType == b.dataType);
     for (std::size_t i = 0; i < a.width * a.height * a.channels; i += a.channels) {

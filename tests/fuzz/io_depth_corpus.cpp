@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes small depth maps and arrays of every kind into the folder that it is given.
+// Writes small depth maps and arrays of every kind into the given folder.
 #include "vela_core/vela.hpp"
 #include "vela_io/io.hpp"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The readers of depth maps and arrays on arbitrary bytes: they give all pixels, which can be written and
-// read again, or one line that says what is wrong and the Mat as it was.
+// Feeds arbitrary bytes to the readers of depth maps and arrays. They must return either all pixels, which
+// can be written and read again, or a one-line error and an unchanged Mat.
 #include "MemoryFile.hpp"
 #include "requireReads.hpp"
 
@@ -19,7 +19,7 @@ using fuzz::requireOneLine;
 
 constexpr std::size_t MOST_PIXELS = 1 << 20;
 
-/// Writes in the given format and reads that. 0 is no depth in samples.
+/// Writes in the given format and reads that file back. Samples of 0 mean no depth.
 void writeAndReadAgain(const Mat& depth, const DepthInfo& info, DEPTH_FILE format) {
     const bool samples = format == DEPTH_FILE::PNG || format == DEPTH_FILE::PGM;
     static MemoryFile file;
@@ -64,7 +64,7 @@ void readAsDepth(const MemoryFile& file, std::size_t size) {
     require(depth.width == info.width && depth.height == info.height &&
             depth.dataType == MAT_TYPE::MAT_32F_C1);
     if (info.sampleBits == 32) return writeAndReadAgain(depth, info, DEPTH_FILE::PFM);
-    // Beyond these a sample's depth is no exact float of its own.
+    // Beyond this range, different samples may round to the same float.
     const bool usual = info.scale > 1e-6 && info.scale < 1e6;
     const bool stated = info.invalid && *info.invalid >= 0 && *info.invalid <= 65535 &&
                         *info.invalid == std::floor(*info.invalid);

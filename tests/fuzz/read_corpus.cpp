@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes a small picture of every kind that OpenCV encodes into the folder that it is given.
+// Writes a small picture of every kind that OpenCV encodes into the given folder.
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
 
@@ -21,7 +21,7 @@ int main(int argc, char** argv) {
                 const std::string name = std::to_string(type) + "." + extension;
                 written += cv::imwrite(argv[1] + ("/" + name), picture) ? 1 : 0;
             } catch (const cv::Exception&) {
-                // This kind does not hold such pixels.
+                // This format cannot store such pixels.
             }
         }
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Mat::read on arbitrary bytes: it answers SUCCESS with a consistent Mat or FAILURE with the old one, and
-// throws nothing.
+// Feeds arbitrary bytes to Mat::read. It must return SUCCESS with a consistent Mat or FAILURE with the old
+// one, and never throw.
 #include "MemoryFile.hpp"
 #include "vela_core/log/KLogger.hpp"
 #include "vela_core/vela.hpp"
@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     mat.name = "kept";
     mat.setTo<unsigned char>(7);
     const vela::ERROR_CODE result = mat.read(file.path());
-    // OpenCV leaves a Radiance picture open when its header is broken.
+    // OpenCV does not close a Radiance file whose header is broken.
     file.closeLaterOnes();
     require(mat.isInit && mat.memoryOwner && mat.ptrCPU != nullptr && mat.ptrGPU == nullptr);
     require(mat.stepBytesCPU == mat.width * mat.pixelBytes && mat.name == vela::String("kept"));
@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
 }
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    // Large pictures are refused: what a decoder does with gigabytes is not the question here.
+    // Refuse large pictures: decoding gigabytes is not what this target tests.
     setenv("OPENCV_IO_MAX_IMAGE_PIXELS", "16777216", 1);
     vela::KLogger::get_instance().loggers.at(vela::LOGGER_NAME::CORE)->set_log_level(quill::LogLevel::None);
     return 0;

@@ -8,14 +8,14 @@
 
 namespace vela::fuzz {
 
-/// A failure says what is wrong, in one line.
+/// A failure must say what is wrong in one line.
 inline void requireOneLine(const io::Result& result) {
     const String& text = result.text;
     require(text.c_str() != nullptr && std::strchr(text.c_str(), '\n') == nullptr);
     require(result.ok() || (text.c_str()[0] != '\0' && result.code == ERROR_CODE::FAILURE));
 }
 
-/// Reads into a Mat that already holds something else: on failure it stays as it was.
+/// Reads into a Mat that already holds something; a failed read must leave it unchanged.
 template <class Read>
 io::Result readOrKeep(Mat& mat, Read read) {
     mat = Mat(3, 2, MAT_TYPE::MAT_8U_C1);

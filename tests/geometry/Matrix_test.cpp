@@ -122,7 +122,7 @@ TEST(Matrix4f, InverseHasTheBitsAndTheStatusOfPlainSums) {
     for (int i = 0; i < 3000; ++i) {
         Matrix4f matrix = draw.matrix<Matrix4f>();
         if (i % 3 == 1) {
-            // Two equal rows: whether the sums cancel, and thus the status, is a matter of rounding.
+            // Two equal rows: rounding decides whether the sums cancel, and so the status.
             std::copy_n(matrix.m + 4, 4, matrix.m + 12);
             std::fill_n(matrix.m + 1, 3, 0.0F);
         } else if (i % 3 == 2) {
@@ -142,7 +142,7 @@ TEST(Matrix4f, InverseHasTheBitsAndTheStatusOfPlainSums) {
 }
 
 TEST(Matrix4f, InverseSumsItsGateFromTheSecondElementOn) {
-    // 1 * 1 + 1 * -1 is 0, and 1e-10 more opens the gate; in another order it would be lost beside 1.
+    // 1 * 1 + 1 * -1 + 1e-10 is not 0; in another order 1e-10 would be rounded away beside 1.
     const float values[16] = {1, 1, 1e-5F, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     EXPECT_EQ(Matrix4f(values).inverse(), ERROR_CODE::SUCCESS);
 }

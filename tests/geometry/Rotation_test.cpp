@@ -34,7 +34,7 @@ const Translation AXES[] = {{1, 0, 0}, {0, -2, 0}, {0, 0, 0.1F}, {1, -2, 2}, {4,
 constexpr float ANGLES[] = {0, 1e-4F, 0.5F, 1.5F, 2.9F, 3.13F, -2};
 const Vector4<float> QUATERNIONS[] = {{1, 2, 3, 4}, {-0.5F, 0.1F, 0.7F, -0.2F}, {2, -4, 1, 6}, {0, 0, 0, 1}};
 
-// Roots of what rounding leaves of zeros: half of the digits of a float.
+// The root of a rounding error where 0 is exact keeps only half of a float's digits.
 constexpr float ROOT_TOLERANCE = 1e-3F;
 
 TEST(Rotation, TurnsAboutAnAxisOfAnyLength) {
@@ -43,7 +43,7 @@ TEST(Rotation, TurnsAboutAnAxisOfAnyLength) {
             const Rotation rotation(angle, axis);
             const Eigen::AngleAxisd wanted(static_cast<double>(angle), wide(axis).normalized());
             expectNear(numbersOf(rotation), numbersOfEigen(wanted.toRotationMatrix()));
-            // The diagonal to the bit: t times the square of a component.
+            // The diagonal must match bit for bit: t times the square of a component.
             const Translation u = Translation::normalize(axis);
             const float c = std::cos(angle);
             for (int i = 0; i < 3; ++i) {
@@ -130,7 +130,7 @@ TEST(Orientation, TurnsOneDirectionIntoAnother) {
     expectNear(Orientation({0, 0, 2}, {0, 0, 5}), Orientation());
     const float rightAngle = std::acos(-1.0F) / 2;
     expectNear(numbersOf(Orientation({1, 0, 0}, {-1, 0, 0})), {0, 0, 0, std::cos(rightAngle)}, 0.0F);
-    // Rounding leaves some cosines of parallel directions above 1; nothing clamps them.
+    // Rounding puts some cosines of parallel directions above 1, and they are not clamped.
     int beyond = 0;
     for (int i = 0; i < 100; ++i) {
         const Translation a(1, static_cast<float>(i), 3);
@@ -171,10 +171,10 @@ TEST(Rotation, EulerAnglesTurnAboutXThenZThenY) {
 }
 
 TEST(Rotation, EulerAnglesNearThePolesHaveNoTurnAboutX) {
-    // Beyond |sin(rz)| / 2 = 0.499, at 86.38 degrees, rz is taken for 90.
+    // Beyond |sin(rz)| / 2 = 0.499, at 86.38 degrees, rz is set to 90.
     for (const float z : {86.5F, 87.5F, 89.0F, 90.0F}) {
         for (const float sign : {1.0F, -1.0F}) {
-            // A turn about X shows as one about Y, in the same or the opposite sense.
+            // A turn about X is reported as one about Y, in the same or the opposite sense.
             for (const auto& [turned, seen] : {std::pair(Vector3<float>(0, 30, sign * z), 30.0F),
                                                std::pair(Vector3<float>(30, 0, sign * z), sign * 30)}) {
                 Rotation rotation;
@@ -217,7 +217,7 @@ TEST(Transform, RepresentationsAgreeAndLeaveTheRest) {
 
 TEST(Transform, MovesPoints) {
     Transform t(Rotation(static_cast<float>(90 * DEGREE), {0, 0, 1}), Translation(10, 20, 30));
-    t.m[12] = t.m[15] = NAN;  // row 3 is not looked at
+    t.m[12] = t.m[15] = NAN;  // row 3 is ignored
     const Vector3<float> moved = t * Vector3<float>(1, 2, 3);
     expectNear(moved, {8, 21, 33});
     const Matrix4f columns = t * Vector4<float>(1, 2, 3, 1);

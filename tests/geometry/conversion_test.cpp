@@ -38,7 +38,7 @@ TEST(CoordinateSystem, MapsPointsOfTheCamera) {
     for (std::int32_t from = -1; from <= FRAMES; ++from) {
         for (std::int32_t to = -1; to <= FRAMES; ++to) {
             const auto pointIn = [&](std::int32_t system) {
-                return wanted[system < 0 || system >= FRAMES ? 0 : system];  // no convention counts as IMAGE
+                return wanted[system < 0 || system >= FRAMES ? 0 : system];  // unknown values count as IMAGE
             };
             const Vector3<float> p = pointIn(from);
             const Matrix4f seen =
@@ -54,7 +54,7 @@ TEST(CoordinateSystem, ChangesTheBasisAndKeepsTheLabel) {
             const Matrix4f k = getCoordinateTransformConversion4f(frame(from), frame(to));
             expectNear(k,
                        Transform(getCoordinateTransformConversion3f(frame(from), frame(to)), Translation()));
-            // Moving a point and then changing its frame is changing its frame and then moving it.
+            // Moving a point and changing its frame must give the same in either order.
             Transform converted(MOTION);
             converted.label = "motion";
             EXPECT_EQ(convertCoordinateSystem(converted, frame(from), frame(to)), ERROR_CODE::SUCCESS);
@@ -108,7 +108,7 @@ TEST(Conversion, RefusesWhatIsPastTheLastAndNothingElse) {
 
 TEST(Gravity, RotatesTheReferenceOntoTheMeasuredDirection) {
     const Vector3<float> directions[] = {{5, 0, 0}, {1, 2, -3}, {-4, 1, 2}, {0, 0.1F, 7}};
-    // The last is not of unit length; nothing normalises it.
+    // The last is not of unit length and must not be normalised.
     for (const Vector3<float>& reference : {Vector3<float>{0, 1, 0}, {0.6F, 0, -0.8F}, {2, 0, 1}}) {
         const Eigen::Vector3d r = Eigen::Vector3f(reference.x, reference.y, reference.z).cast<double>();
         for (const Vector3<float>& gravity : directions) {
@@ -131,7 +131,7 @@ TEST(Gravity, RotatesTheReferenceOntoTheMeasuredDirection) {
     }
 }
 
-/// What is left of a rotation in the IMAGE frame.
+/// The rotation, in the IMAGE frame, after `removeYaw`.
 Rotation withoutYaw(const Rotation& rotation) {
     Transform transform(rotation, Translation());
     EXPECT_EQ(removeYaw(transform, Frame::IMAGE), ERROR_CODE::SUCCESS);
@@ -139,7 +139,7 @@ Rotation withoutYaw(const Rotation& rotation) {
 }
 
 TEST(RemoveYaw, FacesForwardByTheAxisThatTellsTheHeading) {
-    // Forward tells it up to a vertical component of 0.8, at a pitch of 53.13 degrees; beyond, the axis down.
+    // Forward does so up to a vertical component of 0.8 (53.13 degrees of pitch); beyond that, the down axis.
     for (const float pitch : {-89.9F, -70.0F, -53.5F, -52.8F, 0.0F, 30.0F, 52.8F, 53.5F, 89.9F}) {
         for (const float yaw : {-170.0F, -30.0F, 0.0F, 100.0F}) {
             for (const float roll : {0.0F, 20.0F, -60.0F}) {
@@ -181,7 +181,7 @@ TEST(RemoveYaw, TurnsAboutTheVerticalOfEveryConvention) {
                 EXPECT_EQ(removeYaw(level, frame(system)), ERROR_CODE::SUCCESS);
                 expectNear(level.getRotation(), wanted.getRotation());
                 level.setRotation(t.getRotation());
-                // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits are meant
+                // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): compares bits
                 EXPECT_EQ(std::memcmp(level.m, t.m, sizeof t.m), 0) << "the rest keeps its bits";
             }
         }

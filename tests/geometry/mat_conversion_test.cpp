@@ -18,7 +18,7 @@ constexpr auto TO = Frame::RIGHT_HANDED_Z_UP_AND_X_FORWARD;
 
 class MatConversionTest : public DeviceTest {};
 
-/// Ordinary and special values in turn; each fourth of four channels has a signalling NaN's bits.
+/// Alternates ordinary and special values; every fourth channel holds the bits of a signalling NaN.
 Numbers samples(const Mat& mat) {
     constexpr float MAX = std::numeric_limits<float>::max();
     constexpr float VALUES[] = {1, -2.5F, 0, 700, -0.0F, 0.1F, INFINITY, -8, -INFINITY, 9, NAN, 1e-42F, MAX};
@@ -31,8 +31,8 @@ Numbers samples(const Mat& mat) {
     return samples;
 }
 
-/// What the conversions of the test below make of packed pixels: the plain formula, so that a NaN or an
-/// infinity in one coordinate reaches the others. The device leaves colours alone, the host scales them.
+/// Converts packed pixels, as the test below does, by the plain formula, so that a NaN or an infinity in one
+/// coordinate spreads to the others. The device leaves colours alone, the host scales them.
 Numbers converted(Numbers values, std::size_t channels, MEM mem) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (mem == MEM::CPU || channels != 4 || i % 4 != 3) values[i] *= 100.0F;
@@ -42,7 +42,7 @@ Numbers converted(Numbers values, std::size_t channels, MEM mem) {
         const Vector3<float> p(values[i], values[i + 1], values[i + 2]);
         for (std::size_t row = 0; row < 3; ++row) {
             const float sum = K[row][0] * p.x + K[row][1] * p.y + K[row][2] * p.z;
-            // The larger matrix has a column of zeros, which makes 0 of -0.
+            // The 4x4 matrix adds a zero, which turns -0 into 0.
             values[i + row] = channels == 4 ? sum + 0.0F : sum;
         }
     }
@@ -76,19 +76,19 @@ TEST_F(MatConversionTest, AppliesTheFormulasAsTheyStand) {
     }
 }
 
-/// The checks in their order, for an enumeration with values below `count`; the Mat stays as it is.
+/// Tests the order of the checks for an enumeration with values below `count`; the Mat must not change.
 template <class Enum>
 void expectChecks(ERROR_CODE (*convert)(Mat&, Enum, Enum, MEM), MAT_TYPE type, bool accepted,
                   std::int32_t count, ERROR_CODE pastTheLast) {
     const ERROR_CODE unlessRefused = accepted ? OK : ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
     const std::tuple<std::int32_t, std::int32_t, std::int32_t, ERROR_CODE> cases[] = {
-        {99, 99, 1, OK},  // equal values come first, whatever they are
-        // then the check against the last value, which is signed; before the type
+        {99, 99, 1, OK},  // equal values are accepted first, even unknown ones
+        // then a signed comparison with the last value, before the type is checked
         {count, 0, 1, pastTheLast},
         {0, count, 1, pastTheLast},
         {-1, count, 1, pastTheLast},
-        {-1, 0, 1, unlessRefused},  // negative values count as the first
-        // then the type; a side that is none is no failure, and no work
+        {-1, 0, 1, unlessRefused},  // negative values count as value 0
+        // then the type; for an invalid side nothing is done, and nothing fails
         {0, 1, 0, unlessRefused},
         {0, 1, 4, unlessRefused},
         {0, 1, accepted ? 0 : 1, unlessRefused}};

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The kernels over memory that users wrap: any row step, any offset that suits the element, sizes around
-// words and tiles. All of the buffer is compared, so a write beside the pixels shows.
+// Runs the kernels on wrapped user memory: any row step, any aligned offset, sizes around words and tiles.
+// The whole buffer is compared, so that stray writes are detected.
 #include "vela_gpu/kernels.hpp"
 
 #include "support/device.hpp"
@@ -42,7 +42,7 @@ std::vector<Layout> layouts() {
     return all;
 }
 
-/// Device memory that starts as a copy of the given bytes.
+/// Device memory initialised with the given bytes.
 Mat onDevice(const Bytes& bytes) {
     Mat mat(bytes.size(), 1, U1, MEM::GPU);
     store(mat, MEM::GPU, bytes.data());
@@ -54,7 +54,7 @@ T* pixelsOf(const Mat& mat, std::size_t index = 0) {
     return reinterpret_cast<T*>(mat.ptrGPU) + index;
 }
 
-/// Whole numbers in each float, so that sums of products are exact in any order.
+/// Every float is a whole number, so that sums of products are exact in any order.
 Bytes wholeFloats(std::size_t size) {
     Bytes bytes(size);
     for (std::size_t i = 0; i + 4 <= size; i += 4) {
@@ -64,7 +64,7 @@ Bytes wholeFloats(std::size_t size) {
     return bytes;
 }
 
-/// Launches a kernel over pixels of every layout; `change` is what becomes of one pixel.
+/// Launches a kernel over pixels of every layout; `change` gives the expected result for one pixel.
 template <class T, class Launch, class Change>
 void expectChange(const Launch& launch, const Change& change) {
     for (const Layout& layout : layouts()) {

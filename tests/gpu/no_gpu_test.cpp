@@ -22,7 +22,7 @@ protected:
         cudaGetLastError();
     }
 
-    /// The line that a call prints which fails for want of a GPU.
+    /// The line that a call prints when it fails for lack of a GPU.
     std::string line(const std::string& signature) const {
         return "in " + signature + " : Err [" + std::to_string(status_) +
                "]: " + cudaGetErrorString(status_) + ".\n";

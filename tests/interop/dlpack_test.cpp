@@ -90,7 +90,7 @@ TEST(MoveToDlpack, RefusesWhatOthersCannotHold) {
 #endif
 }
 
-/// A tensor of three rows of two pixels of three floats, which lie in a larger array.
+/// A tensor inside a larger array: three rows of two pixels of three floats.
 class ForeignTensor : public testing::Test {
 protected:
     DlpackTensor make() {

@@ -16,7 +16,7 @@
 namespace vela::interop {
 namespace {
 
-/// What toPcl and fromPcl use of a pcl::PointCloud.
+/// The members of a pcl::PointCloud that toPcl and fromPcl use.
 template <class Point>
 struct PlainCloud : std::vector<Point> {
     std::uint32_t width = 0;
@@ -26,7 +26,7 @@ struct PlainCloud : std::vector<Point> {
 struct Xyz {
     float x = 0, y = 0, z = 0;
 };
-/// In the order that PCL keeps on little-endian machines.
+/// In PCL's order on little-endian machines.
 struct XyzRgb : Xyz {
     std::uint8_t b = 0, g = 0, r = 0;
 };
@@ -43,7 +43,7 @@ using Clouds =
 #else
 using Clouds = testing::Types<PlainCloud<Xyz>, PlainCloud<XyzRgb>, PlainCloud<XyzRgba>>;
 #endif
-TYPED_TEST_SUITE(PclTest, Clouds, );  // clang wants the third argument, if an empty one
+TYPED_TEST_SUITE(PclTest, Clouds, );  // clang requires the third argument, even an empty one
 
 constexpr unsigned char RGBA[] = {10, 20, 30, 40};
 

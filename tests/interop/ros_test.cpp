@@ -58,7 +58,7 @@ using Messages = testing::Types<Plain>;
 
 template <class M>
 class RosTest : public testing::Test {};
-TYPED_TEST_SUITE(RosTest, Messages, );  // clang wants the third argument, if an empty one
+TYPED_TEST_SUITE(RosTest, Messages, );  // clang requires the third argument, even an empty one
 
 TYPED_TEST(RosTest, PacksAPartOfAnImageAndBack) {
     test::PaddedMat<Vector3<unsigned char>> whole(5, 4);
@@ -139,7 +139,7 @@ TEST(RosImage, TurnsRedFirstAndBigEndianPixels) {
     EXPECT_EQ(hostView<unsigned short>(mat)(1, 0), 0x0304);
 }
 
-/// The message with each of the changes must not be taken, and the Mat stay as it was.
+/// After each of the changes the message must be refused and the Mat left unchanged.
 template <class Message>
 void expectRefused(const Message& good, bool take(const Message&, Mat&),
                    const std::vector<std::pair<const char*, void (*)(Message&)>>& changes) {
@@ -167,7 +167,7 @@ TEST(RosImage, RefusesInconsistentMessages) {
          {"a Bayer pattern", [](auto& m) { m.encoding = "bayer_rggb8"; }}});
 }
 
-/// One row of two points: four bytes of something else, z, y, x, colour.
+/// One row of two points, each with four unrelated bytes, z, y, x, colour.
 PlainCloud2 foreignCloud() {
     PlainCloud2 message;
     message.width = 2;

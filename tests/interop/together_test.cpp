@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// All headers in one file, twice: that it compiles shows that they do not clash.
+// Includes all headers twice in one file; that it compiles shows that they do not clash.
 #include "vela_interop/dlpack.hpp"
 #include "vela_interop/eigen.hpp"
 #include "vela_interop/opencv.hpp"

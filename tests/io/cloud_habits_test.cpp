@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Cloud files as other programs, and our own exporters, write them; and files that lie.
+// Reads cloud files as other programs and our own exporters write them, and files that contradict themselves.
 #include "support/ScratchFolder.hpp"
 #include "support/cloud_kinds.hpp"
 #include "vela_core/utils/point_cloud_export.hpp"
@@ -25,7 +25,7 @@ std::string raw(std::initializer_list<T> values) {
     return {reinterpret_cast<const char*>(values.begin()), values.size() * sizeof(T)};
 }
 
-/// "x y z" of each point, with "r/g/b/a" and "(normal)" where there are such.
+/// "x y z" of each point, with "r/g/b/a" and "(normal)" where present.
 std::string textOf(const Mat& cloud, const Mat& normals) {
     std::ostringstream text;
     for (std::size_t i = 0; i < cloud.width * cloud.height; ++i) {
@@ -44,7 +44,7 @@ std::string textOf(const Mat& cloud, const Mat& normals) {
 struct Habit {
     const char* name;
     std::string content;
-    std::string points;  ///< as `textOf`, or what is wrong with the file
+    std::string points;  ///< as from `textOf`, or the expected error
     std::string note = {};
 };
 
@@ -294,7 +294,7 @@ TEST(CloudHabitsTest, EveryPrefixOfAFileIsAnErrorOrTheSameCloud) {
     cloud.setTo(Vector4<float>(1.5F, 2, 3, 4));
     for (const test::CloudKind& kind : test::CLOUD_KINDS) {
         const std::string name = kind.name;
-        if (kind.format == CLOUD_FILE::XYZ) continue;  // any number of lines is a cloud
+        if (kind.format == CLOUD_FILE::XYZ) continue;  // a prefix may be a smaller XYZ cloud
         const ScratchFolder folder;
         CloudOptions options;
         options.encoding = kind.encoding;
@@ -309,7 +309,7 @@ TEST(CloudHabitsTest, EveryPrefixOfAFileIsAnErrorOrTheSameCloud) {
             ++read;
             EXPECT_EQ(back.width * back.height, 21U) << name << " " << size;
         }
-        // What VTK files have behind the points may be missing, and the last digits or line end of text.
+        // A VTK file may lack what follows the points; a text file its last digits or line end.
         EXPECT_LE(read, kind.format == CLOUD_FILE::VTK ? whole.size() : 4) << name;
     }
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is written is read back, bit for bit.
+// Clouds that are written must be read back bit for bit.
 #include "support/ScratchFolder.hpp"
 #include "support/cloud_kinds.hpp"
 #include "support/device.hpp"
@@ -37,7 +37,7 @@ bool isValid(const Pixel& p) {
     return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 
-/// A random cloud with all that floats can be, rows apart, and a second Mat of normals.
+/// A random cloud of all kinds of floats, with padded rows, and a second Mat of normals.
 class Cloud {
 public:
     Cloud(std::size_t width, std::size_t height, MAT_TYPE type, unsigned seed)
@@ -59,7 +59,7 @@ public:
                       width * 16, MEM::CPU);
     }
 
-    /// The points that a file without the grid has, or all.
+    /// The valid points, which a file without the grid holds, or all.
     std::vector<std::size_t> indices(bool all) const {
         std::vector<std::size_t> list;
         for (std::size_t i = 0; i < pixels_.size(); ++i) {
@@ -101,7 +101,7 @@ const Pixel* pixelsOf(const Mat& mat, std::size_t i) {
     return reinterpret_cast<const Pixel*>(mat.ptrCPU + i * getPixelBytes(mat.dataType));
 }
 
-/// Every choice of type, colour, alpha, normals and grid.
+/// Every combination of type, colour, alpha, normals and grid.
 void expectAllKept(const CloudKind& kind, unsigned choices) {
     SCOPED_TRACE(kind.name + (" " + std::to_string(choices)));
     const bool four = (choices & 1) != 0;

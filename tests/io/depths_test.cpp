@@ -44,7 +44,7 @@ void expectSame(const std::vector<float>& seen, const std::vector<float>& wanted
 
 class DepthsTest : public testing::Test {
 protected:
-    /// Writes a file and reads it; what was said of it is in `written_`, `read_` and `info_`.
+    /// Writes a file and reads it; leaves the reports in `written_`, `read_` and `info_`.
     std::vector<float> exchanged(const Mat& depth, const std::string& name, const DepthOptions& options = {},
                                  const DepthReadOptions& reading = {}) {
         written_ = writeDepth(depth, folder_ / name, options);
@@ -160,7 +160,7 @@ TEST_F(DepthsTest, UnitsAreConvertedOnTheWay) {
         options.unit = UNIT::METER;
         options.targetUnit = UNIT::CENTIMETER;
         DepthReadOptions reading;
-        reading.unit = UNIT::CENTIMETER;  // PFM and NumPy files do not say
+        reading.unit = UNIT::CENTIMETER;  // PFM and NumPy files do not state it
         expectSame(exchanged(row.mat, name, options, reading), {150, 25, NAN_F});
         EXPECT_EQ(info_.unit, UNIT::CENTIMETER);
         reading.targetUnit = UNIT::MILLIMETER;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Beside the Mat, files take at most 4 MB of memory, whatever their size; compressed PCD files apart.
+// Besides the Mat, files of any size take at most 4 MB of memory, except for compressed PCD files.
 #include "support/ScratchFolder.hpp"
 #include "support/cloud_kinds.hpp"
 #include "vela_io/io.hpp"
@@ -32,14 +32,14 @@ std::size_t sizeOfProcess(const std::string& key) {
     return 0;
 }
 
-/// The most bytes that `work` takes at a time, in a process of its own.
+/// The peak memory of `work` in bytes, measured in a separate process.
 std::size_t peakOf(const std::function<bool()>& work) {
     void* const shared =
         mmap(nullptr, sizeof(std::size_t), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     auto* const peak = new (shared) std::size_t(0);
     const pid_t child = fork();
     if (child == 0) {
-        mallopt(M_MMAP_THRESHOLD, 1 << 16);  // what is large comes from the kernel and goes back to it
+        mallopt(M_MMAP_THRESHOLD, 1 << 16);  // large blocks are returned to the kernel when freed
         malloc_trim(0);
         const std::size_t before = sizeOfProcess("VmSize");
         const bool asExpected = work();
@@ -115,7 +115,7 @@ TEST_F(MemoryTest, FilesThatClaimMoreThanTheyHoldTakeNone) {
         {"a.npy",
          "\x93NUMPY\x01\x00\x46\x00{'descr': '<f4', 'fortran_order': False, 'shape': (2000000000, 1), } "s +
              "\n1234"},
-        // Chunks of a gigabyte: the pixels of a picture that wide, and text.
+        // Chunks of a gigabyte: one row of a very wide picture, and a text.
         {"a.png", "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR\x40\0\0\0\0\0\0\x01\x10\0\0\0\0\x38\xa1\xbd\x83"s},
         {"b.png",
          "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR\0\0\0\x03\0\0\0\x02\x10\0\0\0\0\xe8\x8f\xe5\x85\x40\0\0\0tEXtunit\0m"s},

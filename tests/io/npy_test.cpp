@@ -22,7 +22,7 @@ std::string npy(const std::string& dictionary, const std::string& elements) {
     return "\x93NUMPY\x01"s + '\0' + size + '\0' + "{" + dictionary + "}\n" + elements;
 }
 
-/// The same of an array in C order.
+/// The same for an array in C order.
 std::string npy(const std::string& descr, const std::string& shape, const std::string& elements) {
     return npy("'descr': " + descr + ", 'fortran_order': False, 'shape': (" + shape + "), ", elements);
 }
@@ -44,7 +44,7 @@ TEST(NpyTest, KeepsEveryByteOfEveryTypeWhateverTheStep) {
     for (const Kind& kind : KINDS) {
         SCOPED_TRACE(std::string(kind.descr) + kind.channels);
         const ScratchFolder folder;
-        constexpr std::size_t WIDTH = 301;  // rows of odd sizes, larger in all than a block of the file
+        constexpr std::size_t WIDTH = 301;  // rows of odd sizes, together larger than a file block
         constexpr std::size_t HEIGHT = 97;
         const std::size_t rowBytes = WIDTH * getPixelBytes(kind.type);
         const std::size_t step = rowBytes + 48;

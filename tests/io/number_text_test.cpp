@@ -70,7 +70,7 @@ TEST(NumberTextTest, WritesTheShortestTextOfAFloat) {
     }
 }
 
-/// The float and the length that `strtof` takes.
+/// The float that `strtof` reads and the length that it consumes.
 void expectNearest(const std::string& text) {
     float value = 0;
     const char* const stop = readFloat(text.data(), text.data() + text.size(), value);
@@ -107,7 +107,7 @@ TEST(NumberTextTest, ReadsTheNearestFloat) {
         expectNearest(printed("%.*f", 6, std::uniform_real_distribution<>(-20000, 20000)(random)));
         const float any = floatOf(static_cast<std::uint32_t>(random()));
         if (std::isfinite(any)) expectNearest(printed("%.*g", 9, static_cast<double>(any)));
-        // texts around the middle of two floats, cut to any number of digits
+        // texts near the midpoint between two floats, cut to any number of digits
         const float low = std::uniform_real_distribution<float>(0.5F, 4096)(random);
         const double middle = (static_cast<double>(low) + static_cast<double>(std::nextafter(low, 1e9F))) / 2;
         expectNearest(printed("%.*f", static_cast<int>(random() % 18), middle));

@@ -28,7 +28,7 @@ constexpr float NAN_F = std::numeric_limits<float>::quiet_NaN();
 
 class PreviewTest : public testing::Test {
 protected:
-    /// The picture of a Mat; what `preview` said of it is in `result_`.
+    /// The picture of a Mat; leaves the report of `preview` in `result_`.
     cv::Mat drawn(const Mat& mat, const PreviewOptions& options) {
         result_ = preview(mat, folder_ / "a.png", options);
         EXPECT_TRUE(result_.ok()) << result_.text;
@@ -76,7 +76,7 @@ TEST_F(PreviewTest, ShowsEachPixelInTheColourOfItsDepth) {
     EXPECT_EQ(result_.written, 118400U);
     EXPECT_EQ(result_.bytes, std::filesystem::file_size(folder_ / "a.png"));
 
-    // 12 pixels of margin; warm and light is near, cold and dark is far, and brightness falls all the way.
+    // 12 pixels of margin; near is warm and light, far is cold and dark, brightness falls throughout.
     const auto brightness = [&](int x, int y) {
         const cv::Vec3b bgr = picture.at<cv::Vec3b>(y + 12, x + 12);
         return bgr[0] + bgr[1] + bgr[2];
@@ -91,7 +91,7 @@ TEST_F(PreviewTest, ShowsEachPixelInTheColourOfItsDepth) {
             hatched.insert(brightness(20 * i + x, 10));
         EXPECT_EQ(hatched.size(), 2U) << "two greys at " << i;
     }
-    // The bar: as the depths, the near end at the bottom.
+    // The bar has the colours of the depths, with the near end at the bottom.
     const int bar = picture.cols - 12 - 130;
     EXPECT_GT(brightness(bar, 290), brightness(bar, 150));
     EXPECT_GT(brightness(bar, 150), brightness(bar, 30));
@@ -197,7 +197,7 @@ TEST(Pictures, AreRefusedWithAReasonAndLeaveNoFile) {
     EXPECT_EQ(folder.listing(), "");
 }
 
-/// What stands between two texts of a page.
+/// The part of a page between two texts.
 std::string between(const std::string& page, const std::string& before, const std::string& after) {
     const std::size_t start = page.find(before) + before.size();
     return page.substr(start, page.find(after, start) - start);
@@ -262,7 +262,7 @@ TEST(WriteHtml, HoldsEachPointToASixteenthBit) {
 
 TEST(WriteHtml, ChoosesAmongTooManyPointsAndStaysWithinTenMegabytes) {
     const ScratchFolder folder;
-    Mat noise(1000, 900, MAT_TYPE::MAT_32F_C4);  // nothing compresses worse
+    Mat noise(1000, 900, MAT_TYPE::MAT_32F_C4);  // compresses worst
     std::mt19937 random(5);                      // NOLINT(cert-msc51-cpp): the same every time
     for (std::size_t i = 0; i < 4 * 900000; ++i) {
         const auto color = static_cast<std::uint32_t>(random());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whatever befalls a file while it is written, the old one or the whole new one is there.
+// Whatever fails while a file is written, the path must hold the old file or the whole new one.
 #include "support/ScratchFolder.hpp"
 #include "support/file_calls.hpp"
 #include "vela_io/io.hpp"
@@ -215,7 +215,7 @@ TEST_F(SafeFilesTest, AReplacedFileKeepsItsOwner) {
 }
 
 TEST_F(SafeFilesTest, CancellingKeepsTheOldFileAndTheMat) {
-    fill(960, 640);  // files of more than the megabyte between two calls of the progress function
+    fill(960, 640);  // files larger than the megabyte between two progress calls
     for (const Operation& operation : operations_) {
         SCOPED_TRACE(operation.name);
         const ScratchFolder folder;
@@ -276,7 +276,7 @@ TEST_F(SafeFilesTest, InterruptedCallsAreMadeAgainAndARefusedOneKeepsTheOldFile)
                 EXPECT_EQ(result.systemError, refused ? ENOSPC : 0) << result.text;
                 const std::string text = toStdString(result.text);
                 EXPECT_EQ(text.find("no space left on device") != std::string::npos, refused) << text;
-                // The second sync is of the folder, after the new file took the place of the old one.
+                // The second sync is for the folder, after the rename.
                 EXPECT_TRUE(contentOf(path) == (refused && !(sync_ && nth == 2) ? "old" : whole));
                 EXPECT_EQ(folder.listing(), operation.name);
             }

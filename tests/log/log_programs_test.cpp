@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Programs that log, fork and end. Each runs from its start to its exit, in a process of its own.
+// Programs that log, fork and end. Each runs from start to exit in a separate process.
 #include "support/capture.hpp"
 #include "support/device.hpp"
 #include "vela_core/log/LogHook.hpp"
@@ -47,7 +47,7 @@ void useDevice() {
     EXPECT_EQ(cudaFree(memory), cudaSuccess);
 }
 
-/// Gives the back end time to release what a thread has left.
+/// Gives the backend time to release the data of a thread that has ended.
 struct LongGoodbye {
     ~LongGoodbye() { std::this_thread::sleep_for(milliseconds(300)); }
 };
@@ -82,7 +82,7 @@ pid_t forked(Program program) {
     std::exit(0);
 }
 
-/// Every message of every thread and process comes once.
+/// Expects every message of every thread and process exactly once.
 [[maybe_unused]] void forksWhileThreadsLog() {
     constexpr std::size_t FORKS = 50;
     constexpr int LOGGERS = 3;
@@ -139,7 +139,7 @@ const struct {
 } PROGRAMS[] = {
     {"the first message starts a thread",
      [] {
-         useDevice();  // a driver starts threads of its own
+         useDevice();  // a driver starts its own threads
          const std::ptrdiff_t before = threads();
          { const Mat mat = filled(4, 4, U1, MEM_BOTH); }
          setLogHook([](const char* text) { std::fprintf(stderr, "hook: %s\n", text); });
@@ -158,7 +158,7 @@ const struct {
      },
      "in read : 0\n(.|\n)*in read : 999\n"},
     {"the first message comes at exit", [] { std::atexit(misuse); }, ONE},
-    // Files and pipes that a program opens must not become what the library takes for standard error.
+    // The library must not mistake a file or pipe that the program opens for standard error.
     {"standard error is closed",
      [] {
          close(STDOUT_FILENO);
@@ -185,7 +185,7 @@ const struct {
          logError(LogStatement::READ_EXCEPTION, "parent");
      },
      "^[^\n]*setSubVector3f Invalid Parameters\\.\n[^\n]*in read : child\n[^\n]*in read : parent\n$"},
-// Sanitizers take the threads that a child does not have for leaks, or start no thread in it.
+// Sanitizers report threads that a forked child lacks as leaks, or cannot start threads in it.
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
     {"it forks while threads log", forksWhileThreadsLog, ""},
 #endif
@@ -206,7 +206,7 @@ const struct {
     {"a Mat outlives the registry",
      [] {
          static const Mat outliving(4, 4, U1, MEM::GPU);
-         misuse();  // the registry is younger and dies first
+         misuse();  // the registry is newer, so it is destroyed first
          failNextFree();
      },
      ONE},

@@ -26,7 +26,7 @@ void misuse() {
 TEST(Log, StatementsHaveFixedSourcesAndTexts) {
     LogCapture log;
     for (std::size_t i = 0; i <= static_cast<std::size_t>(LogStatement::SET_SUB_VECTOR4F); ++i) {
-        logError(static_cast<LogStatement>(i), "DETAIL");  // left out where the text has no place for it
+        logError(static_cast<LogStatement>(i), "DETAIL");  // omitted where the text has no placeholder
     }
     EXPECT_EQ(log.take(), contentOf(VELA_TEST_FOLDER "/log/statements.txt"));
 }

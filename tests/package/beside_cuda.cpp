@@ -19,7 +19,7 @@ int main() {
     std::printf("the real runtime is version %d\n", version);
     if (status != ::cudaSuccess || version < 12000) return 1;
 
-    // The real runtime would need a driver.
+    // The real runtime would fail without a driver.
     vela::Mat mat(4, 2, vela::MAT_TYPE::MAT_32F_C1, vela::MEM_BOTH);
     if (vela::software_device::liveAllocations() != 1) return 2;
     mat.setTo(5.0F, vela::MEM::GPU);

@@ -58,19 +58,19 @@ elseif(HOW STREQUAL "deb")
         run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${libraries} ${prefix}/bin/velatool --version)
     endif()
 else()
-    # The whole library is built once more, so as fast as compilers can.
+    # This builds the whole library once more, so use the fastest compilation.
     set(found -DSOURCE_TREE=${SOURCE_TREE} -DVELA_GPU=${FLAVOUR} -DCMAKE_CXX_FLAGS_RELEASE=-O0
         -DCMAKE_CUDA_ARCHITECTURES=90)
 endif()
 
 if(prefix)
     set(found -DCMAKE_PREFIX_PATH=${prefix})
-    # The private headers stay behind.
+    # Private headers must not be installed.
     file(GLOB_RECURSE private ${prefix}/include/*/detail/*)
     if(private)
         message(FATAL_ERROR "installed, though private: ${private}")
     endif()
-    # What needs nothing but a compiler and pkg-config.
+    # A program that needs only a compiler and pkg-config.
     file(GLOB_RECURSE description ${prefix}/*/vela.pc)
     cmake_path(GET description PARENT_PATH pkgconfig)
     cmake_path(GET pkgconfig PARENT_PATH libraries)

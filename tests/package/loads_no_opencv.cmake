@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# cmake -DPROGRAM=... -DWANTED=TRUE|FALSE: whether the program is to load OpenCV.
+# cmake -DPROGRAM=... -DWANTED=TRUE|FALSE: WANTED says whether the program must load OpenCV.
 cmake_minimum_required(VERSION 3.25)
 execute_process(COMMAND ldd ${PROGRAM} OUTPUT_VARIABLE libraries COMMAND_ERROR_IS_FATAL ANY)
 string(FIND "${libraries}" libopencv_core found)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Uses what needs no OpenCV, and, built with FILES, a function that does. Makes no copy, so that it needs no
-// driver.
+// Uses functions that need no OpenCV and, when built with FILES, one that does. Copies nothing, so it needs
+// no driver.
 #include <vela_core/vela.hpp>
 
 #include <cstdio>

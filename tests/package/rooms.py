@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Fails where an #include runs up: rooms.py SOURCE_TREE HEADER...
+"""Fails where a room includes one above it: rooms.py SOURCE_TREE HEADER...
 
 The HEADERs are the public ones: they and nothing else lie outside the detail folders. The names of private headers are
 in a namespace detail, or in those of the software device.

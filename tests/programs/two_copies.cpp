@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Loads two plugins, each with a copy of the library of its own: both log, and what one has made the other
-// may destroy. Arguments: the plugins. Exit status 0 when all is well.
+// Loads two plugins, each with its own copy of the library: both log, and each may destroy objects that the
+// other has made. Arguments: the plugins. Exits with 0 when all is well.
 #include <dlfcn.h>
 #include <unistd.h>
 

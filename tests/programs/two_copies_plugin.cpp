@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A plugin with a copy of the library of its own, as programs get them that load modules with hidden symbols.
+// A plugin with its own copy of the library, as in programs that load modules with hidden symbols.
 #include "vela_core/log/KLogger.hpp"
 #include "vela_core/log/detail/statements.hpp"
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# Runs ./run, ./test and the scripts that they call in a copy of the tree, with an apt of the test's own.
+# Runs ./run, ./test and the scripts that they call in a copy of the tree, with a fake apt.
 # Usage: scripts_test.sh REPOSITORY
-# shellcheck disable=SC2016  # what is quoted singly is for the programs made here
+# shellcheck disable=SC2016  # the fake programs made here expand the single-quoted text
 set -uo pipefail
 
 readonly repository=$1
@@ -11,7 +11,7 @@ trap 'rm -rf "$work"' EXIT
 readonly work home=$work/home
 failures=0
 
-# Runs a command; its exit status and what it wrote must be as wanted. The text is a pattern of [[ == ]].
+# Runs a command and checks its exit status and its output, against a pattern of [[ == ]].
 expect() {
     local status=$1 wanted=$2 text actual
     shift 2
@@ -23,7 +23,7 @@ expect() {
     failures=$((failures + 1))
 }
 
-# Puts a program of the test's own before the machine's.
+# Puts a fake program before the machine's.
 fake() {
     printf '#!/bin/bash\n%s\n' "$2" >"$work/bin/$1"
     chmod +x "$work/bin/$1"
@@ -33,7 +33,7 @@ mkdir -p "$work/bin" "$home"
 cp -r "$repository"/{run,test,scripts} "$home"
 PATH=$work/bin:$PATH
 
-# What apt-cache says of a package, with enough behind it to fill a pipe.
+# The output of apt-cache for a package, long enough to fill a pipe.
 fake apt-cache 'echo "  Candidate: ${CANDIDATE-4.6.0}"; head -c 1000000 /dev/zero | tr "\0" "x"'
 fake dpkg-query '[[ $* == *quill-dev* && -n ${LACKS_QUILL-} ]] || printf installed'
 fake apt-get 'echo "apt-get $*" >>'"$work"'/apt; [[ $1 != indextargets ]] || echo "http://mirror bookworm Debian Debian"'

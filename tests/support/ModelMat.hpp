@@ -12,9 +12,9 @@
 
 namespace vela::test {
 
-/// The runtime as the model sees it: which call fails, which calls were made, and what is seen of it.
+/// The runtime as the model sees it: which call fails, which calls were made, and what they print.
 struct World {
-    std::string function;  ///< its `nth` coming call fails with 999
+    std::string function;  ///< its `nth` call from now on fails with 999
     int nth = 0;
     std::map<std::string, int> calls;
     std::string printed;
@@ -34,19 +34,19 @@ struct World {
     }
 };
 
-/// Packed rows, if they are known. A buffer that was freed is dead, whoever still refers to it.
+/// Packed rows, if known. A freed buffer is no longer `live`, even if references to it remain.
 struct ModelBuffer {
     std::optional<Bytes> rows;
     bool live = true;
 };
 
-/// What a Mat promises, in the plainest words: fields, contents, texts. Sizes are small; nothing is fast.
+/// The contract of a Mat as plain code: fields, contents, texts. Made for small sizes, not for speed.
 struct ModelMat {
     std::size_t width = 0, height = 0, channels = 0, stepGPU = 0, stepCPU = 0, pixelBytes = 0;
     MAT_TYPE type{};
     MEM mem = MEM::CPU;
     bool init = false, owner = false, flag = false;
-    std::shared_ptr<ModelBuffer> host, device;  // one and the same for managed memory
+    std::shared_ptr<ModelBuffer> host, device;  // the same buffer for managed memory
     String name = "n/a";
     unsigned long long timestamp = 0;
     World* world;
@@ -172,7 +172,7 @@ struct ModelMat {
         b.move(a);
         t.move(b);
     }
-    /// The transfer: the status that the runtime gives.
+    /// Transfers the pixels; returns the runtime's status.
     int copyRows(ModelMat& d, COPY_TYPE how, cudaStream_t stream) const {
         const int h = toValue(how);
         const bool known = h >= 0 && h <= 3, fromHost = h < 2, toHost = !known || h == 0 || h == 3;

@@ -14,7 +14,7 @@ namespace vela::test {
 
 namespace fs = std::filesystem;
 
-/// A folder of the test's own that goes away with it.
+/// A folder for one test, removed when this is destroyed.
 class ScratchFolder {
 public:
     ScratchFolder() {

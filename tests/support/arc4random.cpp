@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The C++ library's random device, linked statically, calls the C library's arc4random where the program was
-// built; C libraries before glibc 2.36 have none. This one lets the program start there too.
+// The random device of a statically linked C++ library calls arc4random if the C library at build time has
+// it; glibc before 2.36 does not. This definition lets the program start there too.
 #include <unistd.h>
 
 #include <cstdint>

@@ -52,7 +52,7 @@ inline Mat blobs(COORDINATE_SYSTEM axes) {
     return cloud;
 }
 
-/// Where the pixels of a colour are on average, and how many there are.
+/// The mean position of the pixels of a colour, and their number.
 struct Spot {
     int x = 0, y = 0, count = 0;
 };
@@ -73,7 +73,7 @@ inline Spots spotsIn(const cv::Mat& picture) {
     return spots;
 }
 
-/// The corners lie around the blob in front, and each blob where it lies in `other`.
+/// The corners must surround the blob in front, and each blob must be where it is in `other`.
 inline void expectFrontView(Spots spots, Spots other) {
     EXPECT_LT(spots["red"].x, spots["magenta"].x);
     EXPECT_LT(spots["red"].y, spots["magenta"].y);

@@ -21,7 +21,7 @@ std::string printedBy(Action action) {
     return ::testing::internal::GetCapturedStdout();
 }
 
-/// Hands each message on as "path:line LEVEL message", on the thread of the back end.
+/// Passes each message on as "path:line LEVEL message", on the backend thread.
 class FunctionSink : public quill::Sink {
 public:
     explicit FunctionSink(std::function<void(const std::string&)> take) : take_(std::move(take)) {}
@@ -39,7 +39,7 @@ private:
     std::function<void(const std::string&)> take_;
 };
 
-/// While it lives, the library's messages come here instead of to standard error.
+/// During its lifetime, captures the library's messages instead of printing them to standard error.
 class LogCapture {
 public:
     LogCapture() : original_(KLogger::get_instance().loggers.at(LOGGER_NAME::CORE)) {
@@ -51,7 +51,7 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    /// The messages since the last call, one a line.
+    /// The messages since the last call, one per line.
     std::string take() {
         logger()->flush_log();
         return std::exchange(text(), {});

@@ -39,7 +39,7 @@ struct Cloud {
     Mat mat;
 };
 
-/// The file that a cloud should become, by the plainest means: `printf` line by line.
+/// The expected file of a cloud, made plainly by `printf` line by line.
 inline std::string wholeFile(const std::vector<Point3>& points, POINT_CLOUD_FORMAT format, bool color) {
     const bool colored = color && (format == PCD || format == PLY);
     std::string body;

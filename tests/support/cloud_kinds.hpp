@@ -5,7 +5,7 @@
 
 namespace vela::test {
 
-/// A way to write a cloud, and whether such a file holds an alpha.
+/// A format and encoding of clouds, and whether such files store alpha.
 struct CloudKind {
     const char* name;
     io::CLOUD_FILE format;

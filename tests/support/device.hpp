@@ -47,7 +47,7 @@ protected:
     std::size_t allocationsExpected_ = 0;
 };
 
-/// A stream that goes away with it.
+/// A stream that is destroyed with this object.
 class Stream {
 public:
     Stream() { EXPECT_EQ(cudaStreamCreate(&stream_), cudaSuccess); }
@@ -61,8 +61,8 @@ private:
     cudaStream_t stream_ = nullptr;
 };
 
-#ifdef VELA_GPU_SOFTWARE  // where what a stream holds is done when somebody waits for it, and not before
-/// A stream with work of its own, which shows whether somebody has waited for it.
+#ifdef VELA_GPU_SOFTWARE  // which runs a stream's work only once something waits for it
+/// A stream with pending work, which shows whether anything has waited for it.
 class BusyStream : public Stream {
 public:
     BusyStream() {
@@ -100,7 +100,7 @@ inline std::size_t packedSize(const Mat& mat) {
     return mat.width * mat.pixelBytes * mat.height;
 }
 
-/// Everything of a Mat but its pixels.
+/// All fields of a Mat, without its pixels.
 inline std::string fieldsOf(const Mat& mat) {
     std::ostringstream text;
     text << mat.name << " " << mat.timestamp << " " << mat.width << "x" << mat.height << "x" << mat.channels
@@ -141,7 +141,7 @@ inline Mat filled(std::size_t width, std::size_t height, MAT_TYPE type, MEM mem,
     return mat;
 }
 
-/// A Mat that refers to pixels inside a larger one, on both sides: what is written beside them shows.
+/// A Mat that refers to pixels inside a larger one, on both sides, so that stray writes are detected.
 struct Window {
     Window(std::size_t width, std::size_t height, MAT_TYPE type, std::size_t x = 1, unsigned seed = 1)
         : whole(filled(width + 3, height + 2, type, MEM_BOTH, seed)),
@@ -149,7 +149,7 @@ struct Window {
           part(width, height, type, whole.ptrCPU + first, whole.stepBytesCPU,
                whole.ptrGPU + whole.stepBytesGPU + x * whole.pixelBytes, whole.stepBytesGPU) {}
 
-    /// Puts packed rows in the place of the window into packed rows of the whole.
+    /// Writes packed rows into packed rows of the whole, at the position of the window.
     void put(const Bytes& rows, Bytes& image) const {
         const std::size_t row = part.width * part.pixelBytes;
         for (std::size_t y = 0; y < part.height; ++y) {

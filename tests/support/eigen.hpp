@@ -7,7 +7,7 @@
 
 namespace vela::test {
 
-/// The numbers, row by row, of what results are compared with: matrices and vectors in double precision.
+/// The elements, row by row, of an expected matrix or vector in double precision.
 template <class Derived>
 Numbers numbersOfEigen(const Eigen::DenseBase<Derived>& wide) {
     const Eigen::Matrix<float, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor> rows =

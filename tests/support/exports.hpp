@@ -17,7 +17,7 @@ struct Export {
     std::string whole;
 };
 
-/// Of a cloud in each format, by its number, and of as many rows of four depths.
+/// Exports of a cloud, indexed by format, and one of as many rows of four depths.
 class Exports {
 public:
     explicit Exports(unsigned count)
@@ -46,7 +46,7 @@ public:
     std::vector<Export> list;
 
 private:
-    /// A fifth of them to be left out.
+    /// A fifth of them must be left out of the files.
     static std::vector<Point3> points(unsigned count) {
         std::vector<Point3> points;
         for (unsigned i = 0; i < count; ++i) {

@@ -16,7 +16,7 @@ using vela::test::FileCalls;
 
 thread_local FileCalls* plan = nullptr;
 
-/// The C library's function of the same name, or its failure.
+/// Calls the C library's function of that name, or fails as planned.
 template <class Function, class... Arguments>
 auto passOn(const char* name, Arguments... arguments) -> decltype(std::declval<Function*>()(arguments...)) {
     if (plan != nullptr && plan->fails(name)) return -1;

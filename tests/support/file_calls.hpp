@@ -6,26 +6,26 @@
 
 namespace vela::test {
 
-/// How the file-system calls of this thread go while it lives. The program must be linked with
-/// file_calls.cpp, whose functions stand before those of the C library.
+/// Controls the file-system calls of this thread during its lifetime. The program must be linked with
+/// file_calls.cpp, whose functions replace those of the C library.
 class FileCalls {
 public:
     enum class Fate {
         DONE,
-        INTERRUPTED,  ///< the nth call is, once
-        REFUSED,      ///< the nth call is, once
-        OVERTAKEN,    ///< the nth call goes through, after `rival` ran
+        INTERRUPTED,  ///< the nth call fails once, with EINTR
+        REFUSED,      ///< the nth call fails once, with ENOSPC
+        OVERTAKEN,    ///< `rival` runs, then the nth call succeeds
     };
 
-    /// The nth (1 = next) call of `function`, "write" say, meets its fate. Calls that move bytes move at most
-    /// `largest`.
+    /// Applies `fate` to the nth (1 = next) call of `function`, for example "write". Calls that move bytes
+    /// move at most `largest`.
     FileCalls(std::string function, int nth, Fate fate, std::size_t largest,
               std::function<void()> rival = nullptr);
     ~FileCalls();
     FileCalls(const FileCalls&) = delete;
     FileCalls& operator=(const FileCalls&) = delete;
 
-    /// What the calls ask before they go on: whether to fail, with `errno` set.
+    /// Asked by each call first: whether to fail; sets `errno`.
     bool fails(const char* function);
 
     bool met() const { return nth_ <= 0; }  ///< whether there was an nth call
@@ -33,7 +33,7 @@ public:
     bool kernelMoves = true;   ///< whether copy_file_range works
     int lowestWritten = 1000;  ///< the lowest descriptor that was written to
     int inherited = 0;         ///< writes to files that programs started from here would inherit
-    int badCloses = 0;         ///< closed what was not open
+    int badCloses = 0;         ///< calls that closed a descriptor that was not open
 
 private:
     std::string function_;

@@ -16,7 +16,7 @@ namespace vela::test {
 
 using Numbers = std::vector<float>;
 
-/// The floats that a matrix, vector or quaternion is, and how many they are.
+/// The floats of a matrix, vector or quaternion, and their number.
 template <class T>
 std::pair<float*, std::size_t> floatsOf(T& value) {
     if constexpr (std::is_base_of_v<Matrix3f, T> || std::is_base_of_v<Matrix4f, T>) {
@@ -26,7 +26,7 @@ std::pair<float*, std::size_t> floatsOf(T& value) {
     }
 }
 
-/// The numbers of a value; numbers and enumeration values are such themselves.
+/// The elements of a value; a number or enumerator is its own element.
 template <class T>
 Numbers numbersOf(T value) {
     if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>) {
@@ -37,7 +37,7 @@ Numbers numbersOf(T value) {
     }
 }
 
-/// Bits of numbers, those of all NaNs the same but of each `colorEach`th number, which is no number but a
+/// The bits of numbers. All NaNs get the same bits, except for every `colorEach`th element, which is a
 /// colour.
 inline std::vector<std::uint32_t> bitsOf(Numbers numbers, std::size_t colorEach = SIZE_MAX) {
     for (std::size_t i = 0; i < numbers.size(); ++i) {
@@ -48,8 +48,8 @@ inline std::vector<std::uint32_t> bitsOf(Numbers numbers, std::size_t colorEach 
     return bits;
 }
 
-/// Equal up to the rounding of some dozen float operations on numbers as large as the largest that is wanted.
-/// NaN is near NaN alone, and an infinity near itself alone.
+/// Expects equality up to the rounding of a few dozen float operations on numbers as large as the largest
+/// expected one. NaN equals only NaN, and an infinity only itself.
 inline void expectNear(const Numbers& seen, const Numbers& wanted, float tolerance = 2e-6F) {
     float largest = 0;
     for (const float x : wanted) {

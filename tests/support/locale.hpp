@@ -13,7 +13,7 @@
 
 namespace vela::test {
 
-/// While it lives, this process formats numbers with a decimal comma. The locale is compiled from its own
+/// While this lives, the process formats numbers with a decimal comma. The locale is compiled from its own
 /// source, so it need not be installed.
 class CommaLocale {
 public:
@@ -22,7 +22,7 @@ public:
                                                 "grouping 3;3\nEND LC_NUMERIC\n";
         const std::string command =
             "localedef --force -i " + (folder_ / "comma.src") + " " + (folder_ / "comma") + " 2>/dev/null";
-        static_cast<void>(std::system(command.c_str()));  // it complains of the categories left out
+        static_cast<void>(std::system(command.c_str()));  // it warns about the missing categories
         setenv("LOCPATH", (folder_ / "").c_str(), 1);
         EXPECT_NE(setlocale(LC_NUMERIC, "comma"), nullptr);
         char text[8];

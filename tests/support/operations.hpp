@@ -14,7 +14,7 @@
 
 namespace vela::test {
 
-/// What an operation is called with.
+/// The arguments of an operation.
 struct Arguments {
     std::size_t width = 4;
     std::size_t height = 2;
@@ -25,17 +25,17 @@ struct Arguments {
     unsigned seed = 1;
 };
 
-/// An operation on a Mat and, for some, another, and the same on their models.
+/// An operation on one or two Mats, and the same operation on their models.
 struct Operation {
     enum Uses : unsigned { OTHER = 1, MEMORY = 2, COPY = 4, STREAM = 8, PIXELS = 16 };
 
     const char* name;
-    unsigned uses;  ///< what it depends on beside the Mat; PIXELS: buffers are read or written
+    unsigned uses;  ///< what it depends on besides the Mat; PIXELS: it reads or writes buffers
     std::function<ERROR_CODE(Mat&, Mat&, const Arguments&)> act;
     std::function<ERROR_CODE(ModelMat&, ModelMat&, const Arguments&)> model;
 };
 
-/// What a conversion makes of one side of a model: pixels that only tests of the conversion know.
+/// Marks the pixels of one side as unknown: only the tests of conversions check converted pixels.
 inline void forgetRows(const std::shared_ptr<ModelBuffer>& buffer) {
     if (buffer) buffer->rows.reset();
 }
@@ -81,7 +81,7 @@ inline ERROR_CODE convertImage(ModelMat& m, ModelMat& o, cudaStream_t stream) {
 inline std::vector<Operation> operations() {
     using Op = Operation;
     using Arg = const Arguments&;
-    // The Mat and its model are called in the same words.
+    // The Mat and its model have the same interface.
     const auto both = [](const char* name, unsigned uses, auto call) { return Op{name, uses, call, call}; };
     return {
         both("alloc", Op::MEMORY,
@@ -127,7 +127,7 @@ inline std::vector<Operation> operations() {
     };
 }
 
-/// A Mat, the model of it, and what keeps its buffers alive if it is a reference.
+/// A Mat, its model and, for a reference, the owner of its buffers.
 struct Subject {
     Mat mat, owner;
     ModelMat model, ownerModel;
@@ -135,7 +135,7 @@ struct Subject {
     explicit Subject(World& world) : model(world), ownerModel(world) {}
 };
 
-/// Makes a subject: an owner on `mem` with known contents, or a reference to such; empty for the value 0.
+/// Makes a subject: an owner on `mem` with known contents, or a reference to one; empty for the value 0.
 inline void start(Subject& subject, MEM mem, bool reference, const Arguments& arguments) {
     if (toValue(mem) == 0) return;
     Mat& mat = reference ? subject.owner : subject.mat;

@@ -10,7 +10,7 @@
 
 namespace vela::test {
 
-/// Pixels, all zero at first, of which parts are handed out as Mats whose rows are apart.
+/// Pixels, initially zero, from which Mats with padded rows are made.
 template <class Pixel>
 class PaddedMat {
 public:

@@ -49,7 +49,7 @@ protected:
         options.scale = 1000;
         EXPECT_TRUE(io::writeDepth(mat, folder_ / "d.png", options).ok());
     }
-    /// The text with the test's folder for each @.
+    /// Replaces each @ in the text by the test's folder.
     std::string inFolder(std::string text) const {
         for (std::size_t at = 0; (at = text.find('@')) != std::string::npos;)
             text.replace(at, 1, folder_ / "");
@@ -67,7 +67,7 @@ protected:
         const int code = runTool(static_cast<int>(argv.size()), argv.data(), out, err);
         return {code, out.str(), err.str()};
     }
-    /// The exit code of a command line of the shell, run in the folder; "velatool" is ours.
+    /// Runs a shell command in the folder, with our "velatool"; returns its exit code.
     int shell(const std::string& command) {
         write("script", "cd \"${0%/*}\" && velatool() { '" VELATOOL "' \"$@\"; } && " + command);
         const int status = std::system(inFolder("bash '@script'").c_str());
@@ -144,13 +144,13 @@ TEST_F(ToolTest, DiffTellsSameDifferentAndTrouble) {
     const struct {
         const char* line;
         int code;
-        std::string out;  ///< its start
+        std::string out;  ///< how the output begins
     } rows[] = {{"@a.ply @a.ply", 0, ""},
                 {"@a.ply @b.ply", 1,
                  "1 of 3 points are further apart than 0\nlargest distance: 5 at column 2, row 0\n"
                  "1 points have another colour\n"},
                 {"@a.ply @b.ply --tolerance 5", 1, "1 points have another colour\n"},
-                {"@a.ply @c.ply --tolerance 1e9", 1, ""},  // a point against none
+                {"@a.ply @c.ply --tolerance 1e9", 1, ""},  // a point is compared with none
                 {"@d.ply @a.ply --tolerance 1e9", 1, "axes: RIGHT_HANDED_Y_UP_AND_Z_BACKWARD and IMAGE\n"},
                 {"@a.ply @d.png", 2, ""},
                 {"@a.ply @none", 2, ""}};

@@ -12,7 +12,7 @@ TEST(ErrorCode, EveryValueHasItsTextsAndOthersAreUnknown) {
     std::ostringstream texts;
     for (std::int32_t value = -1; value <= 34; ++value) {
         const auto code = fromValue<ERROR_CODE>(value);
-        if (code == ERROR_CODE::CUDA_ERROR) continue;  // has a test of its own
+        if (code == ERROR_CODE::CUDA_ERROR) continue;  // has a separate test
         texts << value << " \"" << code << "\" \"" << toVerbose(code) << "\"\n";
         EXPECT_EQ(errorCode2str(code), toString(code));
     }

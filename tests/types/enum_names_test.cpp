@@ -16,8 +16,8 @@ namespace {
 using detail::fromValue;
 using detail::toValue;
 
-/// Compares the names of an enumeration with a line of the table: that of values without one, then those of
-/// the values from 0 on.
+/// Compares the names of an enumeration with a line of the table: first the name for unknown values, then
+/// those of the values from 0 on.
 template <class Enum>
 void expectNames(std::istream& table, Enum last) {
     std::string wanted;
@@ -102,7 +102,7 @@ TEST(Complaints, AreWrittenAtOnce) {
         const auto program = [complain = complain] {
             dup2(STDERR_FILENO, STDOUT_FILENO);
             complain();
-            std::_Exit(0);  // writes no buffer
+            std::_Exit(0);  // does not flush buffers
         };
         EXPECT_EXIT(program(), testing::ExitedWithCode(0), text);
     }

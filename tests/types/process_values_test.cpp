@@ -30,7 +30,7 @@ std::string bones() {
     return text;
 }
 
-// As a program's own globals find them.
+// The values that a program's own globals see.
 const CustomBoxObjectData FIRST_BOXES[2];
 const std::string EXTENSION_AT_THE_START = INIT_PARAM_EXTENSION;
 const std::string BONES_AT_THE_START = bones();
@@ -60,7 +60,7 @@ TEST(ProcessValues, AreThereBeforeTheProgramsGlobals) {
 }
 
 TEST(Uuid, EachRunDrawsItsOwn) {
-    // The same program, started again, finds here what the first one drew.
+    // When this program starts itself again, this holds what the first one drew.
     setenv("VELA_TEST_FIRST_BOX", FIRST_BOXES[0].unique_id.c_str(), 0);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(std::exit(FIRST_BOXES[0].unique_id != getenv("VELA_TEST_FIRST_BOX") ? 0 : 1),

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Life, ownership and copies of Mats are compared with a model in mat_fault_test and mat_random_test; here is
-// what that model does not know.
+// mat_fault_test and mat_random_test compare lifetime, ownership and copies of Mats with a model; this file
+// tests what that model does not cover.
 #include "vela_core/utils/Mat.hpp"
 
 #include "support/ModelMat.hpp"
@@ -18,7 +18,7 @@ namespace {
 
 class MatTest : public DeviceTest {
 protected:
-    /// A Mat without an image whose sides are both.
+    /// Expects a Mat without an image, on both sides.
     void expectEmpty(const Mat& mat) {
         ModelMat empty(world_);
         empty.mem = MEM_BOTH;
@@ -83,7 +83,7 @@ TEST_F(MatTest, AnAllocationThatFailsLeavesAnEmptyMat) {
         expectRefused(width, height, F1, MEM_MANAGED);
     }
     expectRefused(SIZE_MAX / 3, 1, U3, MEM::GPU);                    // bytes of a padded row: 512
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // whose allocators stop the program
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // their allocators abort
     EXPECT_THROW(Mat(std::size_t{1} << 40, std::size_t{1} << 15, U1), std::bad_alloc);
 #endif
 }
@@ -147,7 +147,7 @@ TEST_F(MatTest, CopiesHonourRowStepsAndLeaveTheRestAlone) {
     }
 }
 
-/// Sizes whose copies are refused, so that only the shape of the destination is seen.
+/// Sizes whose copies are refused, so that only the destination's shape changes.
 TEST_F(MatTest, SizesOfCopiesAreTruncatedTo32Bits) {
     constexpr std::size_t LARGE = std::size_t{1} << 32;
     unsigned char pixels[320] = {};

@@ -19,11 +19,11 @@ namespace {
 
 class DepthExportTest : public testing::Test {
 protected:
-    /// Exports floats, to which a Mat refers, and returns the only file.
+    /// Exports floats through a Mat that refers to them; returns the only file.
     std::string saved(std::vector<float> depth, std::size_t width, DEPTH_FORMAT format, float factor) {
         const std::size_t height = width == 0 ? 0 : depth.size() / width;
         Mat mat(width, height, MAT_TYPE::MAT_32F_C1, reinterpret_cast<unsigned char*>(depth.data()), 999,
-                MEM::CPU);  // the step is not looked at
+                MEM::CPU);  // the step is ignored
         EXPECT_TRUE(saveDepthAs(mat, format, folder_ / "depth", factor));
         return contentOf(folder_ / folder_.listing());
     }
@@ -33,13 +33,13 @@ protected:
 
 constexpr float LARGEST = std::numeric_limits<float>::max();
 
-/// Halves go to the even neighbour: 1234.5 becomes 1234, 0.5 becomes 0. What is no number goes where OpenCV
-/// sends it.
+/// Halves round to even: 1234.5 becomes 1234, 0.5 becomes 0. NaN and infinities become what OpenCV makes of
+/// them.
 TEST_F(DepthExportTest, SixteenBitSamplesAreRoundedAndSaturated) {
     std::vector<float> depth = {1.2345F, 70.0F,   -1.0F,   0.0F, 0.0005F,  0.0014F,
                                 0.0016F, 65.535F, 65.536F, NAN,  INFINITY, -INFINITY};
     std::vector<int> wanted = {1234, 65535, 0, 0, 0, 1, 2, 65535, 65535};
-    cv::Mat asOpenCvDoes;  // on each processor in its own way
+    cv::Mat asOpenCvDoes;  // differs between processors
     cv::Mat(3, 4, CV_32F, depth.data()).convertTo(asOpenCvDoes, CV_16U, 1000.0);
     for (int column = 1; column < 4; ++column) {
         wanted.push_back(asOpenCvDoes.at<std::uint16_t>(2, column));
@@ -56,14 +56,14 @@ TEST_F(DepthExportTest, SixteenBitSamplesAreRoundedAndSaturated) {
     ASSERT_EQ(read.type(), CV_16UC1);
     EXPECT_EQ(read.size(), cv::Size(4, 3));
     EXPECT_EQ((std::vector<int>(read.begin<std::uint16_t>(), read.end<std::uint16_t>())), wanted);
-    // Two bytes of zlib header, then a deflate block that is stored (type bits 00).
+    // Two bytes of zlib header, then a stored deflate block (type bits 00).
     EXPECT_EQ(png[png.find("IDAT") + 6] & 6, 0) << "not compressed";
 }
 
 TEST_F(DepthExportTest, PfmHoldsTheFloatsTopRowFirst) {
     std::vector<float> depth = {1.5F, NAN, -2.0F, INFINITY, LARGEST, -LARGEST, -INFINITY, -0.0F, 1e-45F};
     std::vector<float> wanted = {1.5F, 0.0F, -2.0F, 0.0F, LARGEST, -LARGEST, 0.0F, -0.0F, 1e-45F};
-    for (int i = 0; i < 300000; ++i) {  // more than goes into a block of the file
+    for (int i = 0; i < 300000; ++i) {  // more than fits into a file block
         depth.push_back(static_cast<float>(i));
         wanted.push_back(static_cast<float>(i));
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Exports whose calls of the system are interrupted, refused or cut short: the file must be whole, or the
-// beginning of the whole, and nothing may be left open.
+// Interrupts, refuses or shortens system calls of exporters: the file must be complete, or a prefix of the
+// complete one, and nothing may be left open.
 #include "support/file_calls.hpp"
 #include "support/ScratchFolder.hpp"
 #include "support/exports.hpp"
@@ -23,8 +23,8 @@ using Fate = FileCalls::Fate;
 
 class FileCallsTest : public testing::Test {
 protected:
-    /// Exports with one call met by a fate; false if there were fewer calls. The file must be whole, or with
-    /// `cut` the beginning of the whole.
+    /// Exports with a fate for one call; false if there were fewer calls. The file must be complete or, with
+    /// `cut`, a prefix of the complete one.
     static bool meets(const Export& e, const char* function, int nth, Fate fate, std::size_t largest,
                       bool cut) {
         SCOPED_TRACE(testing::Message() << e.extension << ", " << function << " " << nth);
@@ -55,7 +55,7 @@ protected:
         return met;
     }
 
-    const Exports all_{12000};  // a third more than goes into a block of the file
+    const Exports all_{12000};  // a third more than fits into a file block
     const std::vector<Export>& exports_ = all_.list;
 };
 
@@ -68,7 +68,7 @@ TEST_F(FileCallsTest, InterruptedAndShortCallsLeaveTheWholeAndRefusedOnesItsBegi
         meets(e, "", 1, Fate::DONE, e.extension == ".pfm" ? 1 : 13, false);
         for (const char* const function : {"open", "write", "pread", "read", "copy_file_range"}) {
             for (const Fate fate : {Fate::INTERRUPTED, Fate::REFUSED}) {
-                // Where the kernel does not move the bytes, or no longer, they pass through the buffer.
+                // If the kernel cannot copy the bytes, or stops doing so, they pass through the buffer.
                 const bool cut = fate == Fate::REFUSED && std::string_view(function) != "copy_file_range";
                 for (int nth = 1; meets(e, function, nth, fate, PART, cut) && !HasFailure(); ++nth) {
                 }
@@ -97,7 +97,7 @@ TEST_F(FileCallsTest, FewDescriptorsAreEnoughOrRefuse) {
     }
 }
 
-/// Were one of them taken, what the program prints next would land among the points.
+/// If the file took one of them, the program's next output would end up among the points.
 TEST_F(FileCallsTest, ClosedStandardStreamsStayClosed) {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         const int kept = fcntl(stream, F_DUPFD_CLOEXEC, 10);
@@ -128,7 +128,7 @@ TEST_F(FileCallsTest, TheTemporaryFileIsMadeAfresh) {
                                                    fs::permissions(temporary, fs::perms(0));
                                                }};
     for (const auto& obstacle : obstacles) {
-        for (const bool late : {false, true}) {  // then between the calls that remove and make the file
+        for (const bool late : {false, true}) {  // late: between the calls that remove and create the file
             if (!late) obstacle();
             const FileCalls calls("open", late ? 1 : 0, Fate::OVERTAKEN, UNLIMITED, obstacle);
             EXPECT_TRUE(exports_[XYZ].run(path));
@@ -147,7 +147,7 @@ TEST_F(FileCallsTest, TheTemporaryFileIsMadeAfresh) {
     EXPECT_EQ(status.st_mode & 0777, 0640U) << "readable as far as the process allows";
 }
 
-/// Different formats share the temporary file's name, and the same one the whole path.
+/// Exports in different formats share the temporary file; in the same format, the final path too.
 TEST_F(FileCallsTest, ExportsUnderOneNameDoNotDisturbEachOther) {
     for (int round = 0; round < 20; ++round) {
         const ScratchFolder folder;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every operation that makes or reads a file, met by every fault that befalls files: the result, what lies at
-// the path afterwards, and what is printed and logged.
+// Every operation that writes or reads a file, with every fault that a file can have: checks the result, what
+// is at the path afterwards, and what is printed and logged.
 #include "support/ScratchFolder.hpp"
 #include "support/capture.hpp"
 #include "vela_core/types/Vector.hpp"
@@ -29,7 +29,7 @@ struct Operation {
     std::function<std::string(const std::string& path)> run;
     std::string success;
     std::string failure;
-    int line = 0;  ///< of the message about a failure; 0: none
+    int line = 0;  ///< in the message about a failure; 0: no message
 };
 
 enum class Effect { NONE, NO_FILE, FOLDER_IN_ITS_PLACE, READ_ONLY, FULL_DISK };
@@ -43,7 +43,7 @@ struct Fault {
 class FileFaultsTest : public testing::Test {
 protected:
     FileFaultsTest() {
-        signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is like one on a full disk
+        signal(SIGXFSZ, SIG_IGN);  // a file-size limit then acts like a full disk
         cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
         cloud_.setTo(Vector4<float>(1, 2, 3, 4));
         depth_.setTo(2.5F);
@@ -66,13 +66,13 @@ protected:
             };
             operations_.push_back({extension, run, "SUCCESS", failure, line});
         };
-        write(".png", picture_, "SUCCESS", 0);  // what the encoder says is ignored
+        write(".png", picture_, "SUCCESS", 0);  // the encoder's result is ignored
         write(".pfm", depth_, "FAILURE", 962);
         write(".ply", cloud3_, "FAILURE", 982);
         write(".pcd", cloud_, "FAILURE", 1009);
     }
 
-    /// Results of `read`, which has a picture at the path unless the fault leaves no room for one.
+    /// Results of `read`; a picture is at the path unless the fault prevents that.
     static Operation read() {
         const auto run = [](const std::string& path) {
             Mat mat(1, 1, MAT_TYPE::MAT_8U_C1);
@@ -82,7 +82,7 @@ protected:
         return {".png", run, "SUCCESS, replaced", "FAILURE, kept"};
     }
 
-    /// Clouds go to a temporary file first, which a folder at the path leaves behind.
+    /// Clouds are written to a temporary file first, which remains if a folder is at the path.
     static std::string promised(const Operation& operation, Effect effect, bool works) {
         const bool cloud = operation.extension == ".xyz" || operation.extension == ".pcd" ||
                            operation.extension == ".ply" || operation.extension == ".vtk";
@@ -94,7 +94,7 @@ protected:
         return text + ", vela_core/utils/Mat.cpp:" + std::to_string(operation.line) + message;
     }
 
-    /// What comes of an operation on a path, in the words of `promised`.
+    /// Runs an operation on a path and describes the outcome in the words of `promised`.
     std::string outcome(const Operation& operation, const std::string& path) {
         std::string text;
         const std::string printed = printedBy([&] { text = operation.run(path); });

@@ -34,7 +34,7 @@ class MatAccessTest : public DeviceTest {
 protected:
     using Pixel = typename K::P;
 
-    /// Pixels whose bytes all differ from their neighbours.
+    /// Pixels in which each byte differs from its neighbours.
     static Pixel pixel(unsigned seed) {
         Pixel value{};
         std::memcpy(static_cast<void*>(&value), pattern(sizeof value, seed).data(), sizeof value);
@@ -48,7 +48,7 @@ protected:
         return bytes;
     }
 };
-TYPED_TEST_SUITE(MatAccessTest, Kinds, );  // clang wants the third argument, if an empty one
+TYPED_TEST_SUITE(MatAccessTest, Kinds, );  // clang requires the third argument, even an empty one
 
 TYPED_TEST(MatAccessTest, FillsWindowsOfEveryWidthAndNothingElse) {
     for (const std::size_t width : {1U, 2U, 3U, 15U, 16U, 17U, 63U, 64U, 65U, 129U, 513U, 30011U}) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every operation in every start state, with each of its calls of the runtime made to fail: the result, the
-// printed and logged text, the fields, the contents that are left and what is leaked must be as the model
-// says.
+// Runs every operation in every initial state and makes each of its runtime calls fail: the result, the
+// printed and logged text, the fields, the remaining contents and the leaks must match the model.
 #include "support/ScratchFolder.hpp"
 #include "support/capture.hpp"
 #include "support/operations.hpp"
@@ -41,8 +40,8 @@ protected:
         DeviceTest::TearDown();
     }
 
-    /// Runs an operation with the nth call of a function failing (0: none); returns the calls that the model
-    /// made.
+    /// Runs an operation in which the nth call of a function fails (0: none); returns the calls that the
+    /// model made.
     std::map<std::string, int> run(const Operation& operation, const State& first, const State& second,
                                    const Arguments& arguments, const std::string& function, int nth) {
         World world;
@@ -101,7 +100,7 @@ protected:
         }
     }
 
-    /// Writing brings the host side up to date; of the types here one is a cloud and one a picture.
+    /// Writing updates the host side; of the types used here one is a cloud and one a picture.
     Operation write() const {
         const std::string path = folder_ / "a.bmp";
         return {"write", Operation::PIXELS,

@@ -33,14 +33,14 @@ protected:
         return mat.write(folder_ / name, mem, compression);
     }
 
-    /// Takes what was logged, which must begin so.
+    /// Takes the logged text, which must begin with this.
     void expectLogged(int line, const std::string& start) {
         const std::string wanted =
             "vela_core/utils/Mat.cpp:" + std::to_string(line) + " ERROR [Mat]  " + start;
         EXPECT_EQ(log_.take().substr(0, wanted.size()), wanted);
     }
 
-    /// First and last line of a text, without what cannot be printed; of a picture its kind.
+    /// First and last line of a text, without unprintable bytes; for a picture, its format.
     static std::string endsOf(std::string content) {
         const auto unprintable = [](char c) { return c != '\n' && (c < ' ' || c > '~'); };
         content.erase(std::remove_if(content.begin(), content.end(), unprintable), content.end());
@@ -118,8 +118,8 @@ TEST_F(MatFilesTest, PicturesOfOtherMakersAreRead) {
     EXPECT_GT(mat.ptrCPU[0], 200) << "blue comes first";
 }
 
-/// What comes of two pixels of a type, by its number, under a name: the result, the file with its first and
-/// last line, and what is logged.
+/// Writing two pixels of a type, given by number, under a name: the result, the file's first and last line,
+/// and the log.
 TEST_F(MatFilesTest, ExtensionAndTypeChooseTheKindOfFile) {
     std::ifstream table(VELA_TEST_FOLDER "/utils/write_cases.txt");
     int type = 0;
@@ -128,7 +128,7 @@ TEST_F(MatFilesTest, ExtensionAndTypeChooseTheKindOfFile) {
     while (table >> type >> name && std::getline(table, wanted)) {
         const ScratchFolder folder;
         fs::create_directory(folder / "old.d");
-        // Four floats a pixel, as which clouds of three channels are taken, too.
+        // Four floats per pixel; three-channel clouds are read like that, too.
         float pixels[] = {2, 2, 3, 1e-40F, 5, 6, 7, 2e-40F};
         Mat mat(2, 1, fromValue<MAT_TYPE>(type), reinterpret_cast<unsigned char*>(pixels), 32, MEM::CPU);
         std::string seen = " -> " + toStdString(toString(mat.write(folder / name)));

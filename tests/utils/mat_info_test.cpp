@@ -49,7 +49,7 @@ TEST_F(MatInfoTest, DescribesTypesSidesAndOwnership) {
               "allocated on both CPU and GPU (reference only).\n");
 }
 
-/// The bits of the signed bytes that are 128 less.
+/// The bits of the values minus 128, as signed bytes.
 Bytes lessHalf(Bytes bytes) {
     for (std::uint8_t& byte : bytes) {
         byte = static_cast<std::uint8_t>(static_cast<std::int8_t>(byte - 128));

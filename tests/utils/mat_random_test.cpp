@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Random operations on a handful of Mats beside their models. VELA_RANDOM_SEED and VELA_RANDOM_LENGTH choose
+// Applies random operations to a few Mats and to their models. VELA_RANDOM_SEED and VELA_RANDOM_LENGTH select
 // a run.
 #include "support/capture.hpp"
 #include "support/operations.hpp"
@@ -36,7 +36,7 @@ protected:
         return arguments;
     }
 
-    /// Sets what no operation computes, so that its way from Mat to Mat is seen.
+    /// Sets fields that no operation computes, to see how they pass from Mat to Mat.
     static void label(Subject& subject, const Arguments& arguments) {
         subject.mat.name = subject.model.name = "mat " + std::to_string(arguments.seed);
         subject.mat.timestamp = subject.model.timestamp = arguments.seed;
@@ -68,7 +68,7 @@ TEST_F(MatRandomTest, AfterRandomOperationsMatsEqualTheirModels) {
                     Subject& first = *subjects[below(5)];
                     Subject& second = *subjects[below(5)];
                     const Arguments arguments = draw();
-                    // Dangling references may be forgotten, but neither be read nor be taken for others.
+                    // Dangling references may be dropped, but neither read nor mistaken for others.
                     const bool looks = (operation.uses & (Operation::PIXELS | Operation::OTHER)) != 0;
                     if (looks && !(first.model.usable() && second.model.usable())) continue;
                     label(first, arguments);
@@ -83,7 +83,7 @@ TEST_F(MatRandomTest, AfterRandomOperationsMatsEqualTheirModels) {
             for (Subject* const subject : subjects) {
                 expectSame(subject->mat, subject->model);
             }
-#ifdef VELA_GPU_SOFTWARE  // hardware may word its refusals otherwise
+#ifdef VELA_GPU_SOFTWARE  // hardware may word its errors differently
             EXPECT_EQ(printed, world.printed);
 #endif
             EXPECT_EQ(log.take(), world.logged);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every operation with its nth allocation by operator new failing, for every n: nothing is leaked, the Mats
-// are as documented, and nothing but std::bad_alloc comes out, and only where Mats are allocated.
+// Makes the nth allocation by operator new of every operation fail, for every n: nothing leaks, the Mats are
+// as documented, and only std::bad_alloc is thrown, and only by operations that allocate Mats.
 #include "support/ScratchFolder.hpp"
 #include "support/capture.hpp"
 #include "support/exports.hpp"
@@ -19,7 +19,7 @@
 
 namespace {
 
-/// Counts the allocations of this thread while it is armed, and lets one of them fail.
+/// While armed, counts the allocations of this thread and makes one of them fail.
 struct FailingNew {
     bool armed = false;
     int nth = 0;
@@ -70,7 +70,7 @@ class MemoryFaultsTest : public DeviceTest {
 protected:
     enum class End { DONE, REFUSED, THROWN };
 
-    /// Runs an action with its nth allocation failing: whether it met that one, and whether it threw.
+    /// Runs an action in which the nth allocation fails: returns whether it got so far and whether it threw.
     template <class Action>
     static End run(int nth, Action action) {
         const bool armed = std::exchange(failing.armed, true);
@@ -87,8 +87,8 @@ protected:
         return end;
     }
 
-    /// Runs an operation on two Mats with its nth allocation failing. Nothing may be leaked, and after an
-    /// exception each Mat must be empty or as before.
+    /// Runs an operation on two Mats in which the nth allocation fails. Nothing may leak, and after an
+    /// exception each Mat must be empty or unchanged.
     static End run(int nth, const Operation& operation, MEM mine, MEM other, const Arguments& arguments) {
         SCOPED_TRACE(testing::Message() << operation.name << ", allocation " << nth << ", sides "
                                         << toValue(mine) << " " << toValue(other));
@@ -113,7 +113,7 @@ protected:
         return end;
     }
 
-    /// The logger's thread opens files of its own for a moment.
+    /// Waits, because the logger's thread briefly opens files too.
     static int settledDescriptors(int expected) {
         int open = openDescriptors();
         for (int tries = 0; open > expected && tries < 500; ++tries) {
@@ -130,7 +130,7 @@ TEST_F(MemoryFaultsTest, OperationsOnMatsLeakNothingAndThrowWhereTheyAllocate) {
     const std::set<std::string> allocating = {
         "alloc",   "copy and assign",  "swap",         "clone",       "copyTo",
         "setFrom", "updateCPUfromGPU", "convertImage", "convertUnit", "convertCoordinateSystem"};
-    const Mat first(4, 2, F4, MEM_BOTH);  // what the device makes once, for all allocations, is no leak
+    const Mat first(4, 2, F4, MEM_BOTH);  // what the device allocates once and keeps is no leak
     int points = 0;
     for (const Operation& operation : operations()) {
         for (const MEM mine : {MEM::CPU, MEM::GPU, MEM_BOTH, MEM_MANAGED}) {
@@ -162,7 +162,7 @@ TEST_F(MemoryFaultsTest, FilesAreTheBeginningOfTheWholeAndReadingKeepsTheMat) {
     const LogCapture log;
     for (const Export& file : all.list) {
         const std::string path = folder_ / ("a" + file.extension);
-        file.run(path);  // what is made once, for all calls, is no leak
+        file.run(path);  // what is allocated once and kept is no leak
         EXPECT_TRUE(contentOf(path) == file.whole) << path;
         End end = End::REFUSED;
         for (int nth = 1; end != End::DONE; ++nth) {

@@ -16,7 +16,7 @@ using detail::NUMBER_TEXT_SIZE;
 using detail::writeFixed;
 using detail::writeScientific;
 
-/// Expects what printf writes, for both forms of the number.
+/// Expects the output of printf for both forms of the number.
 void expectAsPrintf(float value) {
     char text[NUMBER_TEXT_SIZE];
     char wanted[NUMBER_TEXT_SIZE];
@@ -30,7 +30,7 @@ TEST(NumberText, AgreesWithPrintfOnEveryExponentAndSign) {
     std::mt19937 random(1);
     for (std::uint32_t exponent = 0; exponent < 512; ++exponent) {
         for (int i = 0; i < 500 && !testing::Test::HasFatalFailure(); ++i) {
-            // Half of the mantissas have few bits, where decimal ties live.
+            // Half of the mantissas have few bits, because those produce decimal ties.
             const std::uint32_t mantissa = random() & 0x7FFFFF & (i % 2 == 0 ? ~0U : ~0U << (i % 23));
             const std::uint32_t bits = exponent << 23 | mantissa;
             float value = 0.0F;

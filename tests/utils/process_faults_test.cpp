@@ -19,7 +19,7 @@ using detail::LogStatement;
 
 class ProcessFaultsTest : public DeviceTest {};
 
-/// Takes metres through both sides and back; whether they come back as they were.
+/// Converts metres through both sides and back; returns whether they are unchanged.
 bool worksOnBothSides(unsigned seed) {
     const auto size = static_cast<std::size_t>(16 + seed % 7);
     Mat mat(size, size, MAT_TYPE::MAT_32F_C3, MEM_BOTH);

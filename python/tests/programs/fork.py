@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Forks after or before something that the library logs; the child must end."""
+"""Forks before or after the library has logged a message; the child must exit."""
 
 import os
 import signal

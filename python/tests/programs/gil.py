@@ -21,7 +21,7 @@ def tick():
 
 
 thread = threading.Thread(target=tick)
-sys.setswitchinterval(100)  # so long that only a lock given up lets the other thread run
+sys.setswitchinterval(100)  # so long that the other thread runs only if the lock is released
 thread.start()
 start, before = time.monotonic(), ticks
 while time.monotonic() - start < 1:

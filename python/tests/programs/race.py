@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Frees a Mat while another thread converts it: freed pixels would be unmapped, and the process would end."""
+"""Frees a Mat while another thread converts it; if its pixels were unmapped now, the process would crash."""
 
 import threading
 import time

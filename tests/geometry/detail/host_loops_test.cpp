@@ -27,7 +27,7 @@ namespace {
 
 using vela::test::bitsOf;
 
-/// Floats of all kinds; about half of the rows hold tiny ones, such as colours with alpha 0.
+/// Floats of all kinds; about half of the runs of 64 contain tiny ones, such as colours with alpha 0.
 std::vector<float> mixedFloats(std::size_t count, std::mt19937& random) {
     const float special[] = {0.0F, -0.0F, INFINITY, NAN, FLT_MAX, 1e-45F, -1e-45F, FLT_MIN};
     std::vector<float> values(count);
@@ -43,7 +43,7 @@ std::vector<float> mixedFloats(std::size_t count, std::mt19937& random) {
     return values;
 }
 
-/// What the operation makes of a pixel, without a loop of the library.
+/// Applies the operation to one pixel without the library's loops.
 template <class Pixel, class Op>
 void applyPlainly(float* values, const Op& op) {
     Pixel pixel;
@@ -52,8 +52,8 @@ void applyPlainly(float* values, const Op& op) {
     std::memcpy(values, &pixel, sizeof pixel);
 }
 
-/// Every pixel of rows of every width up to some vectors, packed and padded, not aligned to vectors; what
-/// lies around and between the rows must stay.
+/// Checks every pixel for all widths up to several vectors, with packed, padded and unaligned rows; the
+/// floats around and between the rows must not change.
 template <class Pixel, class Op, class Apply>
 void expectAsPixelByPixel(const Op& op, Apply apply) {
     constexpr std::size_t CHANNELS = sizeof(Pixel) / 4;
@@ -73,7 +73,7 @@ void expectAsPixelByPixel(const Op& op, Apply apply) {
     }
 }
 
-/// As fast as may be, and by the loop that all processors have.
+/// Runs the fastest loop and the portable one.
 template <class Pixel, class Op>
 void expectBothLoopsToDo(const Op& op) {
     expectAsPixelByPixel<Pixel>(op, [](const PixelView<Pixel>& view, const Op& o) { applyOnHost(view, o); });
@@ -138,7 +138,7 @@ TEST(HostLoops, EqualPixelsStayEqualInEveryFloatingPointMode) {
             applyOnHost(asFloats(PixelView<Vector4<float>>{row.data(), width, 1, 0}), ScaleAll{0.3F});
             _mm_setcsr(modes);
             for (const Vector4<float>& pixel : row) {
-                // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits are meant
+                // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): compares bits
                 EXPECT_EQ(std::memcmp(&pixel, row.data(), sizeof pixel), 0) << width;
             }
         }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The software device must be at least as strict as hardware: what a GPU would show must show here.
+// The software device must be at least as strict as hardware: it must detect every fault that a GPU would.
 #include "support/device.hpp"
 #include "vela_core/geometry/mat_conversion.hpp"
 #include "vela_gpu/kernels.hpp"
@@ -32,7 +32,7 @@ protected:
         ASSERT_EQ(cudaStreamCreate(&stream_), cudaSuccess);
     }
     void TearDown() override {
-        cudaStreamDestroy(stream_);  // some tests have done so
+        cudaStreamDestroy(stream_);  // some tests already have
         DeviceTest::TearDown();
     }
 
@@ -97,7 +97,7 @@ TEST_F(SoftwareDeviceTest, ChecksCopies) {
     EXPECT_EQ(copy(device, 63, host, 64, 64, 2, TO_DEVICE), PITCH);
     EXPECT_EQ(copy(device, 512, host, 63, 64, 2, TO_DEVICE), PITCH);
     EXPECT_EQ(copy(device, std::size_t{1} << 31, host, 64, 64, 1, TO_DEVICE), PITCH);
-    constexpr std::size_t WRAPPING = (std::size_t{1} << 55) + 1;  // as many steps of 512 bytes are 2^64
+    constexpr std::size_t WRAPPING = (std::size_t{1} << 55) + 1;  // times 512 bytes, wraps around 2^64
     EXPECT_EQ(copy(device, 512, host, 512, 64, WRAPPING, TO_DEVICE), INVALID);
     EXPECT_EQ(copy(host, 512, device, 512, 64, WRAPPING, TO_HOST), INVALID);
     EXPECT_EQ(copy(nullptr, 0, nullptr, 0, 0, 5, ON_HOST), cudaSuccess) << "no bytes";
@@ -242,7 +242,7 @@ TEST_F(SoftwareDeviceTest, LaunchesCheckTheirMemory) {
     EXPECT_EQ(scale(device_.ptrGPU, 128, 16, 2), cudaErrorLaunchFailure);
 }
 
-/// Runs `check` in a process of its own, which must end with 0 within 20 s.
+/// Runs `check` in a separate process, which must exit with 0 within 20 s.
 template <class Check>
 void expectFromAChild(Check check) {
     const pid_t child = fork();
@@ -261,7 +261,7 @@ bool canAllocate(std::size_t width) {
     return cudaMallocPitch(&data, &pitch, width, 1) == cudaSuccess && cudaFree(data) == cudaSuccess;
 }
 
-/// What this process has mapped, in bytes.
+/// How many bytes this process has mapped.
 rlim_t mappedBytes() {
     rlim_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages;
@@ -286,7 +286,7 @@ TEST(SoftwareDeviceProcessTest, LivesOnInAChildForkedWhileThreadsUseIt) {
     const auto work = [&] {
         while (!done) {
             EXPECT_TRUE(canAllocate(1 << 16));
-            std::this_thread::sleep_for(std::chrono::microseconds(50));  // or forking waits long for its turn
+            std::this_thread::sleep_for(std::chrono::microseconds(50));  // so that fork gets its turn
         }
     };
     std::thread threads[] = {std::thread(work), std::thread(work)};

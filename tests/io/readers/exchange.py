@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What we write is read by other programs, and what they write by us, to the last bit and colour.
+"""Other programs must read what we write, and we what they write, to the last bit and colour.
 
 Usage: exchange.py [PCL_PROGRAM], in an environment made by `scripts/setup --with readers`, where the package vela can
 be imported. A program that is missing is reported and left out.
@@ -32,8 +32,8 @@ RGB = ("red", "green", "blue")
 
 
 def exchange(module):
-    """With the module of that name the function checks what was written by us, or writes files for us and yields for
-    each what our reader must find in it: an array; or of the cloud "all", "points", or "rough" (in fewer digits)."""
+    """A function that needs that module. It checks files that we wrote, or writes files for us and yields for each
+    what our reader must find in it: an array; or of the cloud "all", "points", or "rough" (in fewer digits)."""
     return lambda function: EXCHANGES.append((module, function)) or function
 
 
@@ -44,7 +44,7 @@ def same(seen, wanted, what):
 
 
 def expect_ours(path, wanted):
-    """What our reader finds in a file is as an exchange has it."""
+    """Checks that our reader finds in a file what an exchange yielded for it."""
     if not isinstance(wanted, str):
         return same(io.read_depth(path)[0], wanted, path)
     cloud = io.read_cloud(path, four_channels=True)[0]
@@ -243,7 +243,7 @@ def run(module, function):
         print("passed", function.__name__)
     except ImportError as error:
         print("left out:", function.__name__, error)
-    except Exception as error:  # all of them are told
+    except Exception as error:  # all are reported
         print("FAILED", function.__name__, type(error).__name__, error)
         return False
     return True

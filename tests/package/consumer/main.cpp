@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-/// A sink of the program's own.
+/// The program's own sink.
 class Messages : public quill::Sink {
 public:
     std::string text;  // written by quill's thread, read after a flush

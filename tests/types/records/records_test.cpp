@@ -47,7 +47,7 @@ TEST(SensorsData, StartsEmptyAndCopiesEverything) {
     const Matrix3f matrix;
     const Vector3<float> zero;
     SensorsData data;
-    data.imu.available = false;  // not set by the constructor, as its rate
+    data.imu.available = false;  // like the rate, not set by the constructor
     data.imu.rate = 0.0F;
     EXPECT_TRUE(membersOf(data.imu) == std::tuple(false, 0U, Transform(), matrix, zero, zero, zero, zero,
                                                   matrix, matrix, 0.0F, "", "", "", ""));
@@ -87,7 +87,7 @@ TEST(CalibrationParameters, BaselineIsALength) {
     CalibrationParameters calibration;
     calibration.camera_pair_transform.setTranslation({-120, 0, 0});
     EXPECT_EQ(calibration.getCameraBaseline(), 120.0F);
-    // Summed as z^2 + (x^2 + y^2): the small ones are lost in part unless they meet first.
+    // Summed as z^2 + (x^2 + y^2): the small terms lose digits unless they are added first.
     calibration.camera_pair_transform.setTranslation({0.1F, 0.1F, 2.0F});
     EXPECT_EQ(calibration.getCameraBaseline(), static_cast<float>(std::sqrt(4.02)));
 }
