@@ -72,7 +72,7 @@ void fillAll(Session& session) {
     fill<Vector4<char>>(session, "8S_C4", MAT_TYPE::MAT_8S_C4, CV_8SC4, {1, -2, 3, -4}, {1, -2, 3, -4});
 }
 
-/// The bytes of an image, none like its neighbours.
+/// The bytes of an image; each differs from its neighbours.
 Bytes makeBytes(std::size_t count) {
     Bytes bytes(count);
     for (std::size_t i = 0; i < count; ++i) {
@@ -131,7 +131,7 @@ void copyWithGaps(Session& session) {
     session.run(comparison);
 }
 
-/// A copy into a fresh buffer; the former one is released first.
+/// A copy into a new buffer; the old one is released first.
 void clone(Session& session) {
     Mat source(HD, MAT_TYPE::MAT_32F_C4);
     const Bytes content = makeBytes(HD.width * HD.height * source.pixelBytes);

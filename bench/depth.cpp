@@ -50,7 +50,7 @@ void savePfm(Session& session, const std::string& folder) {
     std::vector<float> values = bench::makeDepth(HD, INVALID_SHARE);
     Mat depth(HD, MAT_TYPE::MAT_32F_C1, reinterpret_cast<unsigned char*>(values.data()),
               HD.width * sizeof(float), MEM::CPU);
-    // Invalid depths are written as 0; OpenCV gets them so.
+    // Invalid depths are written as 0, so OpenCV gets zeros.
     std::vector<float> valid = values;
     for (float& value : valid) {
         if (std::isnan(value)) value = 0;
@@ -106,7 +106,7 @@ void writeByLibpng(const std::string& path, const cv::Mat& samples) {
     png_destroy_write_struct(&writer, &info);
 }
 
-/// An ASCII PGM as OpenCV lays it out: each sample at least six characters wide, a row a line.
+/// An ASCII PGM as OpenCV lays it out: each sample at least six characters wide, one row per line.
 void writeByToChars(const std::string& path, const cv::Mat& samples) {
     constexpr std::ptrdiff_t WIDTH = 6;
     std::string text =
@@ -124,7 +124,7 @@ void writeByToChars(const std::string& path, const cv::Mat& samples) {
     bench::writeRaw(path, text);
 }
 
-/// The encoder is OpenCV's: what we add around it is measured.
+/// The encoder is OpenCV's; this measures what we add around it.
 void saveEncodedDepth(Session& session, const std::string& folder, DEPTH_FORMAT format,
                       const std::string& name, const std::vector<int>& parameters) {
     constexpr float FACTOR = 4;

@@ -32,7 +32,7 @@ using bench::HD;
 using bench::INVALID_SHARE;
 using bench::Session;
 
-/// A point that is written; peers get these alone and need not look for invalid ones.
+/// A valid point; peers get only these and need not skip invalid ones.
 struct Point {
     float x;
     float y;
@@ -50,7 +50,7 @@ struct Point {
     }
 };
 
-/// A format's files as all but PCL write them.
+/// The files of a format, as all contenders except PCL write them.
 struct Format {
     const char* name;
     const char* extension;
@@ -65,7 +65,7 @@ constexpr Format FORMATS[] = {
     {"PCD with colour", ".pcd", "DATA ascii", PCD, Format::Color::PACKED},
 };
 
-/// The beginning of a file up to the line that starts so.
+/// The beginning of a file, through the line that starts with this.
 std::string headerOf(const std::string& content, const char* lastLine) {
     const std::size_t line = content.find(lastLine);
     return line == std::string::npos ? std::string() : content.substr(0, content.find('\n', line) + 1);
@@ -95,7 +95,7 @@ void writeByPrintf(const std::string& path, const std::string& header, const For
     std::fclose(file);
 }
 
-/// A file written by std::to_chars through a buffer of our own.
+/// A file written by std::to_chars through our own buffer.
 class CharsFile {
 public:
     explicit CharsFile(const std::string& path) : file_(path, std::ios::binary), buffer_(SIZE) {}
@@ -164,7 +164,7 @@ void writeByToChars(const std::string& path, const std::string& header, const Fo
     }
 }
 
-/// The cloud for everybody.
+/// The cloud in the types of all contenders.
 struct Scene {
     Scene() : values(bench::makeCloud(HD, INVALID_SHARE, bench::Lane::OPAQUE)) {
         for (std::size_t i = 0; i < values.size(); i += 4) {
@@ -180,7 +180,7 @@ struct Scene {
         pcl::toPCLPointCloud2(plain, blob);
     }
 
-    /// The points of a file of PCL's are those given, as far as its eight digits go.
+    /// Checks that a file of PCL has the given points, to PCL's eight digits.
     std::string checkValues(const std::string& path, const char* headerEnd) const {
         const std::string content = bench::contentOf(path);
         const char* at = content.c_str() + headerOf(content, headerEnd).size();
@@ -258,7 +258,7 @@ void exportCloud(Session& session, const Format& format, Scene& scene, const std
     session.run(comparison);
     if (onDisk || format.format != XYZ) return;
 
-    // The runs above replace a file that is there; these make a new one each time.
+    // The runs above replace an existing file; these make a new one each time.
     const auto remove = [&] { std::remove(path.c_str()); };
     Comparison fresh(std::string(format.name) + ", new file");
     const bench::Check whole = [&] { return std::string(); };

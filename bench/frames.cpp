@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// One large picture after the other: into fresh memory each time, or into a Mat that is kept.
+// A series of large pictures: into new memory each time, or into a Mat that is kept.
 #include "support/Session.hpp"
 
 #include <vela_core/vela.hpp>
@@ -17,11 +17,11 @@ using namespace vela;
 using bench::Comparison;
 using bench::Session;
 
-/// Above 32 MiB, where the C library takes fresh pages for each buffer and gives them back at once.
+/// Above 32 MiB, where the C library gets new pages for each buffer and returns them on release.
 constexpr Resolution FRAME = {1920, 1200};
 constexpr std::size_t BYTES = FRAME.width * FRAME.height * sizeof(Vector4<float>);
 
-/// Rows say by which tunables of the C library they were measured.
+/// Rows name the C library's tunables that they were measured with.
 std::string nameOf(const std::string& what) {
     const char* const tunables = std::getenv("GLIBC_TUNABLES");
     return "frame 1920x1200, " + what + (tunables == nullptr ? "" : ", " + std::string(tunables));
@@ -60,7 +60,7 @@ void copyEach(Session& session, const Mat& frame) {
     session.run(kept);
 }
 
-/// The memory of a new Mat costs when it is first written.
+/// The memory of a new Mat costs time when it is first written.
 void touchFresh(Session& session) {
     Mat expected(FRAME, MAT_TYPE::MAT_32F_C4);
     expected.setTo(Vector4<float>(1, 2, 3, 4));

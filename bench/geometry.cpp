@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Small matrices and quaternions, many of each so that nothing is known when the program is compiled.
+// Small matrices and quaternions, many of each, so that the compiler cannot compute results in advance.
 #include "support/Session.hpp"
 #include "support/values.hpp"
 
@@ -34,7 +34,7 @@ using Many = std::array<T, COUNT>;
 using EigenMatrix4 = Eigen::Matrix<float, 4, 4, Eigen::RowMajor>;
 using EigenMatrix3 = Eigen::Matrix<float, 3, 3, Eigen::RowMajor>;
 
-/// N x N floats and nothing else: what the arithmetic alone costs.
+/// N x N floats and nothing else, to measure the arithmetic alone.
 template <int N>
 struct Bare {
     float m[N * N];
@@ -86,7 +86,7 @@ Bare<3> rotationOf(const Vector4<float>& q) {
     return {{1 - yy - zz, xy - zw, xz + yw, xy + zw, 1 - xx - zz, yz - xw, xz - yw, yz + xw, 1 - xx - yy}};
 }
 
-/// The same rigid transforms and their quaternions in everybody's types.
+/// The same rigid transforms and their quaternions in the types of all contenders.
 struct Inputs {
     explicit Inputs(unsigned seed) {
         std::mt19937 engine(seed);
@@ -134,7 +134,7 @@ const float* numbers(const Eigen::Matrix<float, N, N, Eigen::RowMajor>& matrix) 
     return matrix.data();
 }
 
-/// A check that results are as expected, N x N each.
+/// A check that compares N x N results with the expected ones.
 template <int N, class T>
 bench::Check checkOf(const Many<T>& results, const Many<Bare<N>>& expected) {
     return [&] {
@@ -158,13 +158,13 @@ bench::Check checkOfColumns(const Many<T>& results, const Many<Bare<N>>& expecte
     };
 }
 
-/// Makes every result anew, by operation(i).
+/// Constructs every result from operation(i).
 template <class T, class Operation>
 auto forAll(Many<T>& results, Operation operation) {
     return [&results, operation] {
         for (std::size_t i = 0; i < COUNT; ++i) {
             if constexpr (std::is_trivially_destructible_v<T>) {
-                results[i] = operation(i);  // nothing goes away, so this makes it anew
+                results[i] = operation(i);  // nothing to destroy, so this constructs it
             } else {
                 std::destroy_at(&results[i]);
                 ::new (static_cast<void*>(&results[i])) T(operation(i));
@@ -174,7 +174,7 @@ auto forAll(Many<T>& results, Operation operation) {
     };
 }
 
-/// Where contenders put 4 x 4 matrices, and what they should be.
+/// The 4 x 4 results of each contender, and the expected ones.
 struct Outputs {
     Many<Matrix4f> ours;
     Many<Bare<4>> bare;
@@ -222,7 +222,7 @@ void invert(Session& session, const Inputs& a) {
     session.run(comparison);
 }
 
-/// Makes new matrices from others, where old ones go away.
+/// Copy-constructs matrices in place of destroyed ones.
 template <class T>
 auto copyAll(const Many<T>& sources, Many<T>& results) {
     return [&] {

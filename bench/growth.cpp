@@ -34,7 +34,7 @@ std::string nameOf(const char* operation, std::size_t side) {
     return std::string("growth ") + operation + '/' + std::to_string(side);
 }
 
-/// A square cloud, made of the smallest one over and over, and what is done to it.
+/// A square cloud, made of repetitions of the smallest one, and the operations on it.
 struct Growing {
     explicit Growing(std::size_t side_) : side(side_), cloud(side, side, MAT_TYPE::MAT_32F_C4) {
         static const std::vector<float> tile = bench::makeCloud({SMALLEST, SMALLEST}, 0, bench::Lane::NORMAL);
@@ -78,7 +78,7 @@ void copyAndFill(Session& session, Growing& growing) {
     session.run(fill);
 }
 
-/// In place, there and back in turns.
+/// In place, alternating between there and back.
 template <class Convert>
 void convert(Session& session, const Growing& growing, const char* operation, Convert convertOnce) {
     bool there = false;
@@ -104,7 +104,7 @@ void exportPoints(Session& session, Growing& growing) {
               [&] {
                   bytes = bench::contentOf(path);
                   const auto lines =
-                      std::count(bytes.begin(), bytes.end(), '\n') - 1;  // two of the head, no last
+                      std::count(bytes.begin(), bytes.end(), '\n') - 1;  // two in the header, none at the end
                   return static_cast<std::size_t>(lines) == growing.side * growing.side
                              ? ""
                              : "points are missing";

@@ -13,7 +13,7 @@
 #include <sstream>
 #include <string>
 
-// What the library takes as well where the processor has it; the benchmarks are not run elsewhere.
+// The library uses AVX2 too where the processor has it; benchmarks are not run on other processors.
 #if defined(__x86_64__)
 #define VELA_BENCH_AVX2 __attribute__((target("avx2"), optimize("O3")))
 #else
@@ -28,7 +28,7 @@ using vela::bench::Session;
 constexpr std::size_t COUNT = 64;
 constexpr int DRAWS = 31;  // digits that are not fixed
 
-/// The same digits from the same engine by a text stream.
+/// The same digits from the same engine, through a text stream.
 std::string identifierByStream() {
     using namespace vela::uuid;
     std::stringstream text;
@@ -50,7 +50,7 @@ std::string identifierByStream() {
     return text.str();
 }
 
-/// The shared engine's numbers from loops that the compiler turns into vectors: what no writer can save.
+/// The shared engine's numbers, computed in vectorised loops: a cost that no implementation can avoid.
 class VectorEngine {
 public:
     explicit VectorEngine(const std::mt19937_64& from) {
@@ -96,7 +96,7 @@ private:
     std::size_t next_ = SIZE;
 };
 
-/// The draws of one identifier; sixteen numbers have the same upper four bits each.
+/// The draws of one identifier; the upper four bits of a number are its digit.
 std::uint64_t drawDigits(VectorEngine& engine) {
     std::uint64_t sum = 0;
     for (int i = 0; i < DRAWS; ++i) {
@@ -139,7 +139,7 @@ void runAll(Session& session) {
     boost::uuids::random_generator_mt19937 fromEngine;
     const auto start = vela::uuid::gen;
     VectorEngine engine(start);
-    // The stream tells what the engine's numbers should become.
+    // The stream gives the expected text of the engine's numbers.
     Comparison comparison("identifier");
     comparison.before([&] { vela::uuid::gen = start; })
         .repeats(COUNT)

@@ -84,7 +84,7 @@ void readByPcl(const Format& format, const std::string& path, pcl::PointCloud<pc
     }
 }
 
-/// All of a file by `read` into memory that is new each time.
+/// Reads a whole file by `read`, into new memory each time.
 void readRaw(const std::string& path, std::size_t bytes) {
     const std::unique_ptr<char[]> memory(new char[bytes]);
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -97,7 +97,7 @@ void readRaw(const std::string& path, std::size_t bytes) {
     benchmark::DoNotOptimize(memory[bytes / 2]);
 }
 
-/// Point by point, to the last bit and colour.
+/// Compares point by point, to the last bit and colour.
 std::string differences(const Mat& cloud, const pcl::PointCloud<pcl::PointXYZRGB>& wanted, bool exact) {
     if (cloud.width * cloud.height != wanted.size()) return "another number of points";
     const float* p = cloud.getPtr<float>();
@@ -173,8 +173,8 @@ void compareClouds(Session& session, const Format& format, const Scene& scene) {
     session.run(reading);
 }
 
-/// A Python library of another maker, in a process of its own that lives through all repetitions. It measures
-/// its calls inside that process: the interpreter's start counts for nothing.
+/// Another project's Python library, in one separate process for all repetitions. It times its calls inside
+/// that process, so that the interpreter's start does not count.
 class PythonPeer {
 public:
     explicit PythonPeer(const std::string& name) : name_(name) {
@@ -187,7 +187,7 @@ public:
         if (process_->listen() != "ready") absent_ = "not in build/readers";
     }
 
-    /// Lets the library read or write in the comparison, or says there why it cannot.
+    /// Adds the library as a reader or writer, or states in the table why it cannot run.
     void join(Comparison& comparison, const std::string& verb, const std::string& path,
               const bench::Check& check) {
         if (!absent_.empty()) {
@@ -216,7 +216,7 @@ private:
     std::unique_ptr<bench::Dialogue> process_;
 };
 
-/// Binary PLY once more by the clock on the wall, which is what other processes can be compared by.
+/// Binary PLY again by wall clock, the only clock that other processes can be compared by.
 void comparePython(Session& session, const Scene& scene) {
     const Format& format = FORMATS[0];
     const bench::ScratchFolder folder(bench::memoryFolder());

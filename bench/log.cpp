@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Log statements, as long as they hold up the thread that logs. What the backend does afterwards does not
+// The time for which log statements hold up the thread that logs. The backend's later work does not
 // count.
 #include "support/Session.hpp"
 
@@ -31,10 +31,10 @@ using bench::Session;
 using detail::logError;
 using detail::LogStatement;
 
-// Few enough that no queue grows or fills.
+// So few that no queue grows or fills up.
 constexpr int BATCH = 256;
 
-/// The messages that came, counted; the last one is kept. The backend writes it, others read it after a
+/// Counts the messages and keeps the last one. The backend writes it; others read it only after a
 /// flush.
 struct Arrivals {
     int count = 0;
@@ -71,7 +71,7 @@ protected:
     void flush_() override { flushed = true; }
 };
 
-/// The library's logger, a logger of quill's own and one of spdlog's.
+/// The library's logger, a plain quill logger and a spdlog logger.
 struct Loggers {
     static constexpr const char* CORE = "core";
 
@@ -134,7 +134,7 @@ bench::Check expects(Arrivals& arrivals, int count) {
     };
 }
 
-/// The same statement to everybody's logger.
+/// The same statement to all loggers.
 struct Statements {
     static constexpr const char* DETAIL = "no such picture";
 

@@ -34,7 +34,7 @@ using bench::Session;
 
 constexpr Resolution UHD = {3840, 2160};
 
-// One rounding of each product or sum, and of the factor.
+// One rounding for each product or sum, and one for the factor.
 constexpr bench::Tolerance ROUNDING = {1e-44, 1e-6};
 
 std::string sizeText(Resolution resolution) {
@@ -58,14 +58,14 @@ std::vector<float> pixelsOf(Resolution resolution, int channels, double invalidS
     return pixels;
 }
 
-/// The loop that the library takes where the processor has no AVX2.
+/// The loop that the library uses where the processor has no AVX2.
 template <class Pixel, class Op>
 void applyPortably(Pixel* pixels, std::size_t count, const Op& op) {
     detail::forEachPixel(detail::PixelView<Pixel>{pixels, count, 1, 0}, op);
 }
 
-/// An image that all contenders convert in place, there and back in turns so that its values stay what they
-/// are.
+/// An image that all contenders convert in place, alternating between there and back so that its values do
+/// not drift.
 struct Scaling {
     Scaling(Resolution resolution, int channels, Lane lane)
         : input(pixelsOf(resolution, channels, INVALID_SHARE, lane)), mat(resolution, floatType(channels)) {}
@@ -96,7 +96,7 @@ struct Scaling {
 
 void scale(Session& session, const std::string& name, Resolution resolution, int channels, Lane lane) {
     Scaling scaling(resolution, channels, lane);
-    // What bounds the loop is the traffic, whatever the values: ordinary ones for the limit.
+    // Memory traffic bounds the loop for all values, so the limit uses ordinary ones.
     Scaling ordinary(resolution, channels, Lane::NORMAL);
     Scaling& limiting = lane == Lane::NORMAL ? scaling : ordinary;
     const std::size_t count = scaling.input.size();
@@ -132,7 +132,7 @@ void scale(Session& session, const std::string& name, Resolution resolution, int
     session.run(comparison);
 }
 
-/// Points that all contenders turn in place, there and back in turns.
+/// Points that all contenders turn in place, alternating between there and back.
 struct Turning {
     static constexpr COORDINATE_SYSTEM IMAGE = COORDINATE_SYSTEM::IMAGE;
     static constexpr COORDINATE_SYSTEM WORLD = COORDINATE_SYSTEM::RIGHT_HANDED_Z_UP_AND_X_FORWARD;
@@ -179,7 +179,7 @@ struct Turning {
     bool turned = false;
 };
 
-/// The contenders that three and four floats have in common.
+/// The contenders for both three and four floats.
 void addCommon(Comparison& comparison, Turning& turning, cv::Mat& matrix) {
     const int channels = turning.channels;
     comparison.before([&] { turning.reset(); }).check([&] { return turning.check(turning.data()); });
@@ -190,7 +190,7 @@ void addCommon(Comparison& comparison, Turning& turning, cv::Mat& matrix) {
                                     turned ? Turning::IMAGE : Turning::WORLD, MEM::CPU);
             turning.turned = !turned;
         })
-        // Much slower in place, so nobody would do that.
+        // In place it is much slower, so nobody would use it like that.
         .peer(
             "OpenCV, into another image",
             [&, channels] {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How much memory operations hold at most, above their inputs.
+// The peak memory of operations, beyond their inputs.
 #include "support/children.hpp"
 #include "support/files.hpp"
 #include "support/scene.hpp"

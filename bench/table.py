@@ -12,7 +12,7 @@ import re
 import statistics
 import sys
 
-# Each kind of comparison names in its label the clock that counts: what the thread used of a processor, or what passed.
+# A comparison's label names the clock to use: the thread's processor time, or the time that passed.
 CLOCK_FIELD = {"thread": "cpu_time", "wall": "real_time", "settled": "real_time"}
 NANOSECONDS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 HEADINGS = ["case", "ours", "quartiles", "best peer", "quartiles", "ratio to it", "other peers", "limit",
@@ -59,7 +59,7 @@ def split_name(name):
 
 
 def named(roles, kind):
-    """[(name, Times)] of a kind of role, fastest first."""
+    """[(name, Times)] for one kind of role, fastest first."""
     found = [(role.split(":", 1)[1], times) for role, times in roles.items()
              if role.split(":")[0] == kind]
     return sorted(found, key=lambda entry: entry[1].median)
@@ -114,7 +114,7 @@ def context_of(path):
 
 
 def setting(context, commit):
-    """What the figures were measured with."""
+    """The machine, compiler and commit of the figures."""
     with open("/proc/cpuinfo", encoding="utf-8") as file:
         models = re.findall(r"^model name\s*: (.*)$", file.read(), re.MULTILINE)
     machine = f"{models[0] if models else platform.machine()}, {context['num_cpus']} processors"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Several threads at once, each with a Mat of its own: nothing that they share holds them up.
+// Several threads at once, each with its own Mat: nothing shared may slow them down.
 #include "support/Session.hpp"
 #include "support/scene.hpp"
 #include "support/traffic.hpp"

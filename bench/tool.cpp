@@ -22,7 +22,7 @@ using bench::Session;
 
 using Command = std::vector<std::string>;
 
-/// What becomes of a point on its way from `IMAGE` to the axes of the output.
+/// Converts a point from `IMAGE` to the axes of the output.
 using Turn = std::vector<float> (*)(const float* point);
 
 std::vector<float> asItIs(const float* point) {

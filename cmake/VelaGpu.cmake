@@ -33,7 +33,7 @@ if(VELA_GPU_FLAVOUR STREQUAL "cuda")
         set(CMAKE_CUDA_COMPILER ${VELA_NVCC})
     endif()
     if(NOT DEFINED CMAKE_CUDA_ARCHITECTURES)
-        # 8.7 are embedded boards; the last entry carries PTX for what comes after it.
+        # 8.7 are embedded boards; the last entry adds PTX for later ones.
         set(CMAKE_CUDA_ARCHITECTURES 75-real 80-real 86-real 87-real 89-real 90)
     endif()
     enable_language(CUDA)
@@ -42,7 +42,7 @@ if(VELA_GPU_FLAVOUR STREQUAL "cuda")
     find_package(CUDAToolkit REQUIRED)
 endif()
 
-# Adds the chosen backend to a target, and the macro that tells its users which one it is.
+# Adds the chosen backend to a target, and the macro that names it to users.
 function(vela_add_gpu_sources target)
     if(VELA_GPU_FLAVOUR STREQUAL "cuda")
         target_sources(${target} PRIVATE vela_gpu/kernels/launchers.cu)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# The headers that users include; every other one lies in a detail folder.
+# The headers that users include; all others are in detail folders.
 set(VELA_PUBLIC_HEADERS
     vela_core/export.hpp
     vela_core/geometry/Matrix3f.hpp

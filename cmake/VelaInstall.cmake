@@ -25,7 +25,7 @@ install(FILES ${PROJECT_BINARY_DIR}/velaConfig.cmake ${PROJECT_BINARY_DIR}/velaC
 
 install(DIRECTORY vela_interop DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev FILES_MATCHING PATTERN "*.hpp")
 
-# pkg-config finds the folders from where the file lies. What only some programs need is dropped from the others.
+# The .pc file's own location gives the folders. --as-needed drops libraries that a program does not use.
 file(RELATIVE_PATH vela_pc_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" vela_pc_prefix "${vela_pc_prefix}")
 set(vela_pc_flavour VELA_GPU_SOFTWARE)

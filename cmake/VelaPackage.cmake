@@ -18,7 +18,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvela${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
-# One of our libraries depends on another, which no package has yet.
+# One of our libraries depends on another, which is not in a package yet.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR} ${PROJECT_BINARY_DIR}/vela_io)
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libvela-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Headers of PCL and ROS, for tests and examples alone: VELA_PCL_INCLUDE and VELA_ROS_INCLUDE, empty where they or
-# Boost, which they include, are absent. Only their types are used, so nothing is linked.
+# Headers of PCL and ROS, for tests and examples only: VELA_PCL_INCLUDE and VELA_ROS_INCLUDE, empty where they or
+# Boost, which they include, are missing. Only their types are used, so nothing is linked.
 file(GLOB vela_pcl_folders /usr/include/pcl-*)
 find_path(VELA_PCL_INCLUDE pcl/point_cloud.h HINTS ${vela_pcl_folders})
 find_path(VELA_ROS_INCLUDE sensor_msgs/PointCloud2.h)

@@ -19,7 +19,7 @@ using detail::ScaleAll;
 using detail::ScalePosition;
 using detail::ToSigned;
 
-// A matrix whose effect shows, and after it one that only turns axes, for kernels that are repeated in place.
+// First a matrix with a visible effect, then one that only swaps axes, for kernels repeated in place.
 constexpr std::size_t MATRIX_FLOATS = 16;
 constexpr float MATRICES[4][MATRIX_FLOATS] = {{1, -2, 3, 0.5F, 0, 5, 8, 9, 1},
                                               {0, 1, 0, 0, 0, -1, 1, 0, 0},

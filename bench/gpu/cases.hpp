@@ -20,7 +20,7 @@ struct Case {
     Launch launch;
     Launch plain;  ///< the same by a plain kernel, see plain.hpp
     bool inPlace;
-    /// What becomes of a pixel by the host's element function; `after` may be `before`.
+    /// Applies the host's element function to a pixel; `after` may be `before`.
     std::function<void(const void* before, void* after)> element;
 
     double bytesPerPixel() const { return static_cast<double>(pixelBytes() * (reads ? 2 : 1)); }
@@ -33,7 +33,7 @@ std::vector<Case> allCases(float* deviceMatrices);
 /// The matrices that the cases use, in device memory that the program keeps.
 float* uploadMatrices();
 
-/// Microseconds of the whole call and of its bare kernel.
+/// Microseconds for the whole call and for its kernel alone.
 struct WholeCall {
     std::string name;
     MAT_TYPE type;

@@ -7,14 +7,14 @@
 
 namespace vela::bench {
 
-/// Ends the program with a line when a CUDA call failed: what comes after it would be no measurement.
+/// Ends the program with a message if a CUDA call failed, since later measurements would be meaningless.
 void require(cudaError_t status, const char* what);
 
 /// Launches, on the null stream, a kernel that does nothing.
 void launchNothing();
 
-/// Keeps the null stream busy for so long, so that what is queued meanwhile runs without waiting for the
-/// host.
+/// Keeps the null stream busy for this time, so that work queued meanwhile then runs without waiting for
+/// the host.
 void holdDevice(double microseconds);
 
 /// One line about the device in use.

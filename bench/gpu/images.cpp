@@ -32,7 +32,7 @@ unsigned char* rowOf(const Mat& mat, std::size_t y) {
     return mat.ptrGPU + y * mat.stepBytesGPU;
 }
 
-/// Gives all rows the same contents, doubling what is there.
+/// Copies the first row into all others, doubling the filled part each time.
 void fillRows(const Mat& mat, const Row& row) {
     require(cudaMemcpy(mat.ptrGPU, row.data(), row.size(), cudaMemcpyHostToDevice), "contents of an image");
     for (std::size_t done = 1; done < mat.height;) {

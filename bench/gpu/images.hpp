@@ -12,8 +12,8 @@ namespace vela::bench {
 /// Images in device memory, with finite floats of ordinary size in every word.
 class Images {
 public:
-    /// Enough of them that a round over all touches several times what caches hold, and two at least; fewer
-    /// rows than asked for where device memory is too small.
+    /// At least two images, and enough that a round over all exceeds the caches several times; fewer rows
+    /// than requested where device memory is too small.
     Images(const Case& kernel, std::size_t width, std::size_t height);
 
     /// Operation number n's image, other image for kernels that do not work in place, and target of a copy.
@@ -29,7 +29,7 @@ private:
 };
 
 /// Runs a kernel once over image n and compares whole rows at both ends and in the middle with the host's
-/// element function; empty if they agree, else what differs.
+/// element function; returns the first difference, or nothing if they agree.
 std::string findDifference(const Case& kernel, const Case::Launch& launch, const Images& images, unsigned n);
 
 }  // namespace vela::bench

@@ -24,7 +24,7 @@ struct Size {
 constexpr Size SMALL{1280, 720};
 constexpr Size SIZES[] = {SMALL, {3840, 2160}, {16384, 16384}};
 
-/// Exit status: 0 or, after a line that says so, 1.
+/// Exit status: 0 or, after an error message, 1.
 int fail(const std::string& why) {
     std::printf("gpu benchmark: %s\n", why.c_str());
     return EXIT_FAILURE;
@@ -87,7 +87,7 @@ void printCase(const Case& kernel, std::size_t width, std::size_t height, const 
     std::fflush(stdout);
 }
 
-/// Whole calls wait for the device, so the bare kernel is timed beside them in the same way.
+/// Whole calls wait for the device, so the kernel alone is timed beside them in the same way.
 void printWholeCalls(const std::vector<Case>& cases) {
     std::printf("\n%-31s %-12s %10s %12s\n", "whole call", "size", "us", "bare kernel");
     for (const WholeCall& whole : wholeCalls()) {
@@ -135,7 +135,7 @@ int run() {
     return EXIT_SUCCESS;
 }
 
-/// Whether there is a device that programs can use: a line about it, or about why not.
+/// Whether there is a usable device; prints a line about it, or the reason.
 int probe() {
     int count = 0;
     const cudaError_t status = cudaGetDeviceCount(&count);

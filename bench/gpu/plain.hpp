@@ -20,9 +20,8 @@ struct Fill {
     Pixel value;
 };
 
-/// The kernel that anybody would write first: a grid-stride loop over pixels, one thread each. It stands
-/// beside the tiles of the library, so that a run on hardware tells what those are worth. Instantiated in
-/// plain.cu.
+/// The obvious kernel: a grid-stride loop with one thread per pixel. Timed beside the library's tiles, it
+/// shows on hardware what those are worth. Instantiated in plain.cu.
 template <class From, class To, class Op>
 void launchPlainly(const Image<From>& from, const Image<To>& to, const Op& op);
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What calls of the Python package cost, beside numpy in the same run: the least of many repetitions.
+"""What calls of the Python package cost, compared with numpy in the same run: the minimum of many repetitions.
 
 Usage: python bench/python/cost.py
 Where a target is given and missed, the line says so and the program ends with 1.
@@ -25,7 +25,7 @@ def nothing():
     pass
 
 
-# What is measured, with what stands beside it, and the target in nanoseconds.
+# The measured call, the call to compare with, and the target in nanoseconds.
 CASES = [
     ("empty call", "vela.has_gpu()", "nothing()", 60),
     ("property", "m.width", "array.size", 70),
@@ -49,7 +49,7 @@ def nanoseconds(statement):
 
 
 def import_milliseconds(module):
-    """Of a process that imports the module, less one that does not; Python's own modules are loaded already."""
+    """Time of a process that imports the module, minus one that does not; Python's own modules are already loaded."""
     def run(code):
         return min(timeit.repeat(lambda: subprocess.run([sys.executable, "-c", code], check=True), number=1, repeat=7))
 

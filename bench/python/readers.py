@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Reads and writes PLY files by a library of another maker, and times each call inside this process, for bench/io.
+"""Reads and writes PLY files with another project's library, and times each call inside this process, for bench/io.
 
 Usage: readers.py Open3D|plyfile
 
@@ -22,7 +22,7 @@ PIXEL = np.dtype([("xyz", "<f4", 3), ("rgb", "u1", 3), ("alpha", "u1")])
 
 
 class Open3D:
-    """By its tensors, which keep floats and bytes; the older interface turns both into doubles."""
+    """Uses its tensors, which keep floats and bytes; the older interface converts both to doubles."""
 
     def __init__(self):
         import open3d
@@ -47,7 +47,7 @@ class Open3D:
 
 
 class Plyfile:
-    """From and to arrays of points and colours: its own reader only maps the file, and nothing is read until then."""
+    """Includes arrays of points and colours: its reader only maps the file and reads nothing before they are made."""
 
     RECORD = np.dtype([(name, "<f4") for name in ("x", "y", "z")] + [(name, "u1") for name in ("red", "green", "blue")])
 
@@ -105,7 +105,7 @@ class Conversation:
 
 
 def main(name):
-    # Libraries that print must not garble the answers.
+    # Output of the libraries must not mix with the answers.
     answers = os.fdopen(os.dup(1), "w", buffering=1)
     os.dup2(2, 1)
     try:
@@ -119,7 +119,7 @@ def main(name):
         try:
             answer = {"read": conversation.read, "write": conversation.write, "save": conversation.save,
                       "take": conversation.take}[verb](path)
-        except Exception as error:  # whatever it is, it is the benchmark's to report
+        except Exception as error:  # the benchmark reports every error
             answer = f"failed: {name}, {line.strip()}: {error}".replace("\n", " ")
         print(answer, file=answers)
 

@@ -12,7 +12,7 @@
 
 namespace vela::bench {
 
-/// Looks at what a contender has just computed; returns what is wrong, or nothing.
+/// Checks what a contender has just computed; returns the error, or nothing.
 using Check = std::function<std::string()>;
 
 /// For contenders that only move the bytes that the work has to move.
@@ -20,7 +20,7 @@ inline std::string nothingToCheck() {
     return {};
 }
 
-/// One row of the table: the same work done by the library, by its peers, and by whatever bounds it. A
+/// One row of the table: the same work done by the library, by its peers, and by its limit. A
 /// contender is a callable that does the work once. Everything that contenders refer to must live until
 /// `Session::run` returns.
 class Comparison {
@@ -29,8 +29,8 @@ public:
         std::string role;  ///< "ours", "peer:NAME" or "limit:NAME"
         std::function<void()> once;
         std::function<void(benchmark::State&)> timed;
-        Check check;         ///< null for that of the comparison
-        std::string absent;  ///< why it is not run, if it is not
+        Check check;         ///< null: use the comparison's check
+        std::string absent;  ///< why it is not run; empty if it is
     };
 
     explicit Comparison(std::string name) : name_(std::move(name)) {}
@@ -45,12 +45,12 @@ public:
         check_ = std::move(check);
         return *this;
     }
-    /// One call of a contender does the work so often; times are given for one.
+    /// How many times one call of a contender does the work; times are reported for one.
     Comparison& repeats(std::int64_t count) {
         repeats_ = count;
         return *this;
     }
-    /// Takes the clock on the wall instead of the thread's processor time: for work that waits.
+    /// Uses wall-clock time instead of the thread's processor time, for work that waits.
     Comparison& byWallClock() {
         clock_ = "wall";
         return *this;
@@ -68,7 +68,7 @@ public:
     Comparison& limit(const std::string& name, Work work, Check check = nullptr) {
         return add("limit:" + name, std::move(work), std::move(check));
     }
-    /// A contender that leaves something to be done outside the measured time, by `settle`.
+    /// A contender whose remaining work is done by `settle`, outside the measured time.
     template <class Work, class Settle>
     Comparison& addSettled(std::string role, Work work, Settle settle, Check check = nullptr) {
         const std::int64_t count = repeats_;
@@ -103,7 +103,7 @@ public:
         contenders_.push_back({std::move(role), [work]() mutable { work(); }, timed, std::move(check), {}});
         return *this;
     }
-    /// Says in the table why a peer was not run.
+    /// States in the table why a peer was not run.
     Comparison& absent(const std::string& peer, const std::string& reason) {
         const auto skipped = [reason](benchmark::State& state) { state.SkipWithError(reason.c_str()); };
         contenders_.push_back({"peer:" + peer, [] {}, skipped, nothingToCheck, reason});

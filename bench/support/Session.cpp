@@ -20,12 +20,12 @@ constexpr const char FLAVOUR[] = "cuda";
 constexpr const char FLAVOUR[] = "software";
 #endif
 #if defined(__clang__)
-constexpr const char COMPILER[] = __VERSION__;  // names itself
+constexpr const char COMPILER[] = __VERSION__;  // begins with the compiler's name
 #else
 constexpr const char COMPILER[] = "g++ " __VERSION__;
 #endif
 
-/// Takes the option that starts so out of the arguments; empty if it is not there.
+/// Removes the option with this prefix from the arguments and returns it; empty if there is none.
 std::string takeOption(std::vector<char*>& arguments, const std::string& start) {
     const auto found = std::find_if(arguments.begin(), arguments.end(), [&](const char* argument) {
         return std::string(argument).rfind(start, 0) == 0;

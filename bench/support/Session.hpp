@@ -10,7 +10,7 @@
 
 namespace vela::bench {
 
-/// How long a program measures: so many interleaved repetitions, each of at least so many seconds.
+/// How long a program measures: the number of interleaved repetitions, and the minimum seconds of each.
 struct Effort {
     int repetitions = 21;
     double seconds = 0.01;
@@ -28,10 +28,10 @@ public:
     /// compute what it should have.
     void run(const Comparison& comparison);
 
-    /// Whether the filter lets a comparison of this name through, for those that are dear to prepare.
+    /// Whether the filter selects a comparison of this name; asked by those that are expensive to prepare.
     bool wants(const std::string& name) const { return std::regex_search(name, filter_); }
 
-    /// How many comparisons the filter let through.
+    /// How many comparisons the filter selected.
     int compared() const { return compared_; }
 
 private:

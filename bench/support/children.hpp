@@ -36,7 +36,7 @@ private:
     std::string received_;  ///< what follows the last line that was returned
 };
 
-/// The most memory, in bytes, that `work` held in a child process, above what the process held before.
+/// The peak memory of `work` in a child process, in bytes, beyond what the process held before.
 std::size_t peakMemoryOf(const std::function<void()>& work);
 
 }  // namespace vela::bench

@@ -14,7 +14,7 @@
 namespace vela::bench {
 namespace {
 
-/// An open file; what fails ends the program by an exception.
+/// An open file; failures throw.
 class Descriptor {
 public:
     Descriptor(const std::string& path, int flags) : number_(open(path.c_str(), flags | O_CLOEXEC, 0666)) {

@@ -5,7 +5,7 @@
 
 namespace vela::bench {
 
-/// A folder of the program's own inside another, which goes away with it.
+/// A temporary folder inside another, removed when this is destroyed.
 class ScratchFolder {
 public:
     explicit ScratchFolder(const std::string& parent);
@@ -19,13 +19,13 @@ private:
     std::string path_;
 };
 
-/// A folder in memory where there is one, so that no disk is measured.
+/// An in-memory folder if there is one, so that no disk is measured.
 std::string memoryFolder();
 
 /// All bytes of a file.
 std::string contentOf(const std::string& path);
 
-/// Puts bytes into a file by as few calls as the system needs.
+/// Writes bytes to a file by as few calls as the system needs.
 void writeRaw(const std::string& path, const std::string& content);
 
 }  // namespace vela::bench

@@ -29,7 +29,7 @@ std::vector<float> makeCloud(Resolution resolution, double invalidShare, Lane la
 /// The z of such a cloud.
 std::vector<float> makeDepth(Resolution resolution, double invalidShare);
 
-/// A picture of so many interleaved channels: smooth areas with noise, as cameras see them.
+/// A picture with this number of interleaved channels: smooth areas with noise, as cameras see them.
 std::vector<std::uint8_t> makePicture(Resolution resolution, int channels);
 
 }  // namespace vela::bench

@@ -8,11 +8,11 @@
 
 namespace vela::bench {
 
-/// Multiplies floats in place: load, multiply, store, in registers of AVX2 where there are any.
+/// Multiplies floats in place: load, multiply, store, with AVX2 where the processor has it.
 using MultiplyAll = void (*)(float* values, std::size_t count, float factor);
 
-/// Adds what bounds a loop over an image, with and without prefetching: either may be the faster one. `work`
-/// calls the loop that it gets for all floats that the contenders convert.
+/// Adds the limits of a loop over an image, with and without prefetching, since either may be faster. `work`
+/// applies the given loop to all floats that the contenders convert.
 void addTrafficLimits(Comparison& comparison, const std::function<void(MultiplyAll)>& work,
                       const Check& check = nullptr);
 

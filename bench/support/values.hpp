@@ -7,13 +7,13 @@
 
 namespace vela::bench {
 
-/// How far floats may be apart: so much, or this share of the expected value.
+/// How far floats may differ: by this amount, or by this share of the expected value.
 struct Tolerance {
     double absolute = 0;
     double relative = 0;
 };
 
-/// Names the first value that is not as expected; empty if all are. NaN is equal to NaN.
+/// Names the first value that is not as expected; empty if all are. NaN equals NaN.
 inline std::string differences(const float* actual, const float* expected, std::size_t count,
                                Tolerance tolerance = {}) {
     for (std::size_t i = 0; i < count; ++i) {

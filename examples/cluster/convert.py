@@ -28,7 +28,7 @@ FLOAT32 = 7  # sensor_msgs/PointField
 
 @dataclass(frozen=True)
 class Job:
-    """What a worker has to know besides its time range."""
+    """What a worker needs besides its time range."""
 
     recording: str
     topic: str
@@ -120,7 +120,7 @@ def convert_on(client, job, ranges):
 
 
 def digest(folder):
-    """SHA-256 over names and bytes of all files; what a killed worker left unfinished bears a hidden name."""
+    """SHA-256 over names and bytes of all files, except the hidden files that a killed worker left unfinished."""
     total = hashlib.sha256()
     for path in sorted(pathlib.Path(folder).glob("[!.]*")):
         total.update(path.name.encode())

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Builds a few records as a program would that talks to cameras, and prints them.
+// Builds a few records, as a camera application would, and prints them.
 #include <vela_core/vela.hpp>
 
 #include <iostream>
@@ -23,7 +23,7 @@ int main() {
         std::cout << location << ": " << value << " " << SENSORS_UNIT::DEG_C << " (" << status << ")\n";
     }
 
-    CustomBoxObjectData box;  // with an identifier of its own
+    CustomBoxObjectData box;  // has a new identifier
     box.class_label = 4;
     box.score = 0.9F;
     std::cout << "box of label " << box.class_label << " with " << box.box_corners.size() << " corners\n";

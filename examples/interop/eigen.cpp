@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Moves a cloud by a pose and asks for its centre, in Eigen's words.
+// Moves a cloud by a pose and computes its centre with Eigen.
 #include <vela_core/vela.hpp>
 #include <vela_interop/eigen.hpp>
 

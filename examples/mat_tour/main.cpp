@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What owns what: allocate, wrap, refer, clone, move, copy across sides, write and read.
+// Who owns which buffers: allocate, wrap, refer, clone, move, copy between sides, write and read.
 #include <vela_core/vela.hpp>
 
 #include <cstdio>
@@ -12,13 +12,13 @@ void show(const char* what, const Mat& mat) {
 }
 
 int main() {
-    Mat image(4, 3, MAT_TYPE::MAT_8U_C3);  // host memory of its own
+    Mat image(4, 3, MAT_TYPE::MAT_8U_C3);  // owns host memory
     image.setTo(Vector3<unsigned char>(10, 20, 30));
     show("allocated", image);
 
     unsigned char pixels[36] = {};
     Mat wrapped(4, 3, MAT_TYPE::MAT_8U_C3, pixels, 12, MEM::CPU);  // the caller's memory
-    image.copyTo(wrapped);                                         // fits, so it is written through
+    image.copyTo(wrapped);                                         // fits, so the pixels are written there
     std::printf("%-28s %d\n", "the caller's array holds", pixels[35]);
     show("wrapped", wrapped);
 
@@ -32,11 +32,11 @@ int main() {
     show("cloned", clone);
 
     Mat taken = std::move(clone);  // buffers change hands
-    show("moved from", clone);     // NOLINT(bugprone-use-after-move): what a move leaves is part of the tour
+    show("moved from", clone);     // NOLINT(bugprone-use-after-move): shows what a move leaves
     show("moved to", taken);
 
     Mat onGpu;
-    image.copyTo(onGpu, COPY_TYPE::CPU_GPU);  // shaped to fit, on the GPU alone
+    image.copyTo(onGpu, COPY_TYPE::CPU_GPU);  // reallocated to fit, on the GPU only
     onGpu.updateCPUfromGPU();                 // and then on both sides
     show("copied to the GPU", onGpu);
 

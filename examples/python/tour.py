@@ -17,7 +17,7 @@ WIDTH, HEIGHT, FOCAL = 320, 240, 300.0
 
 
 def scene():
-    """Depth in metres of a ball before a wall, with a hole where the camera saw nothing."""
+    """Depth in metres of a ball in front of a wall, with a hole where the camera saw nothing."""
     x, y = np.meshgrid(np.arange(WIDTH) - WIDTH / 2, np.arange(HEIGHT) - HEIGHT / 2)
     depth = np.full((HEIGHT, WIDTH), 3.0, np.float32)
     from_centre = (x**2 + y**2) / 70**2
@@ -36,7 +36,7 @@ def cloud_of(depth):
 
 
 def top_view(cloud, pixels_per_metre=100):
-    """How many points stand over each place of the ground, as grey levels."""
+    """The number of points above each place on the ground, as grey levels."""
     points = cloud.xyz[cloud.valid]  # x forward, y left, z up, in metres
     row = (400 - points[:, 0] * pixels_per_metre).astype(int)
     column = (200 - points[:, 1] * pixels_per_metre).astype(int)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// One large cloud converted by several threads: each gets a band of rows as a Mat that refers to them.
+// Several threads convert one large cloud: each gets a Mat that refers to a band of its rows.
 #include <vela_core/vela.hpp>
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// One large cloud converted by OpenCV's threads: cv::parallel_for_ hands out bands of rows.
+// OpenCV's threads convert one large cloud: cv::parallel_for_ hands out bands of rows.
 #include <vela_core/vela.hpp>
 
 #include <opencv2/core/utility.hpp>

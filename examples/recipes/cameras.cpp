@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Two cameras, a stream for each: their uploads and downloads do not wait for one another.
+// Two cameras with one stream each, so that their uploads and downloads do not wait for each other.
 #include <vela_core/vela.hpp>
 
 #include <cstdio>
@@ -26,7 +26,7 @@ int main() {
         camera.picture.copyTo(camera.onGpu, COPY_TYPE::CPU_GPU, camera.stream);
         camera.onGpu.copyTo(camera.result, COPY_TYPE::GPU_CPU, camera.stream);
     }
-    // Each camera's Mats are touched again only after its own stream is done.
+    // Each camera's Mats are used again only after its stream has finished.
     for (Camera& camera : cameras) {
         cudaStreamSynchronize(camera.stream);
         std::printf("shade %d\n", camera.result.getPtr<unsigned char>()[0]);

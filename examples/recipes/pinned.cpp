@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Copies between pageable host memory and a stream wait in the driver. Page-locked memory, wrapped in a Mat,
-// makes them run beside the host's work.
+// Copies of pageable host memory on a stream block in the driver. With page-locked memory, wrapped in a Mat,
+// they overlap with the host's work.
 #include <vela_core/vela.hpp>
 
 #include <cuda_runtime_api.h>
@@ -10,7 +10,7 @@
 
 using namespace vela;
 
-/// Host memory that stays page-locked as long as this lives.
+/// Host memory that is page-locked during this object's lifetime.
 class PinnedBuffer {
 public:
     explicit PinnedBuffer(std::size_t bytes) : bytes_(bytes) {

@@ -8,7 +8,7 @@
 
 namespace stereo {
 
-/// Something that the user can mend; its text is the one line that is shown.
+/// An error that the user can fix; its text is the one line that is printed.
 struct UserError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Held while `current` changes and while results are published.
+/// Locked while `current` changes and while results are published.
 std::mutex mutex;
 Output* current = nullptr;
 
@@ -44,7 +44,7 @@ Output::~Output() {
 }
 
 void Output::remove() {
-    // Another thread may still be making files there.
+    // Another thread may still be creating files there.
     std::error_code error;
     for (int i = 0; i < 100 && fs::exists(staging_, error); ++i) {
         fs::remove_all(staging_, error);
@@ -92,7 +92,7 @@ void Output::removePartialFilesOnSignals() {
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
         struct sigaction present = {};
         sigaction(signal, nullptr, &present);
-        if (present.sa_handler != SIG_IGN) sigaddset(&signals, signal);  // nohup stays nohup
+        if (present.sa_handler != SIG_IGN) sigaddset(&signals, signal);  // keep nohup's setting
     }
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread([signals] {

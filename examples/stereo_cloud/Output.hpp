@@ -7,8 +7,8 @@
 
 namespace stereo {
 
-/// The folder of the results. They are made in a hidden folder inside it and take the place of earlier ones
-/// in `publish`; without it nothing is left behind.
+/// The folder of the results. They are made in a hidden folder inside it and replace earlier ones in
+/// `publish`; without that call nothing is left behind.
 class Output {
 public:
     /// Throws UserError if the folder cannot be written.
@@ -17,15 +17,15 @@ public:
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
-    /// Where to make a file of the given name.
+    /// The path at which to create a file of this name.
     std::string path(const std::string& name) const { return (staging_ / name).string(); }
 
     /// All results appear, or earlier ones stay as they were and UserError is thrown.
     void publish();
 
-    /// From now on SIGHUP, SIGINT and SIGTERM end the program only after what it has not published is
-    /// removed. To be called once, before any other thread is started; the Output that exists then is cleaned
-    /// up.
+    /// From now on SIGHUP, SIGINT and SIGTERM end the program only after its unpublished files are removed.
+    /// Call this once, before starting any other thread; it cleans up the Output that exists when the signal
+    /// arrives.
     static void removePartialFilesOnSignals();
 
 private:

@@ -19,7 +19,7 @@ using vela::io::Result;
 
 constexpr vela::COORDINATE_SYSTEM AXES = vela::COORDINATE_SYSTEM::RIGHT_HANDED_Y_UP_AND_Z_BACKWARD;
 
-/// Runs `work` and throws what it reports; returns how many milliseconds it took.
+/// Runs `work` and throws the error that it reports; returns its duration in milliseconds.
 template <class Work>
 double timed(Result& result, Work work) {
     const auto start = std::chrono::steady_clock::now();
@@ -68,7 +68,7 @@ std::string saveAndCompare(const vela::Mat& cloud, const char* name, bool grid, 
     return lineAbout(name, written, "points", writing, reading);
 }
 
-/// Whether `back` is `depth` to half a millimetre. What is too near or too far for a sample counts as kept.
+/// Whether `back` is `depth` to half a millimetre. Depths out of a sample's range are ignored.
 bool sameDepths(const vela::Mat& depth, const vela::Mat& back) {
     constexpr double STEP = 0.001;
     constexpr double FARTHEST = 65535 * STEP;

@@ -9,7 +9,7 @@
 
 namespace stereo {
 
-// Files by vela::io, which reports every failure itself. The cloud is in metres and
+// Files written by vela::io, which reports every failure. The cloud is in metres and
 // RIGHT_HANDED_Y_UP_AND_Z_BACKWARD, the depth map in metres. Each function returns what to print about the
 // file and throws UserError.
 

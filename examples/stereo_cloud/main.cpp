@@ -23,7 +23,7 @@ namespace {
 
 using namespace stereo;
 
-/// Share of pixels with depth below which something is wrong with most pairs: swapped ones have a sixth.
+/// Below this share of pixels with depth the pair is probably wrong: swapped pictures give a sixth.
 constexpr double HARDLY_ANY = 0.25;
 
 /// Runs one step and prints a line with what it did and how long it took.
@@ -100,7 +100,7 @@ void saveLeft(cv::Mat& left, const Output& output) {
     });
 }
 
-/// What to print about the depth; throws where there is none.
+/// What to print about the depth; throws if no pixel has any.
 std::string judge(const Quality& quality, std::size_t pixels) {
     const char* const usualReasons = "are left and right swapped, or are the pictures not rectified?";
     if (quality.withDepth == 0) throw UserError(std::string("no pixel has depth: ") + usualReasons);
@@ -164,10 +164,10 @@ void run(const Options& options) {
 }  // namespace
 
 int main(int count, char** arguments) {
-    signal(SIGPIPE, SIG_IGN);  // the results count, not who reads the lines about them
-    signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is like a full disk
+    signal(SIGPIPE, SIG_IGN);  // make the results even if nobody reads the output
+    signal(SIGXFSZ, SIG_IGN);  // report a file-size limit like a full disk
     cv::utils::logging::setLogLevel(
-        cv::utils::logging::LOG_LEVEL_SILENT);  // failures are told here, in one line
+        cv::utils::logging::LOG_LEVEL_SILENT);  // this program reports failures in one line
     try {
         const Options options = parseOptions(count, arguments);
         if (options.help) {

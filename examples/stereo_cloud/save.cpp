@@ -24,7 +24,7 @@ struct CloudFile {
     const char* name;
     std::size_t headerLines;
     std::size_t linesPerPoint;
-    /// The end of the file that holds this point as its last one, of so many.
+    /// The expected end of a file with this number of points, the last of which is this.
     std::string (*end)(const Point& point, std::size_t points);
 };
 

@@ -15,7 +15,7 @@
 namespace stereo {
 namespace {
 
-// Limits of the matcher, whose disparities have 16 bits, four of them below the pixel.
+// Limits of the matcher, whose disparities have 16 bits, four of them fractional.
 constexpr int LARGEST_RANGE = 2032;
 const cv::Size SMALLEST_PICTURE(64, 16);
 
@@ -32,7 +32,7 @@ cv::Mat readColors(const std::filesystem::path& path, const char* which) {
     return picture.depth() <= CV_16U ? picture : readPicture(path, cv::IMREAD_COLOR, which);
 }
 
-/// Brings pictures to 8 bits. Cameras give 10 or 12 bits in files of 16: the largest value tells how many.
+/// Brings pictures to 8 bits. Cameras store 10 or 12 bits in 16-bit files: the largest value shows how many.
 void scaleTo8Bits(Pair& pair) {
     if (pair.left.depth() == CV_8U && pair.right.depth() == CV_8U) return;
     const double largest = std::max(cv::norm(pair.left, cv::NORM_INF), cv::norm(pair.right, cv::NORM_INF));
@@ -54,7 +54,7 @@ void requireSize(const cv::Mat& picture, const cv::Mat& left, const char* which)
                     " pixels, the left picture has " + sizeText(left.size()));
 }
 
-/// No picture shows what is farther away; it keeps all numbers finite.
+/// Farther than anything that a picture shows; this limit keeps all numbers finite.
 constexpr double FARTHEST_MM = 1e15;
 
 /// NaN for a disparity without depth.

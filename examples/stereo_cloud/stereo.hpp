@@ -12,7 +12,7 @@ namespace stereo {
 struct Pair {
     cv::Mat left;   ///< blue, green, red bytes
     cv::Mat right;  ///< the same size
-    int bits = 8;   ///< that the values in the files use; more than 8 were scaled to 8
+    int bits = 8;   ///< bits used in the files; values of more than 8 were scaled to 8
     cv::Mat truth;  ///< measured disparity in pixels, bytes, 0 = unknown; may be empty
 };
 

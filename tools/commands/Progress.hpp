@@ -8,7 +8,7 @@
 
 namespace vela::tools {
 
-/// A bar on a terminal for work that takes more than a second; nothing elsewhere. Gone when destroyed.
+/// A progress bar on a terminal for work that takes more than a second. Erased when destroyed.
 class ProgressBar {
 public:
     /// Draws on `err` if that is the process's standard error and a terminal.
@@ -19,7 +19,7 @@ public:
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
-    /// To be handed to a reader or writer that ends before the bar does.
+    /// For a reader or writer that must finish before the bar is destroyed.
     io::Progress callback();
 
 private:
@@ -29,7 +29,7 @@ private:
     bool enabled_;
     std::chrono::milliseconds patience_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-    int drawn_ = -1;  ///< per cent on the terminal
+    int drawn_ = -1;  ///< percentage on the terminal
 };
 
 }  // namespace vela::tools

@@ -19,7 +19,7 @@ struct Trouble : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// What a command works with.
+/// The streams that a command writes to.
 struct Console {
     std::ostream& out;
     std::ostream& err;
@@ -27,14 +27,14 @@ struct Console {
 
 using Command = std::function<int()>;
 
-// Each adds a subcommand to `app` and returns what runs it after parsing.
+// Each adds a subcommand to `app` and returns the function that runs it after parsing.
 Command addInfo(CLI::App& app, const Console& console);
 Command addConvert(CLI::App& app, const Console& console);
 Command addView(CLI::App& app, const Console& console);
 Command addDiff(CLI::App& app, const Console& console);
 Command addDepthToCloud(CLI::App& app, const Console& console);
 
-/// Throws the text of a failed result.
+/// Throws the text of a result that failed.
 void require(const io::Result& result);
 
 /// A value for an option by one of its names; throws a line that lists them. Empty text is no value.
@@ -42,7 +42,7 @@ std::optional<UNIT> unitNamed(const std::string& option, const std::string& name
 std::optional<COORDINATE_SYSTEM> axesNamed(const std::string& option, const std::string& name);
 std::optional<io::ENCODING> encodingNamed(const std::string& option, const std::string& name);
 std::optional<io::ROW_ORDER> rowsNamed(const std::string& option, const std::string& name);
-/// What a file states, in words that the options take; "unknown" where it states nothing.
+/// What a file states, in the words of the options; "unknown" if it states nothing.
 std::string stated(const std::optional<UNIT>& unit);
 std::string stated(const std::optional<COORDINATE_SYSTEM>& axes);
 /// The names, for help texts.
@@ -50,7 +50,7 @@ std::string unitNames();
 std::string axesNames();
 std::string encodingNames();
 
-/// Options that say what a file does not: of clouds unit and axes, of depth maps unit, scale and row order.
+/// Options for what a file does not state: unit and axes of clouds; unit, scale and row order of depth maps.
 struct InputOptions {
     std::string unit;
     std::string axes;
@@ -63,7 +63,7 @@ struct InputOptions {
     io::DepthReadOptions forDepth() const;
 };
 
-/// A cloud or a depth map with what its file says of it.
+/// A cloud or a depth map, and what its file states.
 struct Loaded {
     bool isDepth = false;
     Mat mat;

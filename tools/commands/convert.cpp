@@ -25,7 +25,7 @@ struct ConvertOptions {
     InputOptions input;
 };
 
-/// The enumerator of a format that a name stands for; `last` is the highest one.
+/// The format enumerator for a name; `last` is the highest one.
 template <class Enum>
 std::optional<Enum> formatNamed(const std::string& name, Enum last) {
     if (name.empty()) return std::nullopt;

@@ -29,7 +29,7 @@ struct PinholeOptions {
 };
 
 /// Each pixel's point by the pinhole model: x = (u - cx) z / fx, y = (v - cy) z / fy, in the axes of the
-/// picture; NaN without a depth.
+/// picture; NaN where there is no depth.
 Mat backProject(const Mat& depth, const Picture& picture, const PinholeOptions& options) {
     const bool colored = !picture.rgb.empty();
     Mat cloud(depth.width, depth.height, colored ? MAT_TYPE::MAT_32F_C4 : MAT_TYPE::MAT_32F_C3);

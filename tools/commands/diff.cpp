@@ -23,8 +23,7 @@ const unsigned char* pixelAt(const Mat& mat, std::size_t x, std::size_t y) {
     return mat.ptrCPU + y * mat.stepBytesCPU + x * mat.pixelBytes;
 }
 
-/// How far apart two pixels of the first `count` floats are; infinite where one has a number and the other
-/// none.
+/// The distance of two pixels over the first `count` floats; infinite where only one of them has a number.
 double distanceOf(const unsigned char* a, const unsigned char* b, std::size_t count) {
     float first[3];
     float second[3];
@@ -41,9 +40,9 @@ double distanceOf(const unsigned char* a, const unsigned char* b, std::size_t co
 }
 
 struct Differences {
-    std::size_t far = 0;  ///< pixels further apart than the tolerance
+    std::size_t far = 0;  ///< pixels that differ by more than the tolerance
     double largest = 0;
-    std::size_t x = 0;  ///< where the largest is
+    std::size_t x = 0;  ///< position of the largest
     std::size_t y = 0;
     std::size_t colors = 0;
 };
@@ -69,7 +68,7 @@ Differences compare(const Mat& a, const Mat& b, double tolerance) {
     return found;
 }
 
-/// Says what of the two files' descriptions differs; true if anything does.
+/// Prints the differences of the two files' descriptions; true if there are any.
 bool describeDiffers(const Loaded& a, const Loaded& b, std::ostream& out) {
     const auto differs = [&out](const char* what, const std::string& first, const std::string& second) {
         if (first != second) out << what << ": " << first << " and " << second << "\n";

@@ -83,7 +83,7 @@ Report examine(const Loaded& loaded) {
     return report;
 }
 
-/// The shortest text of a number, with a point whatever the locale.
+/// The shortest text of a number, with a decimal point in every locale.
 template <class T>
 std::string text(T value) {
     char digits[64];
@@ -94,7 +94,7 @@ double share(std::size_t part, std::size_t all) {
     return all == 0 ? 0 : std::round(10000 * static_cast<double>(part) / static_cast<double>(all)) / 100;
 }
 
-/// What is said of a file: a name, a value, and whether JSON wants quotes around it.
+/// An item of a report on a file: a name, a value, and whether JSON needs quotes around it.
 struct Fact {
     std::string name;
     std::string value;

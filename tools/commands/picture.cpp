@@ -9,7 +9,7 @@ namespace vela::tools {
 
 namespace {
 
-/// libpng's simplified reader, given back at the end.
+/// libpng's simplified reader, freed at the end.
 struct Reader {
     png_image image{};
     std::string path;

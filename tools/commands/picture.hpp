@@ -18,7 +18,7 @@ struct Picture {
 };
 
 /// Reads a PNG file of any kind and of the depth map's size, by libpng, so that the tool loads no OpenCV.
-/// What is transparent lies on black. Throws Trouble.
+/// Transparent pixels are blended with black. Throws Trouble.
 Picture readPicture(const std::string& path, const Mat& depth);
 
 }  // namespace vela::tools
