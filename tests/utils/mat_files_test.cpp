@@ -90,7 +90,10 @@ TEST_F(MatFilesTest, PicturesComeBackAsTheyWere) {
             Mat mat(width, 7, type, window.part.ptrCPU, window.part.stepBytesCPU, MEM::CPU);
             EXPECT_EQ(write(mat, "a.png"), OK);
             Mat back = filled(2, 2, F4, MEM_BOTH);
+            back.name = "kept";
+            back.timestamp = 7;
             EXPECT_EQ(back.read(folder_ / "a.png"), OK);
+            EXPECT_TRUE(back.name == "kept" && back.timestamp == 7);
             EXPECT_TRUE(back.memoryOwner && back.memType == MEM::CPU && back.dataType == type);
             EXPECT_EQ(back.width, width);
             EXPECT_EQ(load(back, MEM::CPU), load(mat, MEM::CPU));
