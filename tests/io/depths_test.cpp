@@ -102,6 +102,7 @@ TEST_F(DepthsTest, FloatsComeBackBitForBitAndOtherwiseAsSamples) {
             const float in = *at(i % WIDTH, i / WIDTH);
             const float out = back[i];
             if (!kind.samples) {
+                // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits count
                 ASSERT_EQ(std::memcmp(&in, &out, sizeof in), 0) << i;
             } else if (std::isnan(in)) {
                 ASSERT_TRUE(std::isnan(out)) << i;
