@@ -48,12 +48,12 @@ protected:
 };
 
 /// A stream that is destroyed with this object.
-class Stream {
+class OwnStream {
 public:
-    Stream() { EXPECT_EQ(cudaStreamCreate(&stream_), cudaSuccess); }
-    ~Stream() { EXPECT_EQ(cudaStreamDestroy(stream_), cudaSuccess); }
-    Stream(const Stream&) = delete;
-    Stream& operator=(const Stream&) = delete;
+    OwnStream() { EXPECT_EQ(cudaStreamCreate(&stream_), cudaSuccess); }
+    ~OwnStream() { EXPECT_EQ(cudaStreamDestroy(stream_), cudaSuccess); }
+    OwnStream(const OwnStream&) = delete;
+    OwnStream& operator=(const OwnStream&) = delete;
 
     operator cudaStream_t() const { return stream_; }
 
@@ -63,7 +63,7 @@ private:
 
 #ifdef VELA_GPU_SOFTWARE  // which runs a stream's work only once something waits for it
 /// A stream with pending work, which shows whether anything has waited for it.
-class BusyStream : public Stream {
+class BusyStream : public OwnStream {
 public:
     BusyStream() {
         EXPECT_EQ(cudaMemcpy2DAsync(to_, 4, "abc", 4, 4, 1, cudaMemcpyHostToHost, *this), cudaSuccess);

@@ -89,7 +89,7 @@ TEST_F(MatTest, AnAllocationThatFailsLeavesAnEmptyMat) {
 }
 
 TEST_F(MatTest, PartsOfAnImageAreCopiedBeforeTheWholeIsReleased) {
-    const Stream stream;
+    const OwnStream stream;
     for (cudaStream_t const queue : {cudaStream_t{}, cudaStream_t{stream}}) {
         Mat owner = filled(40, 4, U1, MEM::CPU);
         const Mat middle(20, 2, U1, owner.ptrCPU + 50, 40, MEM::CPU);
@@ -172,7 +172,7 @@ TEST_F(MatTest, SizesOfCopiesAreTruncatedTo32Bits) {
 #ifdef VELA_GPU_SOFTWARE
     const Mat tall(1, LARGE + 5, U1, pixels, 64, MEM::CPU);
     Mat copied;
-    const Stream stream;
+    const OwnStream stream;
     for (cudaStream_t const queue : {cudaStream_t{}, cudaStream_t{stream}}) {
         printedBy([&] {
             EXPECT_EQ(tall.copyTo(copied, COPY_TYPE::CPU_GPU, queue), BAD) << "all rows are asked for";

@@ -142,7 +142,7 @@ protected:
     }
 
     ScratchFolder folder_;
-    const Stream stream_;
+    const OwnStream stream_;
     LogCapture log_;
     int cases_ = 0;
     int faults_ = 0;

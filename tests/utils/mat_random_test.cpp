@@ -53,7 +53,7 @@ TEST_F(MatRandomTest, AfterRandomOperationsMatsEqualTheirModels) {
     constexpr std::size_t BATCH = 100;
     SCOPED_TRACE(testing::Message() << "VELA_RANDOM_SEED=" << seed);
     random_.seed(static_cast<std::mt19937::result_type>(seed));
-    const Stream stream;
+    const OwnStream stream;
     stream_ = stream;
     const std::vector<Operation> all = operations();
     LogCapture log;
