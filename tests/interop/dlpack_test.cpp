@@ -134,7 +134,7 @@ TEST_F(ForeignTensor, MayLeaveStridesOutOrSayAnythingOfLengthOne) {
     packed->dl_tensor.strides = nullptr;
     EXPECT_EQ(viewOfDlpack(std::move(packed)).mat.stepBytesCPU, 24U);
     const std::size_t steps[] = {24, 12, 4};
-    for (int i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i) {
         shape_[i] = 1;
         strides_[i] = -7;
         EXPECT_EQ(viewOfDlpack(make()).mat.stepBytesCPU, steps[i]);
