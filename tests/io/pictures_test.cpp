@@ -78,7 +78,7 @@ TEST_F(PreviewTest, ShowsEachPixelInTheColourOfItsDepth) {
 
     // 12 pixels of margin; near is warm and light, far is cold and dark, brightness falls throughout.
     const auto brightness = [&](int x, int y) {
-        const cv::Vec3b bgr = picture.at<cv::Vec3b>(y + 12, x + 12);
+        const cv::Vec3b& bgr = picture.at<cv::Vec3b>(y + 12, x + 12);
         return bgr[0] + bgr[1] + bgr[2];
     };
     for (int x = 12; x + 40 < 400; x += 40)
