@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -59,9 +60,9 @@ protected:
     Outcome run(const std::string& line) const {
         std::istringstream split("/usr/bin/velatool " + inFolder(line));
         const std::vector<std::string> words{std::istream_iterator<std::string>(split), {}};
-        std::vector<const char*> argv;
-        for (const std::string& word : words)
-            argv.push_back(word.c_str());
+        std::vector<const char*> argv(words.size());
+        std::transform(words.begin(), words.end(), argv.begin(),
+                       [](const std::string& word) { return word.c_str(); });
         std::ostringstream out;
         std::ostringstream err;
         const int code = runTool(static_cast<int>(argv.size()), argv.data(), out, err);

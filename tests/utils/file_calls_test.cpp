@@ -152,8 +152,8 @@ TEST_F(FileCallsTest, ExportsUnderOneNameDoNotDisturbEachOther) {
     for (int round = 0; round < 20; ++round) {
         const ScratchFolder folder;
         std::thread threads[3];
-        for (const POINT_CLOUD_FORMAT format : {PCD, PLY, VTK}) {
-            threads[format - 1] = std::thread([&, format] { exports_[format].run(folder / "a"); });
+        for (std::size_t i = 0; i < 3; ++i) {
+            threads[i] = std::thread([&, i] { exports_[PCD + i].run(folder / "a"); });
         }
         const pid_t child = fork();
         if (child == 0) _exit(exports_[XYZ].run(folder / "a.xyz") ? 0 : 1);
@@ -165,8 +165,8 @@ TEST_F(FileCallsTest, ExportsUnderOneNameDoNotDisturbEachOther) {
             thread.join();
         }
         EXPECT_EQ(folder.listing(), "a.pcd a.ply a.vtk a.xyz");
-        for (const POINT_CLOUD_FORMAT format : {XYZ, PCD, PLY, VTK}) {
-            EXPECT_TRUE(contentOf(folder / "a" + exports_[format].extension) == exports_[format].whole);
+        for (std::size_t i = 0; i < 4; ++i) {
+            EXPECT_TRUE(contentOf(folder / "a" + exports_[XYZ + i].extension) == exports_[XYZ + i].whole);
         }
     }
 }
