@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -251,16 +252,14 @@ TEST_F(SafeFilesTest, CancellingKeepsTheOldFileAndTheMat) {
 
 TEST_F(SafeFilesTest, InterruptedCallsAreMadeAgainAndARefusedOneKeepsTheOldFile) {
     using Fate = FileCalls::Fate;
-    const std::pair<const char*, Fate> fates[] = {{"open", Fate::INTERRUPTED},  {"open", Fate::REFUSED},
-                                                  {"write", Fate::INTERRUPTED}, {"write", Fate::REFUSED},
-                                                  {"fsync", Fate::REFUSED},     {"close", Fate::INTERRUPTED},
-                                                  {"close", Fate::REFUSED}};
     for (const Operation& operation : operations_) {
         const ScratchFolder folder;
         const std::string path = folder / operation.name;
         ASSERT_TRUE(write(operation, path).ok());
         const std::string whole = contentOf(path);
-        for (const auto& [function, fate] : fates) {
+        for (std::size_t i = 0; i < 8; ++i) {
+            const char* const function = std::array{"open", "write", "fsync", "close"}[i / 2];
+            const Fate fate = i % 2 == 0 ? Fate::INTERRUPTED : Fate::REFUSED;
             sync_ = std::string_view(function) == "fsync";
             int nth = 1;
             for (bool met = true; met; ++nth) {

@@ -57,14 +57,18 @@ std::string megabytes(std::size_t bytes) {
     return text;
 }
 
+/// 0 if the file or folder was synced, or cannot be: pipes and some file systems say EINVAL.
+int errorOfSync(int descriptor) {
+    const int status = uninterrupted([=] { return fsync(descriptor); });
+    return status == 0 || errno == EINVAL ? 0 : errno;
+}
+
 void syncFolder(const std::string& path) {
     const int folder = uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
     if (folder < 0) failSystem(errno);
-    const int status = fsync(folder);
-    const int error = errno;
+    const int error = errorOfSync(folder);
     ::close(folder);
-    // Some file systems cannot sync a folder and say so.
-    if (status != 0 && error != EINVAL) failSystem(error);
+    if (error != 0) failSystem(error);
 }
 
 }  // namespace
@@ -149,7 +153,7 @@ void OutputFile::append(const void* bytes, std::size_t count) {
 
 std::size_t OutputFile::finish() {
     flush();
-    if (settings_.sync && fsync(descriptor_) != 0 && errno != EINVAL) failWriting(errno);
+    if (const int error = settings_.sync ? errorOfSync(descriptor_) : 0) failWriting(error);
     close();
     if (temporary_.empty()) return written_;
     if (std::rename(temporary_.c_str(), target_.c_str()) != 0) failSystem(errno);
