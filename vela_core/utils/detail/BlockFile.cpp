@@ -61,7 +61,9 @@ off_t wantedSize(int descriptor, char unwantedEnd) {
 BlockFile::BlockFile() : buffer_(new char[BLOCK]) {}
 
 BlockFile::~BlockFile() {
-    close();
+    if (!isOpen()) return;
+    flush();
+    close(descriptor_);
 }
 
 bool BlockFile::open(const std::string& path) noexcept {
@@ -106,13 +108,6 @@ void BlockFile::copyFrom(int source, std::size_t count) noexcept {
         count -= static_cast<std::size_t>(taken);
     }
     failed_ = failed_ || count > 0;
-}
-
-void BlockFile::close() noexcept {
-    if (!isOpen()) return;
-    flush();
-    ::close(descriptor_);
-    descriptor_ = -1;
 }
 
 void BlockFile::flush() noexcept {

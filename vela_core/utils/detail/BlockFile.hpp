@@ -19,6 +19,7 @@ public:
 
     /// A file that is not yet open. Allocates all the memory it will need; throws `std::bad_alloc`.
     BlockFile();
+    /// Writes the rest and closes the file.
     ~BlockFile();
     BlockFile(const BlockFile&) = delete;
     BlockFile& operator=(const BlockFile&) = delete;
@@ -48,9 +49,6 @@ public:
     /// Appends the content of a temporary file, without its last byte if that is `unwantedEnd`. If part of it
     /// could not be written or read back, nothing more is written here either.
     void appendFile(BlockFile& temporary, char unwantedEnd) noexcept;
-
-    /// Writes the rest and closes the file.
-    void close() noexcept;
 
 private:
     static constexpr std::size_t BLOCK = std::size_t{256} << 10;
