@@ -178,5 +178,22 @@ TEST_F(FileFaultsTest, ResultsFilesAndMessagesFollowTheFault) {
     }
 }
 
+/// A new temporary file cannot be made in such a folder, so the old one would be written.
+TEST_F(FileFaultsTest, ALinkInAReadOnlyFolderIsNotFollowed) {
+    const ScratchFolder folder;
+    const std::string path = folder / "a.xyz";
+    for (const std::string& name : {path, folder / "victim"}) {
+        put(name, "precious");
+        fs::permissions(name, fs::perms(0666));
+    }
+    fs::create_symlink("victim", path + "_tmp0.txt");
+    fs::permissions(folder / "", fs::perms(0555));
+    setfsuid(NOBODY);
+    EXPECT_TRUE(savePointCloudAs(cloud_, XYZ, path, true));
+    setfsuid(geteuid());
+    fs::permissions(folder / "", fs::perms(0755));
+    EXPECT_EQ(contentOf(folder / "victim"), "precious");
+}
+
 }  // namespace
 }  // namespace vela::test

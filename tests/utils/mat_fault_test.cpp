@@ -148,6 +148,18 @@ protected:
     int faults_ = 0;
 };
 
+TEST_F(MatFaultTest, AMatWhoseNameHasNoCharactersIsReported) {
+    Mat mat(4, 2, U1, MEM::GPU);
+    mat.name = String(nullptr);
+    software_device::failCall("cudaFree", 1, cudaErrorUnknown);
+    printedBy([&] { mat.free(); });
+    ++allocationsExpected_;
+    EXPECT_EQ(
+        log_.take(),
+        "vela_core/utils/Mat.cpp:580 ERROR [Mat]   Mat with GPU memory allocated should be freed before "
+        "deleting the Camera object to avoid GPU context issues.\n");
+}
+
 TEST_F(MatFaultTest, EveryCallOfTheRuntimeMayFailInEveryState) {
     std::vector<Operation> all = operations();
     all.push_back(write());

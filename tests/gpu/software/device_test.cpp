@@ -57,6 +57,10 @@ TEST_F(SoftwareDeviceTest, HostAccessToDeviceMemoryFaults) {
     EXPECT_DEATH(*device_.ptrGPU = 1, "");
     const volatile unsigned char* const freed = Mat(7, 1, U1, MEM_MANAGED).ptrGPU;
     EXPECT_DEATH(std::printf("%d", *freed), "");
+    const std::size_t pages = 65536;
+    const Mat first(pages, 1, U1, MEM_MANAGED);
+    const Mat second(pages, 1, U1, MEM_MANAGED);
+    EXPECT_DEATH(first.ptrGPU[pages] = 1, "") << "whatever lies behind it";
 }
 
 TEST_F(SoftwareDeviceTest, ChecksCopies) {
