@@ -74,14 +74,20 @@ if(prefix)
     file(GLOB_RECURSE description ${prefix}/*/vela.pc)
     cmake_path(GET description PARENT_PATH pkgconfig)
     cmake_path(GET pkgconfig PARENT_PATH libraries)
-    execute_process(COMMAND ${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${pkgconfig} pkg-config --cflags --libs vela
+    set(library vela)
+    if(IO)
+        set(library vela_io)
+        set(defines -DIO)
+    endif()
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${pkgconfig} pkg-config --cflags --libs ${library}
         OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-    separate_arguments(flags UNIX_COMMAND "${CXX_FLAGS} -std=c++17 -DFILES mat_alone.cpp ${flags} -o ${FOLDER}/by_pkg_config")
+    separate_arguments(flags UNIX_COMMAND
+        "${CXX_FLAGS} -std=c++17 -DFILES ${defines} mat_alone.cpp ${flags} -o ${FOLDER}/by_pkg_config")
     run(${CMAKE_COMMAND} -E chdir ${CMAKE_CURRENT_LIST_DIR} ${CXX} ${flags})
     run(${CMAKE_COMMAND} -E chdir ${FOLDER} ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${libraries} ./by_pkg_config)
 endif()
 
-run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/consumer -B ${FOLDER}/build -G Ninja ${found}
+run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/consumer -B ${FOLDER}/build -G Ninja ${found} -DIO=${IO}
     -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS=${CXX_FLAGS})
 run(${CMAKE_COMMAND} --build ${FOLDER}/build --target app)
 run(${FOLDER}/build/app)

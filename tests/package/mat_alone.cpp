@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Uses functions that need no OpenCV and, when built with FILES, one that does. Copies nothing, so it needs
-// no driver.
+// Uses functions that need no OpenCV and, when built with FILES, one that does; with IO, one of vela::io.
+// Copies nothing, so it needs no driver.
 #include <vela_core/vela.hpp>
+#ifdef IO
+#include <vela_io/io.hpp>
+#endif
 
 #include <cstdio>
 
@@ -11,7 +14,10 @@ int main() {
     if (!savePointCloudAs(cloud, XYZ, "mat_alone", false)) return 2;
     std::remove("mat_alone.xyz");
 #ifdef FILES
-    return cloud.read("/") == vela::ERROR_CODE::FAILURE ? 0 : 3;
+    if (cloud.read("/") != vela::ERROR_CODE::FAILURE) return 3;
+#endif
+#ifdef IO
+    if (vela::io::readDepth("/", cloud).ok()) return 4;
 #endif
     return 0;
 }

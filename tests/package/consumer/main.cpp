@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <vela_core/log/KLogger.hpp>
 #include <vela_core/vela.hpp>
+#ifdef IO
+#include <vela_io/io.hpp>
+#endif
 
 #if defined(VELA_GPU_CUDA) == defined(VELA_GPU_SOFTWARE)
 #error "users are told which flavour it is"
@@ -33,6 +36,10 @@ public:
 
 int main() {
     const vela::Mat mat(4, 2, vela::MAT_TYPE::MAT_32F_C4);
+#ifdef IO
+    vela::io::DepthInfo info;
+    if (vela::io::inspectDepth("absent.png", info).ok()) return 2;
+#endif
 
     // The library's messages through a logger that this program makes: both must use one copy of quill.
     auto& loggers = vela::KLogger::get_instance().loggers;
