@@ -19,6 +19,22 @@ function(vela_add_warnings target)
     endif()
 endfunction()
 
+# What all installed libraries have in common: a version, and nothing exported that is not public.
+function(vela_set_up_library library)
+    set(exports ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    set_target_properties(${library} PROPERTIES
+        POSITION_INDEPENDENT_CODE ON
+        CXX_VISIBILITY_PRESET hidden
+        CUDA_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON
+        INSTALL_RPATH $ORIGIN
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR})
+    target_link_options(${library} PRIVATE LINKER:--version-script=${exports} LINKER:--no-undefined)
+    set_property(TARGET ${library} APPEND PROPERTY LINK_DEPENDS ${exports})
+    vela_add_warnings(${library})
+endfunction()
+
 # Disables FMA contraction in the sources, or in the whole target when none are given, so that they compute the same
 # bits on every CPU and GPU.
 function(vela_keep_bits target)
