@@ -42,3 +42,4 @@
 #include "vela_core/utils/depth_export.hpp"
 #include "vela_core/utils/image_conversion.hpp"
 #include "vela_core/utils/point_cloud_export.hpp"
+#include "vela_core/version.hpp"

@@ -20,10 +20,10 @@ constexpr Enum fromValue(std::int32_t value) noexcept {
     return static_cast<Enum>(value);
 }
 
-/// Whether a value is above the last one. This is how the library checks ranges: negative values pass.
+/// Whether a value is above another. Range checks use it with the last enumerator, so negative values pass.
 template <class Enum>
-constexpr bool isPast(Enum value, Enum last) noexcept {
-    return toValue(value) > toValue(last);
+constexpr bool isPast(Enum value, Enum other) noexcept {
+    return toValue(value) > toValue(other);
 }
 
 }  // namespace vela::detail

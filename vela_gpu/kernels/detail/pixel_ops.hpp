@@ -2,7 +2,7 @@
 #pragma once
 
 #include "vela_core/types/Vector.hpp"
-#include "vela_core/types/host_device.hpp"
+#include "vela_gpu/kernels/detail/device_code.hpp"
 
 #include <type_traits>
 

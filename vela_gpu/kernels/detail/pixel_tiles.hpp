@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "vela_core/types/host_device.hpp"
 #include "vela_gpu/kernels/detail/PixelView.hpp"
+#include "vela_gpu/kernels/detail/device_code.hpp"
 #include "vela_gpu/kernels/detail/pixel_ops.hpp"
 
 #include <cstddef>
