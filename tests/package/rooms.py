@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Fails where a room includes one above it: rooms.py SOURCE_TREE HEADER...
 
-The HEADERs are the public ones: they and nothing else lie outside the detail folders. The names of private headers are
-in a namespace detail, or in those of the software device.
+The HEADERs are the public ones: they and nothing else lie outside the private folders. The names of private headers are
+in a namespace detail, or in those of the software device, and other libraries do not include them.
 """
 import pathlib
 import re
@@ -20,14 +20,21 @@ ROOMS = [
     ("geometry", r"vela_core/geometry/"),
     ("records", r"vela_core/types/records/"),
     ("vela.hpp", r"vela_core/vela\.hpp"),
-    ("io", r"vela_io/"),
     ("interop", r"vela_interop/"),
+    ("io headers", r"vela_io/\w+\.hpp"),
+    ("io formats", r"vela_io/(detail|formats)/"),
+    ("io pictures", r"vela_io/pictures/"),
+    ("io", r"vela_io/\w+\.cpp"),
+    ("tools", r"tools/"),
+    ("python", r"python/src/"),
 ]
+BESIDE = {("io", "interop")}  # by the first word of a room
+LIBRARIES = ("vela_core", "vela_gpu", "vela_io", "vela_interop", "tools", "python/src")
 GENERATED = {"vela_core/version.hpp"}
 PRIVATE = r"/detail/|^vela_io/(formats|pictures)/"
 PRIVATE_NAMESPACE = r"vela::(?:\w+::)*detail\b|vela::software_(device|runtime)$"
 NAMESPACE = re.compile(r"^\s*namespace\s+([\w:]+)", re.M)
-INCLUDE = re.compile(r'^\s*#\s*include\s*[<"](vela_[^>"]+)[>"]', re.M)
+INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]((?:vela_|tools/|python/)[^>"]+)[>"]', re.M)
 
 
 def floor(path):
@@ -37,12 +44,16 @@ def floor(path):
     return None
 
 
+def library(path):
+    return "core" if re.match(r"vela_(core|gpu)/", path) else path.split("/")[0]
+
+
 def main(tree, public):
     faults = []
     included = 0
     paths = sorted(
         path.relative_to(tree).as_posix()
-        for library in ("vela_core", "vela_gpu", "vela_io", "vela_interop")
+        for library in LIBRARIES
         for path in (tree / library).rglob("*")
         if path.suffix in {".hpp", ".cpp", ".cu", ".inl"}
     )
@@ -62,9 +73,12 @@ def main(tree, public):
                 faults.append(f"{path}: includes {other}, which is in no room")
             elif there > here:
                 faults.append(f"{path} ({ROOMS[here][0]}): includes {other} ({ROOMS[there][0]}), which is above it")
-            elif path in public and re.search(PRIVATE, other):
-                faults.append(f"{path}: public, but includes {other}")
-    outside = {path for path in paths if path.endswith(".hpp") and not re.search(PRIVATE, path)} | GENERATED
+            elif (ROOMS[here][0].split()[0], ROOMS[there][0].split()[0]) in BESIDE:
+                faults.append(f"{path} ({ROOMS[here][0]}): includes {other}, which is beside it")
+            elif re.search(PRIVATE, other) and (path in public or library(path) != library(other)):
+                faults.append(f"{path}: includes {other}, which is private")
+    headers = {path for path in paths if path.startswith("vela_") and path.endswith(".hpp")}
+    outside = {path for path in headers if not re.search(PRIVATE, path)} | GENERATED
     faults += [f"{path}: neither listed as public nor in a detail folder" for path in sorted(outside - public)]
     faults += [f"{path}: listed as public, but not there or in a detail folder" for path in sorted(public - outside)]
     print("\n".join(faults))
