@@ -59,7 +59,7 @@ def test_what_cannot_be_shared_is_copied(part, why):
         assert m.owns and np.array_equal(m.numpy(), view) and not np.shares_memory(m.numpy(), array)
 
 
-def test_arrays_that_are_no_mats():
+def test_arrays_that_no_mat_holds_are_refused():
     types = (np.zeros((3, 3)), np.zeros((3, 3, 5), np.float32), np.zeros((3, 3, 3), np.uint16), np.zeros((3, 3), np.int8))
     for bad in (*types, [[1.0, 2.0]], "text", None):
         with pytest.raises(TypeError):
@@ -70,14 +70,14 @@ def test_arrays_that_are_no_mats():
 
 
 @pytest.mark.parametrize("shape", [(0, 4), (4, 0), (0, 0, 3), (1, 1), (1, 5, 4), (5, 1, 4)])
-def test_smallest_sizes(shape):
+def test_the_smallest_sizes_keep_their_shape(shape):
     array = np.ones(shape, np.uint8)
     m = Mat.from_array(array)
     assert m and m.numpy().shape == shape == np.from_dlpack(m).shape == memoryview(m).shape
     assert m.clone().numpy().tobytes() == bytes(m) == array.tobytes()
 
 
-def test_part_of_an_array():
+def test_a_part_of_an_array_keeps_its_row_step():
     big = counting(20, 30, (), np.float32)
     part = big[4:9, 6:16]
     m = Mat.from_array(part, copy=False)
@@ -110,20 +110,20 @@ def test_without_a_host_side_nothing_is_shown(monkeypatch):
 
 
 class TestDlpack:
-    def test_versions(self):
+    def test_the_version_asked_for_is_exported(self):
         m = Mat(4, 3, T.MAT_32F_C4)
         assert m.__dlpack_device__() == (1, 0)
         for asked, name in ((None, '"dltensor"'), ((0, 8), '"dltensor"'), ((1, 0), "dltensor_versioned")):
             assert name in repr(m.__dlpack__(max_version=asked))
             m.__dlpack__(max_version=asked)  # a capsule that nobody takes frees itself
 
-    def test_copy(self):
+    def test_copies_only_when_asked(self):
         m = Mat.from_array(counting(3, 4, (2,), np.float32))
         for copy in (True, False):
             taken = Mat.from_array(_Capsule(m.__dlpack__(max_version=(1, 0), copy=copy)), copy=False).numpy()
             assert np.array_equal(taken, m.numpy()) and np.shares_memory(taken, m.numpy()) != copy
 
-    def test_refusals(self):
+    def test_other_devices_and_streams_are_refused(self):
         m = Mat(4, 3, T.MAT_32F_C4)
         assert m.__dlpack__(dl_device=(1, 0))
         with pytest.raises(BufferError, match="gpu"):
@@ -162,7 +162,7 @@ class TestClouds:
     @pytest.mark.parametrize("flat", [False, True])
     @pytest.mark.parametrize("point_channels", [3, 4])
     @pytest.mark.parametrize("color_channels", [0, 3, 4])
-    def test_from_points(self, flat, point_channels, color_channels):
+    def test_from_points_joins_points_and_colours(self, flat, point_channels, color_channels):
         points = np.dstack([self.points, np.full((2, 3), 9, np.float32)])[..., :point_channels]
         alpha = np.full((2, 3), 17, np.uint8)
         colors = np.dstack([self.colors, alpha])[..., :color_channels] if color_channels else None
@@ -183,7 +183,7 @@ class TestClouds:
         [((3,), None), ((2, 5), None), ((1, 2, 3, 4), None), ((6, 3), (5, 3)), ((6, 3), (6, 2)), ((6, 3), (6,)),
          ((2, 3, 3), (6, 3)), ((2, 3, 3), (3, 2, 3))],
     )  # fmt: skip
-    def test_shapes_that_are_no_cloud(self, points, colors):
+    def test_shapes_that_are_no_cloud_are_refused(self, points, colors):
         with pytest.raises(ValueError, match="shape"):
             Mat.from_points(np.zeros(points, np.float32), colors and np.zeros(colors, np.uint8))
 
@@ -195,7 +195,7 @@ class TestClouds:
         assert big[2, 4, :3].tolist() == [1, 2, 3] and big[2, 4, 3:].tobytes() == bytes([10, 20, 30, 40])
         assert np.count_nonzero(big) == 4
 
-    def test_valid(self):
+    def test_valid_marks_finite_points_and_depths(self):
         cloud = np.ones((2, 3, 4), np.float32)
         cloud[0, 0, 2], cloud[0, 1, 0], cloud[1, 2, 3] = np.nan, -np.inf, np.nan
         assert Mat.from_array(cloud).valid.tolist() == [[False, False, True], [True, True, True]]

@@ -30,7 +30,7 @@ class TestMatrices:
         junk = [type() for _ in range(100)]
         assert view[0, 1] == 5 and junk
 
-    def test_products_and_comparisons(self, type, rows):
+    def test_products_and_comparisons_are_numpys(self, type, rows):
         random = np.random.default_rng(rows)
         a, b = random.normal(size=(2, rows, rows)).astype(np.float32)
         product = type(a) @ type(b)
@@ -44,20 +44,20 @@ class TestMatrices:
         assert type_of(mixed) is type_of(plain) and np.allclose(mixed.matrix, a @ b, atol=1e-5)
 
     @pytest.mark.parametrize("duplicate", [copy.copy, copy.deepcopy, lambda m: pickle.loads(pickle.dumps(m))])
-    def test_copies(self, type, rows, duplicate):
+    def test_copies_are_equal_and_apart(self, type, rows, duplicate):
         original = type(np.arange(rows * rows, dtype=np.float32).reshape(rows, rows))
         other = duplicate(original)
         assert isinstance(other, type) and other == original
         other.matrix[0, 0] = 9
         assert other != original
 
-    def test_wrong_shapes(self, type, rows):
+    def test_wrong_shapes_are_refused(self, type, rows):
         for values in (np.eye(rows + 1), np.eye(rows)[:, :2], np.zeros(rows * rows), "text"):
             with pytest.raises(TypeError):
                 type(values)
 
 
-def test_inverse():
+def test_inverse_undoes_a_motion_or_raises():
     assert np.allclose((MOTION @ MOTION.inverse()).matrix, np.eye(4), atol=1e-6)
     assert isinstance(MOTION.inverse(), Transform) and isinstance(QUARTER_ABOUT_Z.inverse(), Rotation)
     with pytest.raises(vela.Error, match="inverse") as caught:
@@ -77,14 +77,14 @@ def test_points_are_moved(shape):
     assert np.allclose(MOTION @ np.asfortranarray(points.astype(np.float64)), moved, atol=1e-6)
 
 
-def test_points_of_other_shapes():
+def test_points_of_other_shapes_are_refused():
     assert np.allclose(MOTION @ (1, 0, 0), (1, 3, 3), atol=1e-6), "a tuple will do"
     for bad in (np.zeros((3, 2), np.float32), np.float32(1), "text", None):
         with pytest.raises((ValueError, TypeError)):
             MOTION @ bad
 
 
-def test_parts_of_a_motion():
+def test_parts_of_a_motion_are_set_one_by_one():
     half = math.sqrt(0.5)
     t = Transform()
     t.translation, t.orientation = (4, 5, 6), MOTION.orientation
@@ -106,7 +106,7 @@ def test_orientation_names_its_order():
     assert pickle.loads(pickle.dumps(Translation(1, 2, 3))) == Translation((1, 2, 3)) != Translation()
 
 
-def test_conversions():
+def test_conversions_match_values_worked_out_by_hand():
     t = Transform(QUARTER_ABOUT_Z, (1, 2, 3))
     t.convert_unit(UNIT.METER, UNIT.CENTIMETER)
     t.convert_coordinate_system(AXES.IMAGE, AXES.RIGHT_HANDED_Z_UP_AND_X_FORWARD)
@@ -121,7 +121,7 @@ def test_conversions():
     assert np.allclose(down @ np.float32([0, 1, 0]), (0, 0, 1), atol=1e-6)
 
 
-def test_pose():
+def test_a_pose_shares_its_arrays_and_transform():
     pose = Pose(MOTION, timestamp=2**60, confidence=80)
     covariance, twist = pose.pose_covariance, pose.twist
     covariance[0, 5], twist[5] = 2, 3
@@ -133,7 +133,7 @@ def test_pose():
     assert covariance[0, 5] == 2 and twist[5] == 3
 
 
-def test_sensor_records():
+def test_sensor_records_hold_and_check_values():
     data = vela.SensorsData()
     data.imu.angular_velocity = 1, 2, 3
     data.imu.pose.translation = 1, 0, 0
@@ -150,7 +150,7 @@ def test_sensor_records():
         data.imu.angular_velocity = 1, 2
 
 
-def test_camera_records():
+def test_camera_records_hold_and_check_values():
     calibration = vela.CalibrationParameters()
     calibration.camera_pair_transform.translation = -120, 0, 0
     calibration.left.distortion[:] = 1, 2, 3, 4, 5
@@ -167,7 +167,7 @@ def test_camera_records():
         device.serial = -1
 
 
-def test_objects():
+def test_objects_are_found_by_id_and_keep_masks_alive():
     first, second = vela.ObjectData(), vela.ObjectData()
     first.id, second.id = 4, 9
     second.bounding_box_2d = [(0, 0), (5, 0), (5, 5), (0, 5)]

@@ -29,7 +29,7 @@ def lines(path):
 
 class TestClouds:
     @pytest.mark.parametrize("format", io.CLOUD_FILE)
-    def test_round_trip(self, tmp_path, cloud, format):
+    def test_points_and_colours_come_back(self, tmp_path, cloud, format):
         encoding = io.ENCODING.ASCII
         path = tmp_path / "cloud"
         result = io.write_cloud(cloud, path, format=format, encoding=encoding)
@@ -44,7 +44,7 @@ class TestClouds:
         assert (header.format, header.encoding) == (format, encoding)
         assert io.kind_of(path) is io.FILE_KIND.CLOUD or format == io.CLOUD_FILE.XYZ
 
-    def test_options_of_writing(self, tmp_path, cloud):
+    def test_every_option_of_writing_counts(self, tmp_path, cloud):
         path = tmp_path / "cloud.ply"
         text = dict(encoding=io.ENCODING.ASCII)
         io.write_cloud(cloud, path, color=False, **text)
@@ -64,7 +64,7 @@ class TestClouds:
         io.write_cloud(cloud, plain, separator=";", color=False)
         assert any(line.count(";") == 2 for line in lines(plain)) and io.read_cloud(plain)[1].separator == ";"
 
-    def test_units_and_axes(self, tmp_path, cloud):
+    def test_units_and_axes_are_converted_both_ways(self, tmp_path, cloud):
         path = tmp_path / "cloud.pcd"
         forward_left_up = np.stack([POINTS[..., 2], -POINTS[..., 0], -POINTS[..., 1]], -1)[cloud.valid]
         ros = AXES.RIGHT_HANDED_Z_UP_AND_X_FORWARD
@@ -78,7 +78,7 @@ class TestClouds:
         read, info = io.read_cloud(path, **told, target_unit=UNIT.CENTIMETER, target_axes=ros)
         assert np.allclose(read.xyz[0], forward_left_up * 100) and info.axes is ros
 
-    def test_options_of_reading(self, tmp_path, cloud):
+    def test_every_option_of_reading_counts(self, tmp_path, cloud):
         path = tmp_path / "cloud.ply"
         io.write_cloud(cloud, path)
         assert io.read_cloud(path, color=False)[0].type is MAT_TYPE.MAT_32F_C3
@@ -93,7 +93,7 @@ class TestDepth:
     depth = np.array([[0.5, 1.25, np.nan], [2, 3, 60]], np.float32)
 
     @pytest.mark.parametrize("extension", ["png", "pgm", "pfm", "npy"])
-    def test_round_trip(self, tmp_path, extension):
+    def test_depths_come_back(self, tmp_path, extension):
         path = tmp_path / f"depth.{extension}"
         samples = {"unit": UNIT.METER} if extension in ("png", "pgm") else {}
         io.write_depth(Mat.from_array(self.depth), path, **samples)
@@ -102,7 +102,7 @@ class TestDepth:
         assert info.format.name == extension.upper() and (info.width, info.height, info.with_depth) == (3, 2, 5)
         assert io.inspect_depth(path).sample_bits == (16 if extension in ("png", "pgm") else 32)
 
-    def test_options(self, tmp_path):
+    def test_every_option_counts(self, tmp_path):
         m, path = Mat.from_array(self.depth), tmp_path / "depth.pgm"
         io.write_depth(m, path, encoding=io.ENCODING.ASCII, unit=UNIT.METER, target_unit=UNIT.MILLIMETER)
         assert path.read_bytes().startswith(b"P2") and b" 1250" in path.read_bytes()
@@ -123,7 +123,7 @@ class TestDepth:
 
 
 @pytest.mark.parametrize("dtype", [np.float32, np.uint8])
-def test_arrays(tmp_path, dtype):
+def test_npy_files_are_exchanged_with_numpy(tmp_path, dtype):
     values = np.arange(24).reshape(2, 3, 4).astype(dtype)
     path = tmp_path / "Ünicode.npy"
     assert io.write_npy(Mat.from_array(values), path).bytes == path.stat().st_size
@@ -139,20 +139,20 @@ class TestFailures:
     @pytest.mark.parametrize(
         "read", [io.read_cloud, io.read_depth, io.read_npy, io.inspect_cloud, io.inspect_depth]
     )
-    def test_system(self, tmp_path, read):
+    def test_a_missing_file_raises_file_not_found(self, tmp_path, read):
         path = tmp_path / "missing.ply"
         with pytest.raises(FileNotFoundError) as caught:
             read(path)
         assert caught.value.errno == errno.ENOENT and Path(caught.value.filename) == path
 
-    def test_full_disk_and_missing_folder(self, tmp_path, cloud):
+    def test_a_full_disk_and_a_missing_folder_raise_os_errors(self, tmp_path, cloud):
         with pytest.raises(OSError) as caught:
             io.write_cloud(cloud, "/dev/full", format=io.CLOUD_FILE.PLY)
         assert caught.value.errno == errno.ENOSPC
         with pytest.raises(FileNotFoundError):
             io.write_npy(cloud, tmp_path / "no" / "folder.npy")
 
-    def test_arguments(self, tmp_path, cloud):
+    def test_bad_arguments_write_nothing(self, tmp_path, cloud):
         for bad in (3, None):
             with pytest.raises(TypeError):
                 io.write_cloud(cloud, bad)
@@ -165,7 +165,7 @@ class TestFailures:
             io.write_depth(cloud, tmp_path / "depth.png")
         assert not list(tmp_path.iterdir())
 
-    def test_progress(self, tmp_path):
+    def test_progress_is_reported_and_may_cancel(self, tmp_path):
         big = Mat.from_points(np.ones((700_000, 3), np.float32))
         path = tmp_path / "big.ply"
         seen = []
@@ -178,7 +178,7 @@ class TestFailures:
             io.write_cloud(big, path, progress=lambda done, total: False)
         assert caught.value.errno == errno.ECANCELED and not list(tmp_path.iterdir())
 
-    def test_freeing_while_writing(self, tmp_path):
+    def test_a_mat_freed_while_it_is_written_is_written_whole(self, tmp_path):
         big = Mat.from_points(np.ones((3_000_000, 3), np.float32))
         thread = threading.Thread(target=io.write_cloud, args=(big, tmp_path / "big.ply"))
         thread.start()

@@ -38,7 +38,7 @@ class TestConversions:
         m.convert_coordinate_system(AXES.IMAGE, AXES.RIGHT_HANDED_Z_UP_AND_X_FORWARD)
         assert values.tobytes() == expected.tobytes()
 
-    def test_fourth_channel_on_request(self):
+    def test_the_fourth_channel_is_scaled_on_request(self):
         values = np.ones((2, 2, 4), np.float32)
         m = Mat.from_array(values)
         m.convert_unit(UNIT.METER, UNIT.METER)
@@ -46,7 +46,7 @@ class TestConversions:
         m.convert_unit(UNIT.METER, UNIT.MILLIMETER, scale_fourth=True)
         assert (values == 1000).all()
 
-    def test_refusals(self, device):
+    def test_refusals_carry_code_and_reason(self, device):
         depth, picture = Mat(2, 2, MAT_TYPE.MAT_32F_C1), Mat(2, 2, MAT_TYPE.MAT_8U_C1)
         on_device, shared = Mat(2, 2, MAT_TYPE.MAT_32F_C4, MEM.GPU), Mat.from_array(np.ones((2, 2), np.float32))
         inches = (UNIT.METER, UNIT.INCH)
@@ -72,11 +72,11 @@ class TestConversions:
             assert not isinstance(error, str) or caught.value.code.name == error
 
     @pytest.mark.skipif("libasan" in os.environ.get("LD_PRELOAD", ""), reason="AddressSanitizer ends the process instead")
-    def test_without_memory(self):
+    def test_without_memory_a_memory_error_is_raised(self):
         with pytest.raises(MemoryError):
             Mat(2**40, 2**20, MAT_TYPE.MAT_8U_C1)
 
-    def test_without_pixels(self):
+    def test_without_pixels_conversions_keep_the_shape(self):
         m = Mat(0, 3, MAT_TYPE.MAT_32F_C4)
         m.convert_unit(UNIT.METER, UNIT.INCH)
         m.convert_coordinate_system(AXES.IMAGE, AXES.LEFT_HANDED_Z_UP_AND_X_FORWARD)
@@ -84,7 +84,7 @@ class TestConversions:
 
 
 class TestCopies:
-    def test_written_through_or_replaced(self):
+    def test_fitting_pixels_are_written_through_others_replaced(self):
         big = np.zeros((6, 8), np.uint8)
         part = Mat.from_array(big[1:4, 2:7], copy=False)
         source = Mat.from_array(np.arange(1, 16, dtype=np.uint8).reshape(3, 5))
@@ -96,13 +96,13 @@ class TestCopies:
         assert part.shape == (2, 2) and part.owns and np.count_nonzero(big) == 15
 
     @pytest.mark.parametrize("shift", [-1, 1])
-    def test_between_parts_that_overlap(self, shift):
+    def test_parts_may_overlap(self, shift):
         values = np.arange(80, dtype=np.float32).reshape(8, 10)
         expected = values[1:7].copy()
         Mat.from_array(values[1:7]).copy_to(Mat.from_array(values[1 + shift : 7 + shift], copy=False))
         assert np.array_equal(values[1 + shift : 7 + shift], expected)
 
-    def test_clone(self, device):
+    def test_a_clone_has_pixels_of_its_own(self, device):
         for mem in (MEM.CPU, MEM.BOTH, MEM.MANAGED):
             m = Mat(3, 2, MAT_TYPE.MAT_32F_C3, mem)
             m.set_to((1, 2, 3))
@@ -112,7 +112,7 @@ class TestCopies:
             assert (n.mem, n.timestamp, n.name) == (mem, 5, "n/a") and (n.numpy() == [1, 2, 3]).all()
         assert not Mat().clone()
 
-    def test_through_the_device(self, device):
+    def test_pixels_pass_through_the_device(self, device):
         values = cloud()
         m = Mat.from_array(values, copy=True)
         m.update_gpu_from_cpu()
@@ -138,7 +138,7 @@ class TestPickle:
     @pytest.mark.parametrize(
         "values", [cloud(), cloud()[:, 1:3], np.zeros((0, 2, 3), np.uint8), np.arange(8, dtype=np.int8).reshape(1, 2, 4)]
     )
-    def test_round_trip(self, protocol, values):
+    def test_every_field_comes_back(self, protocol, values):
         m = Mat.from_array(values)
         m.timestamp, m.name = 2**63, "Übersicht"
         n = pickle.loads(pickle.dumps(m, protocol))
@@ -171,7 +171,7 @@ def test_errors_carry_code_and_text():
     assert isinstance(error, RuntimeError) and repr(type(error)) == "<class 'vela.Error'>"
 
 
-def test_describes_itself():
+def test_repr_tells_size_type_and_ownership():
     m = Mat(5, 3, MAT_TYPE.MAT_8U_C3)
     m.name = "left"
     assert repr(m) == 'Mat(5, 3, 8U C3, CPU, "left")'

@@ -50,7 +50,7 @@ def test_every_option_of_a_preview_counts(tmp_path, cloud):
         assert len(drawn) == 1 + len(changes)
 
 
-def test_page(tmp_path, cloud):
+def test_every_option_of_a_page_counts(tmp_path, cloud):
     path = tmp_path / "cloud.html"
     result = io.save_html(cloud, path)
     assert (result.points, result.written, result.dropped, result.bytes) == (4800, 4793, 7, path.stat().st_size)
@@ -63,7 +63,7 @@ def test_page(tmp_path, cloud):
 
 
 @pytest.mark.parametrize("draw, sizes", [(io.preview, dict(width=1600, height=1300)), (io.save_html, {})])
-def test_failures(tmp_path, cloud, draw, sizes):
+def test_failures_raise_and_leave_no_file(tmp_path, cloud, draw, sizes):
     missing = tmp_path / "missing" / "picture"
     with pytest.raises(FileNotFoundError) as caught:
         draw(cloud, missing)
@@ -78,6 +78,6 @@ def test_failures(tmp_path, cloud, draw, sizes):
     assert not list(tmp_path.iterdir())
 
 
-def test_names():
+def test_values_are_named_like_their_enumerators():
     for kind in (io.COLOR_BY, io.CLOUD_VIEW):
         assert [vela.to_string(value) for value in kind] == list(kind.__members__)

@@ -26,13 +26,13 @@ def test_import_is_light():
     assert (threads, numpy_loaded, opencv_loaded) == ("1", "False", "False") and int(modules) < 25
 
 
-def test_freeing_while_converting(run_program):
+def test_a_mat_freed_while_it_is_converted_stays_mapped(run_program):
     assert run_program("race.py") == "survived\n"
 
 
 @pytest.mark.parametrize("order", ["log-first", "fork-first"])
 @pytest.mark.parametrize("end", ["exit", "_exit"])
-def test_forks_end(run_program, order, end):
+def test_forked_processes_end(run_program, order, end):
     assert run_program("fork.py", order, end, timeout=30).split()[-1] == "ended"
 
 
@@ -41,7 +41,7 @@ def test_other_threads_run_meanwhile(run_program):
     assert ticks > 20 * seconds, "a thread that ticks 200 times a second where it may"
 
 
-def test_tour(tmp_path):
+def test_the_tour_prints_and_writes_its_results(tmp_path):
     program = Path(__file__).parents[2] / "examples" / "python" / "tour.py"
     done = subprocess.run([sys.executable, str(program), str(tmp_path)], capture_output=True, text=True, timeout=60)
     assert done.stdout.splitlines() == [
@@ -54,5 +54,5 @@ def test_tour(tmp_path):
 
 
 @pytest.mark.parametrize("method", ["spawn", "fork"])
-def test_multiprocessing(run_program, method):
+def test_mats_pass_through_worker_processes(run_program, method):
     assert run_program("pool.py", method) == "equal\n"

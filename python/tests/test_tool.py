@@ -31,7 +31,7 @@ def run(*words, stdin=b""):
     return subprocess.run([*COMMAND, *words], input=stdin, capture_output=True, timeout=60)
 
 
-def test_convert_between_standard_streams(cloud):
+def test_convert_reads_and_writes_standard_streams(cloud):
     with open(cloud, "rb") as file:
         done = run("convert", "-", "-", "--format", "xyz", "--unit-to", "mm", stdin=file.read())
     assert done.returncode == 0, done.stderr
@@ -42,7 +42,7 @@ def test_convert_between_standard_streams(cloud):
 
 
 @pytest.mark.parametrize("words", [[], ["shrink"], ["info"], ["info", "none.ply"], ["convert", "a.ply", "--unit-to", "mile", "b"]])
-def test_mistakes_are_one_line_and_two(words):
+def test_mistakes_print_one_line_and_exit_with_2(words):
     done = run(*words)
     assert (done.returncode, done.stdout, done.stderr.count(b"\n")) == (2, b"", 1)
     assert done.stderr.startswith(b"python -m vela: ")

@@ -66,7 +66,7 @@ def test_stubs_are_like_the_module(tmp_path):
     assert differences == [] and done.stdout
 
 
-def test_a_users_file(tmp_path):
+def test_mistakes_in_a_users_file_are_found(tmp_path):
     lines = USER.splitlines()
     (tmp_path / "user.py").write_text("\n".join([*lines, *MISTAKES]))
     done = mypy("mypy", "--strict", "user.py", cwd=tmp_path)
