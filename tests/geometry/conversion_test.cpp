@@ -6,10 +6,9 @@
 #include "support/eigen.hpp"
 #include "vela_core/types/detail/enum_cast.hpp"
 
-#include <Eigen/Geometry>
-
 #include <cmath>
 #include <cstring>
+#include <stdexcept>
 
 namespace vela::test {
 namespace {
@@ -83,7 +82,22 @@ TEST(Units, ScaleByTheQuotientOfMillimetres) {
     EXPECT_EQ(getScaleMillimeter(unit(UNITS)), 1);
 }
 
-TEST(Conversion, RefusesWhatIsPastTheLastAndNothingElse) {
+TEST(Units, AreReadFromWordsOtherThanTheirNames) {
+    for (std::int32_t value = -1; value <= 5; ++value) {
+        EXPECT_EQ(unit2str(unit(value)), toString(unit(value)));
+        EXPECT_EQ(str2unit(unit2str(unit(value))), UNIT::MILLIMETER);
+    }
+    const char* const words[] = {"Millimeter", "Centimeter", "Meter", "Inch", "Feet"};
+    for (std::int32_t value = 0; value < 5; ++value) {
+        EXPECT_EQ(str2unit(words[value]), unit(value));
+    }
+    for (const char* const word : {"FOOT", "meter", "Meter ", ""}) {
+        EXPECT_EQ(str2unit(word), UNIT::MILLIMETER) << word;
+    }
+    EXPECT_THROW(str2unit(String(static_cast<const char*>(nullptr))), std::logic_error);
+}
+
+TEST(Conversion, RefusesOnlyValuesPastTheLast) {
     const auto expectStatus = [](ERROR_CODE wanted, std::int32_t count, auto convert) {
         const struct {
             std::int32_t from, to;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "support/bytes.hpp"
+
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
@@ -26,15 +28,20 @@ public:
         std::error_code ignored;
         fs::remove_all(path_, ignored);
     }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    ScratchFolder(ScratchFolder&&) = delete;
 
     std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+    /// The text with the folder in place of each @.
+    std::string expand(std::string text) const {
+        for (std::size_t at = 0; (at = text.find('@')) != std::string::npos;)
+            text.replace(at, 1, path_ / "");
+        return text;
+    }
 
-    /// Names of the files in the folder, sorted, separated by blanks.
-    std::string listing() const {
+    /// Names of the files in the folder or one inside it, sorted, separated by blanks.
+    std::string listing(const std::string& inside = "") const {
         std::string text;
-        for (const auto& entry : std::set(fs::directory_iterator(path_), {})) {
+        for (const auto& entry : std::set(fs::directory_iterator(path_ / inside), {})) {
             text += (text.empty() ? "" : " ") + entry.path().filename().string();
         }
         return text;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "support/bytes.hpp"
 #include "vela_core/types/detail/enum_cast.hpp"
 #include "vela_core/utils/Mat.hpp"
 #ifdef VELA_GPU_SOFTWARE
@@ -52,8 +53,7 @@ class OwnStream {
 public:
     OwnStream() { EXPECT_EQ(cudaStreamCreate(&stream_), cudaSuccess); }
     ~OwnStream() { EXPECT_EQ(cudaStreamDestroy(stream_), cudaSuccess); }
-    OwnStream(const OwnStream&) = delete;
-    OwnStream& operator=(const OwnStream&) = delete;
+    OwnStream(OwnStream&&) = delete;
 
     operator cudaStream_t() const { return stream_; }
 

@@ -48,6 +48,9 @@ inline std::vector<std::uint32_t> bitsOf(Numbers numbers, std::size_t colorEach 
     return bits;
 }
 
+/// The root of a rounding error where 0 is exact keeps only half of a float's digits.
+constexpr float ROOT_TOLERANCE = 1e-3F;
+
 /// Expects equality up to the rounding of a few dozen float operations on numbers as large as the largest
 /// expected one. NaN equals only NaN, and an infinity only itself.
 inline void expectNear(const Numbers& seen, const Numbers& wanted, float tolerance = 2e-6F) {

@@ -5,6 +5,7 @@
 
 #include <sstream>
 #include <utility>
+#include <vector>
 
 namespace vela::test {
 namespace {

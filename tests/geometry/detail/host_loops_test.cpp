@@ -11,7 +11,6 @@
 #include <immintrin.h>
 #endif
 
-#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
@@ -82,7 +81,7 @@ void expectBothLoopsToDo(const Op& op) {
 
 constexpr float FACTORS[] = {0.001F, 0.0254F, 1.0F, 3.28084F, 39.3701F, 1000.0F};
 
-TEST(HostLoops, DoToEachPixelWhatTheOperationDoes) {
+TEST(HostLoops, ApplyTheOperationToEveryPixel) {
     for (const float factor : FACTORS) {
         expectBothLoopsToDo<float>(ScaleAll{factor});
         const auto asRows = [](const auto& view, const ScaleAll& op) { applyOnHost(asFloats(view), op); };

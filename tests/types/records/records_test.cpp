@@ -49,8 +49,8 @@ TEST(SensorsData, StartsEmptyAndCopiesEverything) {
     SensorsData data;
     data.imu.available = false;  // like the rate, not set by the constructor
     data.imu.rate = 0.0F;
-    EXPECT_TRUE(membersOf(data.imu) == std::tuple(false, 0U, Transform(), matrix, zero, zero, zero, zero,
-                                                  matrix, matrix, 0.0F, "", "", "", ""));
+    EXPECT_EQ(membersOf(data.imu), std::tuple(false, 0U, Transform(), matrix, zero, zero, zero, zero, matrix,
+                                              matrix, 0.0F, "", "", "", ""));
     EXPECT_EQ(data.barometer.timestamp + data.magnetometer.timestamp, 0U);
     EXPECT_TRUE(data.temperature.temperatures.empty() && data.sync_count == 0);
     EXPECT_EQ(data.motion_state, SensorsData::CAMERA_MOTION_STATE::STATIC);
@@ -65,11 +65,11 @@ TEST(SensorsData, StartsEmptyAndCopiesEverything) {
     EXPECT_TRUE(empty.temperature.temperatures.empty());
     data.temperature.temperatures[Location::IMU] = 21.5F;
     const SensorsData copy(data);
-    EXPECT_TRUE(membersOf(copy.imu) == filled);
+    EXPECT_EQ(membersOf(copy.imu), filled);
     EXPECT_EQ(copy.temperature.temperatures, data.temperature.temperatures);
 }
 
-TEST(SensorsConfiguration, EachTypeTellsOfItsOwnSensor) {
+TEST(SensorsConfiguration, EachTypeReportsItsOwnSensor) {
     SensorsConfiguration sensors;
     std::int32_t made = 0;
     for (SensorParameters* const sensor :
@@ -98,7 +98,7 @@ TEST(InputType, SettersStoreTheirKindAndClearNothing) {
         const auto& [kind, serial, index, path, address, port] = input;
         return std::tie(kind, serial, index, path, address, port);
     };
-    EXPECT_TRUE(members() == std::tuple(0U, 0U, 0U, "", "", 0));
+    EXPECT_EQ(members(), std::tuple(0U, 0U, 0U, "", "", 0));
     input.setFromCameraID(7);
     input.setFromSerialNumber(777);
     EXPECT_EQ(input.kind, 1U);
@@ -109,12 +109,10 @@ TEST(InputType, SettersStoreTheirKindAndClearNothing) {
     EXPECT_EQ(input.kind, 3U);
     input.setFromCameraID(2);
     input = InputType(input);
-    EXPECT_TRUE(members() == std::tuple(0U, 777U, 2U, "a.qvr", "10.0.0.1", 30000));
+    EXPECT_EQ(members(), std::tuple(0U, 777U, 2U, "a.qvr", "10.0.0.1", 30000));
 }
 
-TEST(Properties, SummariseThemselves) {
-    EXPECT_EQ(toString(DeviceProperties{CAMERA_STATE::AVAILABLE, 0, "/dev/video0", MODEL::KITE_3, 12345}),
-              "KITE 3 (0) /dev/video0 SN12345 AVAILABLE");
+TEST(Properties, PrintEveryField) {
     EXPECT_EQ(toString(DeviceProperties{fromValue<CAMERA_STATE>(2), -7, NO_DATA, MODEL::KITE, 0xFFFFFFFFU}),
               "KITE (-7)  SN4294967295 Unknown");
     EXPECT_EQ(toString(DeviceProperties{}), "KITE (-1)  NOT AVAILABLE");
@@ -126,6 +124,7 @@ TEST(Properties, SummariseThemselves) {
     EXPECT_EQ(toString(StreamingProperties{endless, 0, 0, 0}),
               "IP : " + endless + "\nPort : 0\nSN : 0\nBitrate : 0\n");
     EXPECT_EQ(toString(StreamingProperties{NO_DATA, 0, 0, 0}), "IP : \nPort : 0\nSN : 0\nBitrate : 0\n");
+    EXPECT_EQ(model2str(MODEL::KITE_3E), "KITE 3e");
 }
 
 TEST(Objects, CustomBoxesStartWithAFreshIdentifier) {
@@ -135,7 +134,7 @@ TEST(Objects, CustomBoxesStartWithAFreshIdentifier) {
     EXPECT_EQ(std::tuple(box.class_label, box.score, box.on_ground), std::tuple(-1, 0.0F, true));
 }
 
-TEST(Objects, TheFirstWithAnIdIsFound) {
+TEST(Objects, FindsTheFirstWithAnId) {
     Objects objects;
     ObjectData found;
     found.unique_id = "untouched";
