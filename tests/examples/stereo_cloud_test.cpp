@@ -32,29 +32,16 @@ protected:
         std::ofstream(folder_ / "broken.png") << "no picture";
     }
 
-    /// Replaces each @ in the text by the test's folder.
-    std::string inFolder(std::string text) const {
-        for (std::size_t at = 0; (at = text.find('@')) != std::string::npos;) {
-            text.replace(at, 1, folder_ / "");
-        }
-        return text;
-    }
     /// Runs the example; returns its exit code and what it wrote to standard error.
     std::string run(const std::string& options, const std::string& prefix = "") const {
         const std::string command = prefix + " " STEREO_CLOUD " --focal 100 --baseline 60 --left @left.png ";
-        const int status = std::system(inFolder(command + options + " >@stdout 2>@stderr").c_str());
+        const int status = std::system(folder_.expand(command + options + " >@stdout 2>@stderr").c_str());
         return std::to_string(WEXITSTATUS(status)) + " " + contentOf(folder_ / "stderr");
     }
     cv::Mat picture(const std::string& name) const {
         return cv::imread(folder_ / name, cv::IMREAD_UNCHANGED);
     }
     std::string printed() const { return contentOf(folder_ / "stdout"); }
-    std::set<std::string> filesIn(const std::string& name) const {
-        std::set<std::string> files;
-        for (const auto& entry : std::filesystem::directory_iterator(folder_ / name))
-            files.insert(entry.path().filename());
-        return files;
-    }
 
     ScratchFolder folder_;
     cv::Mat left_ = cv::Mat(60, 320, CV_8UC3);
@@ -65,11 +52,10 @@ TEST_F(StereoCloudTest, MakesACloudOfTheUsersPair) {
     EXPECT_NE(printed().find("cloud Ts 0 vela::Mat of size [320,60], with 4 channels of type float allocated "
                              "on both CPU and GPU (memory owned). Host rows of 5120 bytes."),
               std::string::npos);
-    EXPECT_EQ(filesIn("new/out"),
-              (std::set<std::string>{"cloud.html", "cloud.pcd", "cloud.ply", "cloud.vtk", "cloud.xyz",
-                                     "cloud_binary.ply", "cloud_organised.pcd", "depth.pfm", "depth.pgm",
-                                     "depth.png", "depth_metric.png", "depth_preview.png", "left.png",
-                                     "preview.png"}));
+    EXPECT_EQ(
+        folder_.listing("new/out"),
+        "cloud.html cloud.pcd cloud.ply cloud.vtk cloud.xyz cloud_binary.ply cloud_organised.pcd depth.pfm "
+        "depth.pgm depth.png depth_metric.png depth_preview.png left.png preview.png");
     EXPECT_EQ(cv::norm(picture("new/out/left.png"), left_, cv::NORM_L1), 0.0);
     const std::string points = contentOf(folder_ / "new/out/cloud.ply");
     for (const cv::Point& pixel : {cv::Point(100, 20), cv::Point(200, 30), cv::Point(290, 50)}) {
@@ -142,7 +128,7 @@ TEST_F(StereoCloudTest, WritesFilesThatStateTheirUnitAndAxes) {
         EXPECT_TRUE(std::regex_search(printed(), std::regex(name + std::string(".* ms, the same")))) << name;
 }
 
-TEST_F(StereoCloudTest, NoticesFilesThatDoNotHoldWhatWasWritten) {
+TEST_F(StereoCloudTest, DetectsFilesThatDifferFromWhatWasWritten) {
     const std::pair<const char*, const char*> files[] = {
         {"cloud_binary.ply", "the cloud"}, {"cloud_organised.pcd", "the cloud"}, {"depth_metric.png", ""}};
     for (const auto& [name, thing] : files) {
@@ -154,7 +140,7 @@ TEST_F(StereoCloudTest, NoticesFilesThatDoNotHoldWhatWasWritten) {
         EXPECT_NE(said.find(std::string(name) + (*thing == '\0' ? ": " : " does not hold ") + thing),
                   std::string::npos)
             << said;
-        EXPECT_FALSE(std::filesystem::exists(folder_ / "out"));
+        EXPECT_FALSE(fs::exists(folder_ / "out"));
     }
 }
 
@@ -165,7 +151,7 @@ TEST_F(StereoCloudTest, CountsDepthsWithoutASample) {
     EXPECT_EQ(picture("out/depth_metric.png").at<std::uint16_t>(30, 200), 65535);
 }
 
-TEST_F(StereoCloudTest, HelpsAndHints) {
+TEST_F(StereoCloudTest, PrintsHelpAndAHintAtSwappedPictures) {
     EXPECT_EQ(run("--help"), "0 ");
     EXPECT_EQ(printed().substr(0, 20), "usage: stereo_cloud ");
     const std::string hint = "hint: hardly a pixel has depth: are left and right swapped";
@@ -175,33 +161,33 @@ TEST_F(StereoCloudTest, HelpsAndHints) {
     }
 }
 
-TEST_F(StereoCloudTest, SaysInOneLineWhatIsWrong) {
+TEST_F(StereoCloudTest, ReportsEachErrorInOneLine) {
     std::istringstream cases(contentOf(VELA_TEST_FOLDER "/examples/stereo_cloud_errors.txt"));
     for (std::string line; std::getline(cases, line);) {
         const std::size_t at = line.find(" => ");
-        EXPECT_EQ(run(line.substr(0, at)), inFolder("1 stereo_cloud: " + line.substr(at + 4) + "\n"));
+        EXPECT_EQ(run(line.substr(0, at)), folder_.expand("1 stereo_cloud: " + line.substr(at + 4) + "\n"));
         EXPECT_EQ(folder_.listing(), "broken.png left.png right.png small.png stderr stdout tiny.png")
             << line;
     }
 }
 
 TEST_F(StereoCloudTest, KeepsEarlierResultsWhenItFails) {
-    const std::set<std::string> earlier = {"cloud.pcd", "cloud.vtk", "cloud.xyz", "depth.pfm", "left.png"};
-    for (const std::string& name : earlier) {
-        std::filesystem::create_directories(folder_ / "out/preview.png/in the way");
+    const char* const earlier[] = {"cloud.pcd", "cloud.vtk", "cloud.xyz", "depth.pfm", "left.png"};
+    for (const std::string name : earlier) {
+        fs::create_directories(folder_ / "out/preview.png/in the way");
         std::ofstream(folder_ / ("out/" + name)) << "earlier";
     }
-    const std::set<std::string> before = filesIn("out");
+    const std::string before = folder_.listing("out");
     EXPECT_EQ(run("--right @right.png --out @out"),
-              inFolder("1 stereo_cloud: cannot write '@out/preview.png'\n"));
-    EXPECT_EQ(filesIn("out"), before) << "nothing half written";
-    for (const std::string& name : earlier)
+              folder_.expand("1 stereo_cloud: cannot write '@out/preview.png'\n"));
+    EXPECT_EQ(folder_.listing("out"), before) << "nothing half written";
+    for (const std::string name : earlier)
         EXPECT_EQ(contentOf(folder_ / ("out/" + name)), "earlier");
-    std::filesystem::remove_all(folder_ / "out/preview.png");
+    fs::remove_all(folder_ / "out/preview.png");
     EXPECT_EQ(run("--right @right.png --out @out"), "0 ");
-    for (const std::string& name : earlier)
+    for (const std::string name : earlier)
         EXPECT_NE(contentOf(folder_ / ("out/" + name)), "earlier");
-    EXPECT_EQ(filesIn("out").count(".earlier"), 0U);
+    EXPECT_EQ(folder_.listing("out").find(".earlier"), std::string::npos);
 }
 
 TEST_F(StereoCloudTest, NeverPublishesACutFile) {
@@ -213,19 +199,19 @@ TEST_F(StereoCloudTest, NeverPublishesACutFile) {
         ASSERT_EQ(run(command), "0 ");
         std::vector<std::uintmax_t> sizes;
         for (const std::string& file : files)
-            sizes.push_back(std::filesystem::file_size(folder_ / ("out/" + file)));
-        std::filesystem::remove_all(folder_ / "out");
+            sizes.push_back(fs::file_size(folder_ / ("out/" + file)));
+        fs::remove_all(folder_ / "out");
         for (const std::uintmax_t size : sizes) {
             for (const unsigned missing : {1U, 9U}) {
                 const std::string most = "prlimit --fsize=" + std::to_string(size - missing);
                 EXPECT_EQ(run(command, most).substr(0, 1), "1") << size << " less " << missing;
-                EXPECT_FALSE(std::filesystem::exists(folder_ / "out"));
+                EXPECT_FALSE(fs::exists(folder_ / "out"));
             }
         }
     }
 }
 
-TEST_F(StereoCloudTest, RemovesWhatItBeganWhenItIsStopped) {
+TEST_F(StereoCloudTest, RemovesPartialResultsWhenStopped) {
     cv::Mat noise(600, 1200, CV_8UC3);
     cv::randu(noise, 0, 256);
     cv::imwrite(folder_ / "left.png", noise);
@@ -236,9 +222,9 @@ TEST_F(StereoCloudTest, RemovesWhatItBeganWhenItIsStopped) {
             ">@stdout 2>@stderr &\nuntil compgen -G '@out/.partial-*' >@found; do "
             "sleep 0.01; done\nkill -" +
             std::string(signal) + " $!\nwait $!\n(( $? > 128 ))\n";
-        std::ofstream(folder_ / "script") << inFolder(started);
-        EXPECT_EQ(std::system(inFolder("timeout 60 bash @script").c_str()), 0) << signal;
-        EXPECT_FALSE(std::filesystem::exists(folder_ / "out")) << signal;
+        std::ofstream(folder_ / "script") << folder_.expand(started);
+        EXPECT_EQ(std::system(folder_.expand("timeout 60 bash @script").c_str()), 0) << signal;
+        EXPECT_FALSE(fs::exists(folder_ / "out")) << signal;
     }
 }
 

@@ -20,8 +20,7 @@ class MemoryFile {
 public:
     MemoryFile() : descriptor_(memfd_create("fuzz", MFD_CLOEXEC)) { require(descriptor_ >= 0); }
     ~MemoryFile() { close(descriptor_); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
+    MemoryFile(MemoryFile&&) = delete;
 
     std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
 

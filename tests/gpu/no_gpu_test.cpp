@@ -5,8 +5,6 @@
 #include "vela_core/geometry/mat_conversion.hpp"
 #include "vela_core/utils/Mat.hpp"
 
-#include <gtest/gtest.h>
-
 #include <string>
 
 namespace vela::test {

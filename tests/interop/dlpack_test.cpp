@@ -73,7 +73,7 @@ TEST(MoveToDlpack, DescribesEveryPixelTypeAndComesBack) {
     }
 }
 
-TEST(MoveToDlpack, RefusesWhatOthersCannotHold) {
+TEST(MoveToDlpack, RefusesReferencesAndMissingSides) {
     Mat owner(4, 4, MAT_TYPE::MAT_8U_C1);
     Mat reference(owner);
     EXPECT_FALSE(moveToDlpack(std::move(reference)));
@@ -129,7 +129,7 @@ TEST_F(ForeignTensor, IsSharedAndHandedBackOnce) {
     EXPECT_EQ(returned_, 1);
 }
 
-TEST_F(ForeignTensor, MayLeaveStridesOutOrSayAnythingOfLengthOne) {
+TEST_F(ForeignTensor, NeedsStridesOnlyForLengthsAboveOne) {
     auto packed = make();
     packed->dl_tensor.strides = nullptr;
     EXPECT_EQ(viewOfDlpack(std::move(packed)).mat.stepBytesCPU, 24U);
@@ -145,7 +145,7 @@ TEST_F(ForeignTensor, MayLeaveStridesOutOrSayAnythingOfLengthOne) {
     EXPECT_EQ(returned_, 5);
 }
 
-TEST_F(ForeignTensor, IsHandedBackWhereNoMatCanHoldIt) {
+TEST_F(ForeignTensor, IsHandedBackIfNoMatCanHoldIt) {
     using Change = void (*)(dl::ManagedTensorVersioned&);
     const std::pair<const char*, Change> changes[] = {
         {"major version", [](auto& t) { t.version.major = 2; }},

@@ -59,7 +59,7 @@ TEST(Eigen, ConvertsPoses) {
     EXPECT_EQ(toEigen(fromEigen(Eigen::Vector3f(4, 5, 6))), Eigen::Vector3f(4, 5, 6));
 }
 
-TEST(Eigen, MapsPointsAndStepsOverColours) {
+TEST(Eigen, MapsPointsAndSkipsColours) {
     Mat cloud(7, 5, MAT_TYPE::MAT_32F_C4);
     cloud.setTo(Vector4<float>(1, 2, 3, 9));
     mapPoints(cloud) = (toEigen(QUARTER) * mapPoints(cloud)).eval();
@@ -88,7 +88,7 @@ TEST(Eigen, MapsAPartOfADepthMap) {
     EXPECT_EQ(whole.count([](float v) { return v != 0; }), 6U);
 }
 
-TEST(Eigen, MapsNothingWhereThereIsNothing) {
+TEST(Eigen, MapsNoPixelsOfUnsupportedMats) {
     alignas(4) unsigned char bytes[64] = {};
     const auto points = [&](int type, unsigned char* data, MEM mem) {
         Mat mat(1, 2, static_cast<MAT_TYPE>(type), data, getPixelBytes(static_cast<MAT_TYPE>(type)), mem);

@@ -3,8 +3,6 @@
 #include "support/device.hpp"
 #include "vela_interop/view.hpp"
 
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <utility>
 
@@ -62,14 +60,14 @@ TEST(ViewOfCv, SharesAPartOfAnImage) {
     EXPECT_EQ(again.step, part.step);
 }
 
-TEST(ViewOfCv, IsEmptyForWhatNoMatHolds) {
+TEST(ViewOfCv, IsEmptyForUnsupportedImages) {
     const int sizes[] = {3, 3, 3};
     for (cv::Mat image : {cv::Mat(3, 3, CV_64F), cv::Mat(3, sizes, CV_32F), cv::Mat()}) {
         EXPECT_FALSE(viewOfCv(image).isInit) << image.dims << " " << image.type();
     }
 }
 
-TEST(ViewAsCv, IsEmptyForWhatOpenCvCannotHold) {
+TEST(ViewAsCv, IsEmptyForUnsupportedMats) {
     alignas(4) unsigned char bytes[32] = {};
     const auto wrapped = [&](std::size_t width, std::size_t height, int type, std::size_t step, MEM mem) {
         Mat mat(width, height, static_cast<MAT_TYPE>(type), bytes, step, mem);

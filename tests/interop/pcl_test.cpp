@@ -97,7 +97,7 @@ TEST(ToPcl, GivesWhiteToCloudsWithoutColour) {
     EXPECT_EQ(points[1].r & points[1].g & points[1].b & points[1].a, 255);
 }
 
-TEST(ToPcl, RefusesWhatIsNoCloud) {
+TEST(ToPcl, RefusesMatsThatAreNoClouds) {
     PlainCloud<Xyz> points;
     points.resize(7);
     unsigned char bytes[16] = {};

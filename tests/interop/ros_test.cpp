@@ -11,7 +11,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <functional>
 #include <limits>
 #include <string>
 #include <vector>
@@ -106,7 +105,7 @@ TYPED_TEST(RosTest, PacksAPartOfACloudAndBack) {
     EXPECT_EQ(kept[3], 255) << "rgb has no alpha";
 }
 
-TEST(RosImage, KnowsTheNamesOfEveryPixelType) {
+TEST(RosImage, NamesEveryPixelType) {
     PlainImage message;
     int value = 0;
     for (const char* const name :
@@ -128,7 +127,7 @@ TEST(RosImage, KnowsTheNamesOfEveryPixelType) {
     EXPECT_EQ(message.encoding, "16UC1") << "unchanged";
 }
 
-TEST(RosImage, TurnsRedFirstAndBigEndianPixels) {
+TEST(RosImage, ReordersRedFirstAndBigEndianPixels) {
     Mat mat;
     const PlainImage red = {1, 2, "rgba8", 0, 9, {1, 2, 3, 4, 5, 6, 7, 8, 0}};
     ASSERT_TRUE(fromRosImage(red, mat));
@@ -156,15 +155,14 @@ TEST(RosImage, RefusesInconsistentMessages) {
     const PlainImage good = {2, 2, "bgr8", 0, 8, std::vector<std::uint8_t>(16)};
     Mat mat;
     EXPECT_TRUE(fromRosImage(good, mat));
-    expectRefused<PlainImage>(
-        good, fromRosImage<PlainImage>,
-        {{"data ends early", [](auto& m) { m.data.pop_back(); }},
-         {"rows overlap", [](auto& m) { m.step = 5; }},
-         {"products of 32 bits", [](auto& m) { m.height = 1U << 31U, m.step = 1U << 31U; }},
-         {"row of more than 32 bits", [](auto& m) { m.width = 0x55555556; }},
-         {"no rows", [](auto& m) { m.height = 0; }},
-         {"no columns", [](auto& m) { m.width = 0; }},
-         {"a Bayer pattern", [](auto& m) { m.encoding = "bayer_rggb8"; }}});
+    expectRefused<PlainImage>(good, fromRosImage<PlainImage>,
+                              {{"data ends early", [](auto& m) { m.data.pop_back(); }},
+                               {"rows overlap", [](auto& m) { m.step = 5; }},
+                               {"products of 32 bits", [](auto& m) { m.height = m.step = 1U << 31U; }},
+                               {"row of more than 32 bits", [](auto& m) { m.width = 0x55555556; }},
+                               {"no rows", [](auto& m) { m.height = 0; }},
+                               {"no columns", [](auto& m) { m.width = 0; }},
+                               {"a Bayer pattern", [](auto& m) { m.encoding = "bayer_rggb8"; }}});
 }
 
 /// One row of two points, each with four unrelated bytes, z, y, x, colour.
@@ -213,7 +211,7 @@ TEST(RosCloud, RefusesInconsistentMessages) {
         foreignCloud(), fromRosCloud<PlainCloud2>,
         {{"data ends early", [](auto& m) { m.data.pop_back(); }},
          {"rows shorter than their points", [](auto& m) { m.row_step = 39; }},
-         {"products of 32 bits", [](auto& m) { m.height = 1U << 31U, m.row_step = 1U << 31U; }},
+         {"products of 32 bits", [](auto& m) { m.height = m.row_step = 1U << 31U; }},
          {"row of more than 32 bits", [](auto& m) { m.width = 0x0CCCCCCE; }},
          {"a coordinate beyond the point", [](auto& m) { m.fields[1].offset = 17; }},
          {"an offset that wraps", [](auto& m) { m.fields[2].offset = 0xFFFFFFFE; }},
@@ -226,7 +224,7 @@ TEST(RosCloud, RefusesInconsistentMessages) {
          {"no columns", [](auto& m) { m.width = 0; }}});
 }
 
-TEST(RosCloud, LeavesColourOutWhereThereIsNone) {
+TEST(RosCloud, HasNoColourFieldForCloudsWithoutColour) {
     Mat cloud(2, 1, MAT_TYPE::MAT_32F_C3);
     cloud.setTo(Vector3<float>(1, 2, 3));
     PlainCloud2 message;

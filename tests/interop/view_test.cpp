@@ -38,7 +38,7 @@ TEST(HostView, SeesAPartOfAnImageByItsRowStep) {
     EXPECT_EQ(whole.at(3, 3).y, 7);
 }
 
-TEST(HostView, IsEmptyWherePixelsCannotBeSeenAsTheType) {
+TEST(HostView, IsEmptyForOtherTypesSidesAndAlignments) {
     alignas(4) unsigned char bytes[64] = {};
     const auto viewed = [](unsigned char* data, std::size_t height, std::size_t step, MEM mem) {
         Mat mat(2, height, MAT_TYPE::MAT_32F_C1, data, step, mem);

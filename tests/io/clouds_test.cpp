@@ -7,20 +7,16 @@
 #include "vela_core/geometry/units.hpp"
 #include "vela_io/io.hpp"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstring>
 #include <functional>
-#include <limits>
 #include <random>
 #include <vector>
 
 namespace vela::io {
 namespace {
 
-using test::contentOf;
-using test::ScratchFolder;
+using namespace test;
 
 struct Pixel {
     float x;
@@ -75,9 +71,8 @@ public:
 
 private:
     float number() {
-        constexpr float INFINITE = std::numeric_limits<float>::infinity();
         const float special[] = {0.0F,  -0.0F,  1e-45F,   -1.1e-38F, 3.4e38F,
-                                 -1.5F, 255.0F, INFINITE, -INFINITE, NAN};
+                                 -1.5F, 255.0F, INFINITY, -INFINITY, NAN};
         const auto choice = random_() % 40;
         if (choice < std::size(special)) return special[choice];
         if (choice > 20) return std::uniform_real_distribution<float>(-5000, 5000)(random_);
@@ -93,9 +88,6 @@ private:
     std::vector<Pixel> pixels_;
     std::vector<float> normals_;
 };
-
-using test::CLOUD_KINDS;
-using test::CloudKind;
 
 const Pixel* pixelsOf(const Mat& mat, std::size_t i) {
     return reinterpret_cast<const Pixel*>(mat.ptrCPU + i * getPixelBytes(mat.dataType));
@@ -169,8 +161,8 @@ TEST(CloudsTest, ComeBackBitForBit) {
     }
 }
 
-TEST(CloudsTest, AreConvertedOnTheWayAsTheLibraryConverts) {
-    if (!test::hasDevice()) GTEST_SKIP() << "copies between host buffers need a CUDA driver";
+TEST(CloudsTest, HaveUnitAndAxesConvertedInBothDirections) {
+    if (!hasDevice()) GTEST_SKIP() << "copies between host buffers need a CUDA driver";
     Mat cloud(3, 2, MAT_TYPE::MAT_32F_C4);
     Mat normals(3, 2, MAT_TYPE::MAT_32F_C4);
     std::mt19937 random(5);
@@ -227,7 +219,7 @@ TEST(CloudsTest, AreConvertedOnTheWayAsTheLibraryConverts) {
     }
 }
 
-TEST(CloudsTest, WhatIsNotKnownIsNotGuessed) {
+TEST(CloudsTest, RefusesImpossibleAndAmbiguousOptions) {
     Mat cloud(2, 1, MAT_TYPE::MAT_32F_C3);
     cloud.setTo(Vector3<float>(1, 2, 3));
     Mat depth(2, 1, MAT_TYPE::MAT_32F_C1);

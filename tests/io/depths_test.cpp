@@ -1,23 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/ScratchFolder.hpp"
+#include "support/geometry.hpp"
 #include "vela_io/io.hpp"
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <random>
 #include <vector>
 
 namespace vela::io {
 namespace {
 
-using test::contentOf;
-using test::ScratchFolder;
-
-constexpr float NAN_F = std::numeric_limits<float>::quiet_NaN();
-constexpr float INF_F = std::numeric_limits<float>::infinity();
+using namespace test;
 
 /// A depth map of one row of the given depths.
 struct Row {
@@ -32,14 +26,6 @@ struct Row {
 std::vector<float> valuesOf(const Mat& mat) {
     const float* const first = mat.getPtr<float>();
     return {first, first + mat.width * mat.height};
-}
-
-void expectSame(const std::vector<float>& seen, const std::vector<float>& wanted) {
-    ASSERT_EQ(seen.size(), wanted.size());
-    for (std::size_t i = 0; i < seen.size(); ++i) {
-        EXPECT_TRUE(seen[i] == wanted[i] || (std::isnan(seen[i]) && std::isnan(wanted[i])))
-            << i << ": " << seen[i] << ", wanted " << wanted[i];
-    }
 }
 
 class DepthsTest : public testing::Test {
@@ -86,7 +72,7 @@ TEST_F(DepthsTest, FloatsComeBackBitForBitAndOtherwiseAsSamples) {
             float value = 0;
             std::memcpy(&value, &bits, sizeof value);
             if (kind.samples)
-                value = i % 7 == 0 ? NAN_F : std::uniform_real_distribution<float>(0.1F, 65)(random);
+                value = i % 7 == 0 ? NAN : std::uniform_real_distribution<float>(0.1F, 65)(random);
             *at(i % WIDTH, i / WIDTH) = value;
         }
         DepthOptions options;
@@ -118,9 +104,9 @@ TEST_F(DepthsTest, FloatsComeBackBitForBitAndOtherwiseAsSamples) {
     }
 }
 
-TEST_F(DepthsTest, SamplesAreNearestAndWhatHasNoneIsCounted) {
-    Row row({0, -0.0F, NAN_F, INF_F, -INF_F, 0.0004F, 0.0006F, 1.2344F, 65.535F, 65.5354F, 65.5356F, 1e30F,
-             -0.0004F, -2});
+TEST_F(DepthsTest, RoundsToTheNearestSampleAndCountsTheRest) {
+    Row row({0, -0.0F, NAN, INFINITY, -INFINITY, 0.0004F, 0.0006F, 1.2344F, 65.535F, 65.5354F, 65.5356F,
+             1e30F, -0.0004F, -2});
     DepthOptions options;
     options.scale = 1000;
     for (const char* const name : {"a.png", "a.pgm"}) {
@@ -134,27 +120,28 @@ TEST_F(DepthsTest, SamplesAreNearestAndWhatHasNoneIsCounted) {
         EXPECT_FALSE(std::filesystem::exists(folder_ / name));
 
         options.allowClipping = true;
-        expectSame(exchanged(row.mat, name, options),
-                   {NAN_F, NAN_F, NAN_F, NAN_F, NAN_F, NAN_F, 0.001F, 1.234F, 65.535F, 65.535F, 65.535F,
-                    65.535F, NAN_F, NAN_F});
+        expectNear(
+            exchanged(row.mat, name, options),
+            {NAN, NAN, NAN, NAN, NAN, NAN, 0.001F, 1.234F, 65.535F, 65.535F, 65.535F, 65.535F, NAN, NAN},
+            0.0F);
         EXPECT_EQ(written_.clipped, 5U);
         EXPECT_EQ(written_.dropped, 5U);
         options.allowClipping = false;
     }
 }
 
-TEST_F(DepthsTest, AnotherInvalidSampleIsStatedAndKeptFree) {
-    Row row({0, NAN_F, 65534, 65535, 1});
+TEST_F(DepthsTest, AnInvalidSampleOtherThanZeroIsStatedAndReserved) {
+    Row row({0, NAN, 65534, 65535, 1});
     DepthOptions options;
     options.invalid = 65535;
     options.allowClipping = true;
-    expectSame(exchanged(row.mat, "a.png", options), {NAN_F, NAN_F, 65534, 65534, 1});
+    expectNear(exchanged(row.mat, "a.png", options), {NAN, NAN, 65534, 65534, 1}, 0.0F);
     EXPECT_EQ(written_.clipped, 1U);
     EXPECT_EQ(info_.invalid, 65535);
 }
 
-TEST_F(DepthsTest, UnitsAreConvertedOnTheWay) {
-    Row row({1.5F, 0.25F, NAN_F});
+TEST_F(DepthsTest, UnitsAreConvertedInBothDirections) {
+    Row row({1.5F, 0.25F, NAN});
     for (const char* const name : {"a.png", "a.pgm", "a.pfm", "a.npy"}) {
         SCOPED_TRACE(name);
         DepthOptions options;
@@ -162,10 +149,10 @@ TEST_F(DepthsTest, UnitsAreConvertedOnTheWay) {
         options.targetUnit = UNIT::CENTIMETER;
         DepthReadOptions reading;
         reading.unit = UNIT::CENTIMETER;  // PFM and NumPy files do not state it
-        expectSame(exchanged(row.mat, name, options, reading), {150, 25, NAN_F});
+        expectNear(exchanged(row.mat, name, options, reading), {150, 25, NAN}, 0.0F);
         EXPECT_EQ(info_.unit, UNIT::CENTIMETER);
         reading.targetUnit = UNIT::MILLIMETER;
-        expectSame(exchanged(row.mat, name, options, reading), {1500, 250, NAN_F});
+        expectNear(exchanged(row.mat, name, options, reading), {1500, 250, NAN}, 0.0F);
         EXPECT_EQ(info_.unit, UNIT::MILLIMETER);
     }
     DepthReadOptions reading;
@@ -178,7 +165,7 @@ std::string bytesOf(std::initializer_list<int> values) {
     return {values.begin(), values.end()};
 }
 
-TEST_F(DepthsTest, OtherWritersHabitsAreUnderstood) {
+TEST_F(DepthsTest, ReadsDepthMapsOfOtherPrograms) {
     struct Habit {
         const char* name;
         std::string content;
@@ -205,7 +192,7 @@ TEST_F(DepthsTest, OtherWritersHabitsAreUnderstood) {
         reading.rows = habit.rows;
         const Result read = readDepth(folder_ / "a", back, reading);
         ASSERT_TRUE(read.ok()) << read.text;
-        expectSame(valuesOf(back), habit.wanted);
+        expectNear(valuesOf(back), habit.wanted, 0.0F);
     }
 }
 

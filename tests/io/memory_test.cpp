@@ -4,7 +4,6 @@
 #include "support/cloud_kinds.hpp"
 #include "vela_io/io.hpp"
 
-#include <gtest/gtest.h>
 #include <malloc.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -64,7 +63,7 @@ protected:
     ScratchFolder folder_;
 };
 
-TEST_F(MemoryTest, WritingAndReadingTakeLittleBesideTheMat) {
+TEST_F(MemoryTest, WritingAndReadingAllocateLittleBesideTheMat) {
     Mat cloud(1280, 720, MAT_TYPE::MAT_32F_C4);
     Mat depth(2560, 1440, MAT_TYPE::MAT_32F_C1);
     std::mt19937 random(1);  // NOLINT(cert-msc51-cpp): the same every time
@@ -98,7 +97,7 @@ TEST_F(MemoryTest, WritingAndReadingTakeLittleBesideTheMat) {
     }
 }
 
-TEST_F(MemoryTest, FilesThatClaimMoreThanTheyHoldTakeNone) {
+TEST_F(MemoryTest, FilesThatClaimTooMuchAllocateLittle) {
     const std::string xyz = "property float x\nproperty float y\nproperty float z\nend_header\n";
     const std::string pcd = "FIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 2000000000\nDATA ";
     const std::pair<const char*, std::string> files[] = {

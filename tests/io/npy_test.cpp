@@ -2,8 +2,6 @@
 #include "support/ScratchFolder.hpp"
 #include "vela_io/io.hpp"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <random>
 #include <vector>
@@ -11,9 +9,7 @@
 namespace vela::io {
 namespace {
 
-using test::contentOf;
-using test::put;
-using test::ScratchFolder;
+using namespace test;
 using namespace std::string_literals;
 
 /// A file of format 1.0 with the given dictionary and elements.
@@ -75,7 +71,7 @@ TEST(NpyTest, KeepsEveryByteOfEveryTypeWhateverTheStep) {
     }
 }
 
-TEST(NpyTest, TakesOtherByteOrdersAndFortranOrder) {
+TEST(NpyTest, ReadsOtherByteOrdersAndFortranOrder) {
     const ScratchFolder folder;
     const std::string path = folder / "a.npy";
     // the six numbers 0x0102 to 0x0607, as NumPy would store [[102, 203, 304], [405, 506, 607]] (hexadecimal)
@@ -92,7 +88,7 @@ TEST(NpyTest, TakesOtherByteOrdersAndFortranOrder) {
     }
 }
 
-TEST(NpyTest, RefusesWhatNoMatHoldsAndLeavesTheMat) {
+TEST(NpyTest, RefusesUnsupportedArraysAndKeepsTheMat) {
     const std::pair<std::string, std::string> cases[] = {
         {"", "the file ends too early"},
         {"\x93NUMPX............", "not a NumPy array"},

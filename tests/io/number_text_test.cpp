@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <random>
@@ -114,7 +115,7 @@ TEST(NumberTextTest, ReadsTheNearestFloat) {
     }
 }
 
-TEST(NumberTextTest, ReadsNoNumberWhereThereIsNone) {
+TEST(NumberTextTest, RejectsTextThatIsNoNumber) {
     for (const char* const text : {"", "-", "+", ".", "+-1", "x", "e5", "--1", "-+1", " 1"}) {
         const std::string copy = text;
         float value = 0;

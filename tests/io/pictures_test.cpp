@@ -4,27 +4,21 @@
 #include "support/blobs.hpp"
 #include "vela_io/pictures/scale.hpp"
 
-#include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <cerrno>
 #include <cmath>
 #include <functional>
-#include <limits>
-#include <map>
 #include <opencv2/imgcodecs.hpp>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace vela::io {
 namespace {
 
-using test::blobs;
-using test::cloudOf;
-using test::ScratchFolder;
-using test::Spots;
-using test::spotsIn;
-constexpr float NAN_F = std::numeric_limits<float>::quiet_NaN();
+using namespace test;
 
 class PreviewTest : public testing::Test {
 protected:
@@ -60,7 +54,7 @@ TEST(Ticks, AreRoundNumbersThatAllDiffer) {
 
 TEST_F(PreviewTest, ShowsEachPixelInTheColourOfItsDepth) {
     Mat depth(400, 300, MAT_TYPE::MAT_32F_C1);
-    const float invalid[] = {NAN_F, std::numeric_limits<float>::infinity(), 0, -1};
+    const float invalid[] = {NAN, INFINITY, 0, -1};
     for (std::size_t i = 0; i < 400 * 300; ++i) {
         const std::size_t x = i % 400;
         const bool marked = x < 80 && i / 400 < 20;
@@ -71,9 +65,8 @@ TEST_F(PreviewTest, ShowsEachPixelInTheColourOfItsDepth) {
     options.width = 640;
     options.height = 400;
     const cv::Mat picture = drawn(depth, options);
-    EXPECT_EQ(result_.points, 120000U);
-    EXPECT_EQ(result_.dropped, 1600U);
-    EXPECT_EQ(result_.written, 118400U);
+    EXPECT_EQ(std::tuple(result_.points, result_.dropped, result_.written),
+              std::tuple(120000U, 1600U, 118400U));
     EXPECT_EQ(result_.bytes, std::filesystem::file_size(folder_ / "a.png"));
 
     // 12 pixels of margin; near is warm and light, far is cold and dark, brightness falls throughout.
@@ -128,14 +121,14 @@ TEST_F(PreviewTest, PutsBlobsAtTheSamePixelsInEveryAxisConvention) {
         Spots frontNow = spotsIn(picture.colRange(0, 640));
         Spots topNow = spotsIn(picture.colRange(640, 1280));
         if (axes == 0) std::tie(front, top) = std::tie(frontNow, topNow);
-        test::expectFrontView(frontNow, front);
+        expectFrontView(frontNow, front);
         EXPECT_NEAR(topNow["magenta"].y, top["magenta"].y, 1);
     }
     EXPECT_GT(top["magenta"].y, top["red"].y) << "nearer is lower, seen from above";
     EXPECT_GT(top["red"].count, 3 * top["yellow"].count) << "red lies above yellow";
 }
 
-TEST_F(PreviewTest, ShowsSidesAndCountsWhatIsNotSeen) {
+TEST_F(PreviewTest, ShowsSidesAndCountsInvisiblePoints) {
     const auto spots = [&](CLOUD_VIEW view) {
         PreviewOptions options;
         options.views = {view};
@@ -149,13 +142,12 @@ TEST_F(PreviewTest, ShowsSidesAndCountsWhatIsNotSeen) {
     auto right = spots(CLOUD_VIEW::RIGHT);
     EXPECT_LT(right["magenta"].x, right["green"].x);
 
-    Mat cloud = cloudOf(std::vector<test::ColoredPoint>(1000, {0, 0, 1, {9, 9, 9}}));
-    cloud.setValue(0, 0, Vector4<float>(NAN_F, 0, 1, 0));
+    Mat cloud = cloudOf(std::vector<ColoredPoint>(1000, {0, 0, 1, {9, 9, 9}}));
+    cloud.setValue(0, 0, Vector4<float>(NAN, 0, 1, 0));
     cloud.setValue(1, 0, Vector4<float>(3e38F, 0, 1, 0));
     drawn(cloud, {});
-    EXPECT_EQ(result_.points, 1000U);
-    EXPECT_EQ(result_.dropped, 1U);
-    EXPECT_EQ(result_.written, 998U) << "one is far outside";
+    EXPECT_EQ(std::tuple(result_.points, result_.dropped, result_.written), std::tuple(1000U, 1U, 998U))
+        << "one is far outside";
 }
 
 TEST(Pictures, AreRefusedWithAReasonAndLeaveNoFile) {
@@ -234,19 +226,17 @@ std::vector<cv::Vec<int, 6>> pointsOf(const std::string& page) {
     return points;
 }
 
-TEST(WriteHtml, HoldsEachPointToASixteenthBit) {
+TEST(WriteHtml, QuantisesCoordinatesTo16Bits) {
     const ScratchFolder folder;
     Mat cloud = cloudOf(
-        {{-2, 5, 1, {1, 2, 3}}, {NAN_F, 0, 0, {9, 9, 9}}, {2, 5, 1.5F, {250, 0, 7}}, {1, 5, 3, {4, 5, 6}}});
+        {{-2, 5, 1, {1, 2, 3}}, {NAN, 0, 0, {9, 9, 9}}, {2, 5, 1.5F, {250, 0, 7}}, {1, 5, 3, {4, 5, 6}}});
     HtmlOptions options;
     options.unit = UNIT::METER;
     options.title = "a </script> & \"b\"\\";
     const Result result = writeHtml(cloud, folder / "c.html", options);
     ASSERT_TRUE(result.ok()) << result.text.c_str();
-    EXPECT_EQ(result.points, 4U);
-    EXPECT_EQ(result.written, 3U);
-    EXPECT_EQ(result.dropped, 1U);
-    const std::string page = test::contentOf(folder / "c.html");
+    EXPECT_EQ(std::tuple(result.points, result.written, result.dropped), std::tuple(4U, 3U, 1U));
+    const std::string page = contentOf(folder / "c.html");
     EXPECT_EQ(result.bytes, page.size());
     const std::vector<cv::Vec<int, 6>> expected = {
         {0, 0, 0, 1, 2, 3}, {65535, 0, 16384, 250, 0, 7}, {49151, 0, 65535, 4, 5, 6}};
@@ -274,13 +264,13 @@ TEST(WriteHtml, ChoosesAmongTooManyPointsAndStaysWithinTenMegabytes) {
     const Result result = writeHtml(noise, folder / "n.html", options);
     EXPECT_EQ(result.written, 800000U);
     EXPECT_LE(result.bytes, 10'000'000U);
-    const auto points = pointsOf(test::contentOf(folder / "n.html"));
+    const auto points = pointsOf(contentOf(folder / "n.html"));
     double sum = 0;
     for (const auto& point : points)
         sum += point[0];
     EXPECT_NEAR(sum / 800000, 32767, 200) << "no part of the cloud is preferred";
 
-    EXPECT_EQ(writeHtml(cloudOf({{NAN_F, 0, 0, {0, 0, 0}}}), folder / "e.html").written, 0U);
+    EXPECT_EQ(writeHtml(cloudOf({{NAN, 0, 0, {0, 0, 0}}}), folder / "e.html").written, 0U);
 }
 
 }  // namespace

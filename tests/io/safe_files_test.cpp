@@ -5,29 +5,23 @@
 #include "vela_io/io.hpp"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <random>
+#include <string_view>
 #include <thread>
 #include <vector>
 
 namespace vela::io {
 namespace {
 
-namespace fs = std::filesystem;
-using test::contentOf;
-using test::FileCalls;
-using test::put;
-using test::ScratchFolder;
+using namespace test;
 using namespace std::string_literals;
 
 constexpr uid_t NOBODY = 65534;
@@ -108,7 +102,7 @@ mode_t modeOf(const std::string& path) {
     return status.st_mode & 07777;
 }
 
-TEST_F(SafeFilesTest, FaultsAreToldAndLeaveEverythingAsItWas) {
+TEST_F(SafeFilesTest, FailedWritesAreReportedAndKeepTheOldFile) {
     const struct {
         std::string before;  ///< the name of the file
         const char* text;
@@ -150,7 +144,7 @@ void expectInChildAsNobody(Work work) {
     EXPECT_TRUE(status == 0 || WEXITSTATUS(status) == 77);
 }
 
-TEST_F(SafeFilesTest, WhatMayNotBeWrittenIsNotReplaced) {
+TEST_F(SafeFilesTest, FilesWithoutWritePermissionAreKept) {
     if (geteuid() != 0) GTEST_SKIP() << "needs root to become another user";
     const ScratchFolder folder;
     put(folder / "a.ply", "old");
@@ -187,12 +181,12 @@ TEST_F(SafeFilesTest, ModeAndLinksAreKept) {
         fs::create_symlink("link." + name, folder / ("again." + name));
         ASSERT_TRUE(write(operation, folder / ("again." + name)).ok());
         EXPECT_TRUE(fs::is_symlink(folder / ("again." + name)));
-        EXPECT_EQ(contentOf(folder / ("d/" + name)), content);
+        EXPECT_TRUE(sameBytes(contentOf(folder / ("d/" + name)), content));
         EXPECT_EQ(modeOf(folder / ("d/" + name)), 0604U) << "that of the file replaced";
 
         fs::create_symlink("new." + name, folder / ("dangling." + name));
         ASSERT_TRUE(write(operation, folder / ("dangling." + name)).ok());
-        EXPECT_EQ(contentOf(folder / ("new." + name)), content);
+        EXPECT_TRUE(sameBytes(contentOf(folder / ("new." + name)), content));
         for (const auto& entry : fs::directory_iterator(folder / "")) {
             EXPECT_EQ(entry.path().extension().string().find("tmp"), std::string::npos);
             fs::remove_all(entry.path());
@@ -250,7 +244,7 @@ TEST_F(SafeFilesTest, CancellingKeepsTheOldFileAndTheMat) {
     }
 }
 
-TEST_F(SafeFilesTest, InterruptedCallsAreMadeAgainAndARefusedOneKeepsTheOldFile) {
+TEST_F(SafeFilesTest, InterruptedCallsAreRepeatedAndARefusedOneKeepsTheOldFile) {
     using Fate = FileCalls::Fate;
     for (const Operation& operation : operations_) {
         const ScratchFolder folder;
@@ -276,7 +270,7 @@ TEST_F(SafeFilesTest, InterruptedCallsAreMadeAgainAndARefusedOneKeepsTheOldFile)
                 const std::string text = toStdString(result.text);
                 EXPECT_EQ(text.find("no space left on device") != std::string::npos, refused) << text;
                 // The second sync is for the folder, after the rename.
-                EXPECT_TRUE(contentOf(path) == (refused && !(sync_ && nth == 2) ? "old" : whole));
+                EXPECT_TRUE(sameBytes(contentOf(path), refused && !(sync_ && nth == 2) ? "old" : whole));
                 EXPECT_EQ(folder.listing(), operation.name);
             }
             EXPECT_GE(nth, sync_ ? 4 : 3) << function << " is called, and on file and folder";
@@ -284,30 +278,7 @@ TEST_F(SafeFilesTest, InterruptedCallsAreMadeAgainAndARefusedOneKeepsTheOldFile)
     }
 }
 
-TEST_F(SafeFilesTest, AKilledWriterLeavesTheOldFileOrTheNewOne) {
-    std::mt19937 random(9);
-    for (const Operation& operation : operations_) {
-        const ScratchFolder folder;
-        const std::string path = folder / operation.name;
-        ASSERT_TRUE(write(operation, path).ok());
-        const std::string whole = contentOf(path);
-        for (int i = 0; i < 12; ++i) {
-            put(path, "old");
-            const pid_t child = fork();
-            if (child == 0) {
-                write(operation, path);
-                _exit(0);
-            }
-            std::this_thread::sleep_for(std::chrono::microseconds(random() % 4000));
-            kill(child, SIGKILL);
-            waitpid(child, nullptr, 0);
-            const std::string content = contentOf(path);
-            EXPECT_TRUE(content == "old" || content == whole) << operation.name << " " << content.size();
-        }
-    }
-}
-
-TEST_F(SafeFilesTest, PipesAndStandardStreamsAreWrittenAndRead) {
+TEST_F(SafeFilesTest, PipesAreWrittenAndRead) {
     const ScratchFolder folder;
     for (const Operation& operation : operations_) {
         const std::string path = folder / operation.name;
@@ -318,7 +289,7 @@ TEST_F(SafeFilesTest, PipesAndStandardStreamsAreWrittenAndRead) {
         std::thread reader([&] { seen = contentOf(pipe); });
         EXPECT_TRUE(write(operation, pipe).ok());
         reader.join();
-        EXPECT_EQ(seen, contentOf(path));
+        EXPECT_TRUE(sameBytes(seen, contentOf(path)));
     }
     std::thread writer([&] { put(folder / "pipe.a.ply", contentOf(folder / "a.ply")); });
     Mat back;
@@ -326,21 +297,9 @@ TEST_F(SafeFilesTest, PipesAndStandardStreamsAreWrittenAndRead) {
     writer.join();
     EXPECT_TRUE(read.ok()) << read.text;
     EXPECT_EQ(back.width, 256U * 100U);
-
-    const int saved = dup(STDOUT_FILENO);
-    const int file = open((folder / "out").c_str(), O_WRONLY | O_CREAT, 0600);
-    dup2(file, STDOUT_FILENO);
-    CloudOptions options;
-    options.format = CLOUD_FILE::PLY;
-    const Result written = writeCloud(cloud_, "-", options);
-    dup2(saved, STDOUT_FILENO);
-    close(saved);
-    close(file);
-    EXPECT_TRUE(written.ok()) << written.text;
-    EXPECT_EQ(contentOf(folder / "out"), contentOf(folder / "a.ply"));
 }
 
-TEST_F(SafeFilesTest, AFileThatOnlyADescriptorLeadsToIsWrittenInPlace) {
+TEST_F(SafeFilesTest, AnUnlinkedFileIsWrittenInPlace) {
     const ScratchFolder folder;
     const int file = open((folder / "gone").c_str(), O_RDWR | O_CREAT, 0600);
     unlink((folder / "gone").c_str());
@@ -349,7 +308,7 @@ TEST_F(SafeFilesTest, AFileThatOnlyADescriptorLeadsToIsWrittenInPlace) {
     options.format = CLOUD_FILE::PLY;
     ASSERT_TRUE(writeCloud(cloud_, path, options).ok());
     ASSERT_TRUE(writeCloud(cloud_, folder / "a.ply", options).ok());
-    EXPECT_EQ(contentOf(path), contentOf(folder / "a.ply"));
+    EXPECT_TRUE(sameBytes(contentOf(path), contentOf(folder / "a.ply")));
     EXPECT_EQ(folder.listing(), "a.ply");
     close(file);
 }

@@ -4,8 +4,6 @@
 #include "support/blobs.hpp"
 #include "vela_io/pictures.hpp"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cstdio>
 #include <cstdlib>

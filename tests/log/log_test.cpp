@@ -59,7 +59,7 @@ TEST(Log, TheCallerDoesNotWaitForTheBackEnd) {
     EXPECT_TRUE(written);
 }
 
-TEST(Log, LevelsAboveErrorAndMissingLoggersSilence) {
+TEST(Log, IsSilencedByLevelsAboveErrorAndMissingLoggers) {
     LogCapture log;
     auto& loggers = KLogger::get_instance().loggers;
     LogCapture::logger()->set_log_level(quill::LogLevel::Error);

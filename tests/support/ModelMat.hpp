@@ -40,19 +40,23 @@ struct ModelBuffer {
     bool live = true;
 };
 
-/// The contract of a Mat as plain code: fields, contents, texts. Made for small sizes, not for speed.
-struct ModelMat {
+/// What a reference takes over from its Mat.
+struct ModelImage {
     std::size_t width = 0, height = 0, channels = 0, stepGPU = 0, stepCPU = 0, pixelBytes = 0;
     MAT_TYPE type{};
     MEM mem = MEM::CPU;
-    bool init = false, owner = false, flag = false;
     std::shared_ptr<ModelBuffer> host, device;  // the same buffer for managed memory
-    String name = "n/a";
     unsigned long long timestamp = 0;
+};
+
+/// The contract of a Mat as plain code: fields, contents, texts. Made for small sizes, not for speed.
+struct ModelMat : ModelImage {
+    bool init = false, owner = false, flag = false;
+    String name = "n/a";
     World* world;
 
     explicit ModelMat(World& world_) : world(&world_) {}
-    ModelMat(const ModelMat& other) : world(other.world) { ref(other); }
+    ModelMat(const ModelMat& other) : ModelImage(), world(other.world) { ref(other); }
     ModelMat(ModelMat&& other) noexcept : world(other.world) { *this = std::move(other); }
     ~ModelMat() { free(MEM_BOTH); }
     // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): like a Mat, which is empty then
@@ -67,6 +71,8 @@ struct ModelMat {
         return *this;
     }
 
+    ModelImage& image() { return *this; }
+    const ModelImage& image() const { return *this; }
     static int side(MEM mem) { return toValue(mem); }
     static bool hasHost(MEM m) { return side(m) == 1 || side(m) == 3 || side(m) == 4; }
     static bool hasDevice(MEM m) { return side(m) >= 2 && side(m) <= 4; }
@@ -101,7 +107,8 @@ struct ModelMat {
             const int held = side(mem), asked = side(m);
             if ((held == 1 || held > 2) && (asked == 1 || asked > 2)) {
                 if (host) host->live = false;
-                host = nullptr, stepCPU = 0;
+                host = nullptr;
+                stepCPU = 0;
             }
             if (held >= 2 && asked > 1) {
                 if (release(device) != OK) {
@@ -132,11 +139,15 @@ struct ModelMat {
             "void vela::Mat::alloc(size_t, size_t, vela::MAT_TYPE, vela::MEM)";
         free(MEM_BOTH);
         host = device = nullptr;
-        width = w, height = h, type = t;
-        channels = CHANNELS[toValue(t)], pixelBytes = BYTES[toValue(t)];
+        width = w;
+        height = h;
+        type = t;
+        channels = CHANNELS[toValue(t)];
+        pixelBytes = BYTES[toValue(t)];
         if (side(m) > 4) world->printed += "ERROR ALLOC MEM TYPE " + std::to_string(side(m)) + "\n";
         if (m == MEM_MANAGED) {
-            const int error = world->fails("cudaMallocManaged") ? 999 : bytes() == 0 ? 1 : 0;
+            const int refused = bytes() == 0 ? 1 : 0;
+            const int error = world->fails("cudaMallocManaged") ? 999 : refused;
             if (world->report(error, SIGNATURE) == OK) host = device = std::make_shared<ModelBuffer>();
             stepGPU = rowBytes();
         } else {
@@ -144,25 +155,23 @@ struct ModelMat {
             if (hasDevice(m)) world->report(mallocPitch(), SIGNATURE);
         }
         stepCPU = rowBytes();
-        init = owner = true, mem = m;
-    }
-    void describeAs(const ModelMat& s) {
-        width = s.width, height = s.height, channels = s.channels, pixelBytes = s.pixelBytes;
-        stepGPU = s.stepGPU, stepCPU = s.stepCPU, type = s.type, mem = s.mem;
-        host = s.host, device = s.device, timestamp = s.timestamp;
+        init = owner = true;
+        mem = m;
     }
     void ref(const ModelMat& s) {
         if (keeps(s)) return;
         free(MEM_BOTH);
         if (s.width * s.height == 0 || !s.init) return;
-        describeAs(s);
-        init = true, owner = flag = false;
+        image() = s.image();
+        init = true;
+        owner = flag = false;
     }
     ERROR_CODE move(ModelMat& to) {
         if (!init || !owner) return BAD;
         to.free(MEM_BOTH);
-        to.describeAs(*this);
-        to.init = to.owner = true, to.flag = flag;
+        to.image() = image();
+        to.init = to.owner = true;
+        to.flag = flag;
         init = owner = false;
         return OK;
     }
@@ -175,13 +184,15 @@ struct ModelMat {
     /// Transfers the pixels; returns the runtime's status.
     int copyRows(ModelMat& d, COPY_TYPE how, cudaStream_t stream) const {
         const int h = toValue(how);
-        const bool known = h >= 0 && h <= 3, fromHost = h < 2, toHost = !known || h == 0 || h == 3;
+        const bool known = h >= 0 && h <= 3;
+        const bool fromHost = h < 2;
+        const bool toHost = !known || h == 0 || h == 3;
         if (world->fails(stream != nullptr ? "cudaMemcpy2DAsync" : "cudaMemcpy2D")) return 999;
         if (bytes() == 0) return 0;
-        const auto& from = !known ? nullptr : fromHost ? host : device;
+        const auto& from = fromHost ? host : device;
         const auto& to = toHost ? d.host : d.device;
-        const std::size_t fromStep = !known ? 0 : fromHost ? stepCPU : stepGPU;
-        if (rowBytes() > (toHost ? d.stepCPU : d.stepGPU) || rowBytes() > fromStep) return 12;
+        const std::size_t fromStep = fromHost ? stepCPU : stepGPU;
+        if (rowBytes() > (toHost ? d.stepCPU : d.stepGPU) || !known || rowBytes() > fromStep) return 12;
         if (!from || !to) return 1;
         to->rows = from->rows;
         return 0;
@@ -220,11 +231,13 @@ struct ModelMat {
             const bool refused = world->fails("cudaStreamAttachMemAsync");
             const bool valid = device && (toHost || stream != nullptr);
             if (toHost) world->fails("cudaStreamSynchronize");
-            return world->report(refused ? 999 : valid ? 0 : 1, signature);
+            const int error = valid ? 0 : 1;
+            return world->report(refused ? 999 : error, signature);
         }
         if (owner && toHost && mem == MEM::GPU) {
             host = std::make_shared<ModelBuffer>();
-            stepCPU = rowBytes(), mem = MEM_BOTH;
+            stepCPU = rowBytes();
+            mem = MEM_BOTH;
         } else if (owner && !toHost && mem == MEM::CPU) {
             world->report(mallocPitch(), signature);
             mem = MEM_BOTH;
@@ -297,7 +310,7 @@ inline void expectSame(const Mat& mat, const ModelMat& model) {
     for (const MEM side : {MEM::CPU, MEM::GPU}) {
         const auto& buffer = side == MEM::CPU ? model.host : model.device;
         if (buffer && buffer->live && buffer->rows) {
-            EXPECT_EQ(load(mat, side), *buffer->rows) << toValue(side);
+            EXPECT_TRUE(sameBytes(load(mat, side), *buffer->rows)) << toValue(side);
         }
     }
 }

@@ -9,7 +9,9 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace vela::test {
 
@@ -48,8 +50,7 @@ public:
         take();
     }
     ~LogCapture() { KLogger::get_instance().loggers[LOGGER_NAME::CORE] = original_; }
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
+    LogCapture(LogCapture&&) = delete;
 
     /// The messages since the last call, one per line.
     std::string take() {

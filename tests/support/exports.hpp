@@ -40,8 +40,7 @@ public:
         list.push_back({".pfm", [=](const std::string& path) { return saveDepthAs(depth_, PFM, path, 1); },
                         "Pf\n4 " + std::to_string(count) + "\n-1.000000\n" + bytes});
     }
-    Exports(const Exports&) = delete;
-    Exports& operator=(const Exports&) = delete;
+    Exports(Exports&&) = delete;
 
     std::vector<Export> list;
 

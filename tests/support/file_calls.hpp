@@ -22,8 +22,7 @@ public:
     FileCalls(std::string function, int nth, Fate fate, std::size_t largest,
               std::function<void()> rival = nullptr);
     ~FileCalls();
-    FileCalls(const FileCalls&) = delete;
-    FileCalls& operator=(const FileCalls&) = delete;
+    FileCalls(FileCalls&&) = delete;
 
     /// Asked by each call first: whether to fail; sets `errno`.
     bool fails(const char* function);

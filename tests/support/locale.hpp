@@ -8,6 +8,7 @@
 #include <stdlib.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 
@@ -33,8 +34,7 @@ public:
         setlocale(LC_NUMERIC, "C");
         unsetenv("LOCPATH");
     }
-    CommaLocale(const CommaLocale&) = delete;
-    CommaLocale& operator=(const CommaLocale&) = delete;
+    CommaLocale(CommaLocale&&) = delete;
 
 private:
     ScratchFolder folder_;

@@ -7,7 +7,6 @@
 #include "vela_core/utils/image_conversion.hpp"
 
 #include <functional>
-#include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -54,13 +53,15 @@ inline void convertRows(ModelMat& m, MEM mem, bool withMatrix) {
 
 inline ERROR_CODE convertUnit(ModelMat& m, UNIT /*from*/, UNIT /*to*/, MEM mem) {
     if (m.type != F1 && m.type != F3 && m.type != F4) return ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
-    return convertRows(m, mem, false), OK;
+    convertRows(m, mem, false);
+    return OK;
 }
 
 inline ERROR_CODE convertCoordinateSystem(ModelMat& m, COORDINATE_SYSTEM /*from*/, COORDINATE_SYSTEM /*to*/,
                                           MEM mem) {
     if (m.type != F3 && m.type != F4) return ERROR_CODE::INVALID_FUNCTION_PARAMETERS;
-    return convertRows(m, mem, true), OK;
+    convertRows(m, mem, true);
+    return OK;
 }
 
 inline ERROR_CODE convertImage(ModelMat& m, ModelMat& o, cudaStream_t stream) {
@@ -83,27 +84,30 @@ inline std::vector<Operation> operations() {
     using Arg = const Arguments&;
     // The Mat and its model have the same interface.
     const auto both = [](const char* name, unsigned uses, auto call) { return Op{name, uses, call, call}; };
+    const auto succeeds = [=](const char* name, unsigned uses, auto call) {
+        return both(name, uses, [=](auto& m, auto& o, Arg a) {
+            call(m, o, a);
+            return OK;
+        });
+    };
     return {
-        both("alloc", Op::MEMORY,
-             [](auto& m, auto&, Arg a) { return m.alloc(a.width, a.height, a.type, a.mem), OK; }),
-        both("free", Op::MEMORY, [](auto& m, auto&, Arg a) { return m.free(a.mem), OK; }),
-        both("ref", Op::OTHER, [](auto& m, auto& o, Arg) { return m.ref(o), OK; }),
-        both("copy and assign", Op::OTHER,
-             [](auto& m, auto& o, Arg) {
-                 // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): copying is tested
-                 const std::decay_t<decltype(o)> copy(o);
-                 m = copy;
-                 return OK;
-             }),
+        succeeds("alloc", Op::MEMORY,
+                 [](auto& m, auto&, Arg a) { m.alloc(a.width, a.height, a.type, a.mem); }),
+        succeeds("free", Op::MEMORY, [](auto& m, auto&, Arg a) { m.free(a.mem); }),
+        succeeds("ref", Op::OTHER, [](auto& m, auto& o, Arg) { m.ref(o); }),
+        succeeds("copy and assign", Op::OTHER,
+                 [](auto& m, auto& o, Arg) {
+                     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): copying is tested
+                     const std::decay_t<decltype(o)> copy(o);
+                     m = copy;
+                 }),
         both("move", Op::OTHER, [](auto& m, auto& o, Arg) { return m.move(o); }),
-        both("C++ moves", Op::OTHER,
-             [](auto& m, auto& o, Arg) {
-                 std::decay_t<decltype(o)> taken(std::move(o));
-                 m = std::move(taken);
-                 return OK;
-             }),
-        both("swap", Op::OTHER,
-             [](auto& m, auto& o, Arg) { return std::decay_t<decltype(o)>::swap(m, o), OK; }),
+        succeeds("C++ moves", Op::OTHER,
+                 [](auto& m, auto& o, Arg) {
+                     std::decay_t<decltype(o)> taken(std::move(o));
+                     m = std::move(taken);
+                 }),
+        succeeds("swap", Op::OTHER, [](auto& m, auto& o, Arg) { std::decay_t<decltype(o)>::swap(m, o); }),
         both("clone", Op::OTHER | Op::PIXELS, [](auto& m, auto& o, Arg) { return m.clone(o); }),
         both("copyTo", Op::OTHER | Op::COPY | Op::STREAM | Op::PIXELS,
              [](auto& m, auto& o, Arg a) { return m.copyTo(o, a.copy, a.stream); }),

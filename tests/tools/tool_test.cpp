@@ -5,14 +5,11 @@
 #include "vela_core/version.hpp"
 #include "vela_io/io.hpp"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <iterator>
-#include <limits>
 #include <set>
 #include <sstream>
 #include <string>
@@ -21,8 +18,7 @@
 namespace vela::tools {
 namespace {
 
-using test::contentOf;
-using test::ScratchFolder;
+using namespace test;
 
 struct Outcome {
     int code = 0;
@@ -37,9 +33,7 @@ const std::string HEADER =
 
 class ToolTest : public testing::Test {
 protected:
-    void write(const std::string& name, const std::string& content) {
-        std::ofstream(folder_ / name, std::ios::binary) << content;
-    }
+    void write(const std::string& name, const std::string& content) { put(folder_ / name, content); }
     void SetUp() override {
         write("a.ply", HEADER + "100 200 3000 1 2 3\nnan 0 1000 4 5 6\n-50 0 1000 7 8 9\n");
         // Metres, 2 x 2, the last pixel without a depth.
@@ -50,15 +44,9 @@ protected:
         options.scale = 1000;
         EXPECT_TRUE(io::writeDepth(mat, folder_ / "d.png", options).ok());
     }
-    /// Replaces each @ in the text by the test's folder.
-    std::string inFolder(std::string text) const {
-        for (std::size_t at = 0; (at = text.find('@')) != std::string::npos;)
-            text.replace(at, 1, folder_ / "");
-        return text;
-    }
     /// Runs a command line in this process.
     Outcome run(const std::string& line) const {
-        std::istringstream split("/usr/bin/velatool " + inFolder(line));
+        std::istringstream split("/usr/bin/velatool " + folder_.expand(line));
         const std::vector<std::string> words{std::istream_iterator<std::string>(split), {}};
         std::vector<const char*> argv(words.size());
         std::transform(words.begin(), words.end(), argv.begin(),
@@ -71,18 +59,18 @@ protected:
     /// Runs a shell command in the folder, with our "velatool"; returns its exit code.
     int shell(const std::string& command) {
         write("script", "cd \"${0%/*}\" && velatool() { '" VELATOOL "' \"$@\"; } && " + command);
-        const int status = std::system(inFolder("bash '@script'").c_str());
+        const int status = std::system(folder_.expand("bash '@script'").c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
     ScratchFolder folder_;
 };
 
-TEST_F(ToolTest, InfoTellsWhatAFileHolds) {
+TEST_F(ToolTest, InfoDescribesTheFile) {
     EXPECT_EQ(run("info @a.ply").out,
-              inFolder("@a.ply\n  kind          cloud\n  format        PLY\n  encoding      ASCII\n"
-                       "  type          32F C4\n  width         3\n  height        1\n"
-                       "  bytes         ") +
+              folder_.expand("@a.ply\n  kind          cloud\n  format        PLY\n  encoding      ASCII\n"
+                             "  type          32F C4\n  width         3\n  height        1\n"
+                             "  bytes         ") +
                   std::to_string(contentOf(folder_ / "a.ply").size()) +
                   "\n  unit          MILLIMETER\n  axes          IMAGE\n"
                   "  x             -50 to 100, 33.33 % NaN\n  y             0 to 200\n"
@@ -133,7 +121,7 @@ TEST_F(ToolTest, ReadsStandardInputAndWritesStandardOutput) {
     EXPECT_EQ(shell("velatool convert a.ply - --format ply >/dev/full 2>said"), 2);
 }
 
-TEST_F(ToolTest, DiffTellsSameDifferentAndTrouble) {
+TEST_F(ToolTest, DiffExitCodeTellsSameDifferentAndError) {
     const std::string a = contentOf(folder_ / "a.ply");
     const auto with = [&](std::string text, const std::string& old, const std::string& now) {
         return text.replace(text.find(old), old.size(), now);
@@ -184,7 +172,7 @@ TEST_F(ToolTest, ViewDrawsPicturesAndPages) {
     EXPECT_EQ(contentOf(folder_ / "x.html").substr(0, 15), "<!doctype html>");
 }
 
-TEST_F(ToolTest, SaysEachMistakeInOneLineAndWritesNothing) {
+TEST_F(ToolTest, ReportsEachMistakeInOneLineAndWritesNothing) {
     write("bare.xyz", "1 2 3\n");
     const std::string cloud = contentOf(folder_ / "a.ply");
     write("cut.ply", cloud.substr(0, cloud.size() - 8));
@@ -196,7 +184,7 @@ TEST_F(ToolTest, SaysEachMistakeInOneLineAndWritesNothing) {
     for (std::string row; std::getline(rows, row);) {
         const std::size_t at = row.find("=> ");
         if (row[0] == '#') continue;
-        const std::string line = inFolder("velatool: " + row.substr(at + 3));
+        const std::string line = folder_.expand("velatool: " + row.substr(at + 3));
         const bool open = line.compare(line.size() - 3, 3, "...") == 0;
         const Outcome outcome = run(row.substr(0, at));
         EXPECT_EQ(outcome.code, 2) << line;
@@ -239,7 +227,7 @@ TEST_F(ToolTest, CompletionOffersTheOptionsOfEachCommand) {
     }
 }
 
-TEST(ProgressBar, ComesAfterAWhileAndGoes) {
+TEST(ProgressBar, AppearsAfterADelayAndIsErased) {
     std::ostringstream err;
     {
         ProgressBar bar(err, std::chrono::milliseconds(0));

@@ -6,8 +6,6 @@
 #include "support/ModelMat.hpp"
 #include "support/capture.hpp"
 
-#include <gtest/gtest.h>
-
 #include <new>
 #include <tuple>
 #include <type_traits>
@@ -48,9 +46,8 @@ TEST_F(MatTest, ConstructorsSetEveryField) {
                         {Mat(3, 2, U3, host_, 16, MEM_MANAGED), {MEM_MANAGED, 0, 0, nullptr, nullptr}},
                         {Mat({3, 2}, U3, host_, 16, device_, 32), {MEM_BOTH, 16, 32, host_, device_}}};
     for (const auto& [mat, wanted] : references) {
-        EXPECT_TRUE(std::tuple(mat.memType, mat.stepBytesCPU, mat.stepBytesGPU, mat.ptrCPU, mat.ptrGPU) ==
-                    wanted)
-            << fieldsOf(mat);
+        EXPECT_EQ(std::tuple(mat.memType, mat.stepBytesCPU, mat.stepBytesGPU, mat.ptrCPU, mat.ptrGPU),
+                  wanted);
         EXPECT_TRUE(mat.isInit && !mat.memoryOwner && mat.dataType == U3 && mat.name == "n/a")
             << fieldsOf(mat);
         EXPECT_EQ(std::tuple(mat.width, mat.height, mat.channels, mat.pixelBytes),
@@ -100,11 +97,11 @@ TEST_F(MatTest, PartsOfAnImageAreCopiedBeforeTheWholeIsReleased) {
         const Bytes wanted = load(middle, MEM::CPU);
         EXPECT_EQ(owner.setFrom(middle, COPY_TYPE::CPU_GPU, queue), OK);
         cudaDeviceSynchronize();
-        EXPECT_EQ(load(owner, MEM::GPU), wanted);
+        EXPECT_TRUE(sameBytes(load(owner, MEM::GPU), wanted));
         EXPECT_EQ(owner.copyTo(owner, COPY_TYPE::GPU_CPU, queue), OK);
         cudaDeviceSynchronize();
         EXPECT_EQ(owner.memType, MEM::CPU);
-        EXPECT_EQ(load(owner, MEM::CPU), wanted);
+        EXPECT_TRUE(sameBytes(load(owner, MEM::CPU), wanted));
         owner.extraFlag = true;
         EXPECT_EQ(owner.clone(Mat(2, 2, U1, owner.ptrCPU + 5, 20, MEM::CPU)), OK);
         EXPECT_TRUE(owner.extraFlag);
@@ -114,7 +111,7 @@ TEST_F(MatTest, PartsOfAnImageAreCopiedBeforeTheWholeIsReleased) {
     }
 }
 
-TEST_F(MatTest, StepsAreThoseOfTheSide) {
+TEST_F(MatTest, ReturnsTheStepOfTheSide) {
     const Mat both(3, 2, U3, host_, 16, device_, 32);
     for (std::int32_t side = -1; side <= 5; ++side) {
         const std::size_t wanted = side == 1 ? 16 : side == 2 || side == 4 ? 32 : 0;
@@ -131,7 +128,7 @@ TEST_F(MatTest, AssigningItselfLeavesItEmpty) {
     }
 }
 
-TEST_F(MatTest, CopiesHonourRowStepsAndLeaveTheRestAlone) {
+TEST_F(MatTest, CopiesFollowRowStepsAndTouchNothingElse) {
     for (const COPY_TYPE type :
          {COPY_TYPE::CPU_CPU, COPY_TYPE::CPU_GPU, COPY_TYPE::GPU_GPU, COPY_TYPE::GPU_CPU}) {
         const Window source(5, 3, U3, 2, 1);
@@ -142,8 +139,8 @@ TEST_F(MatTest, CopiesHonourRowStepsAndLeaveTheRestAlone) {
         EXPECT_EQ(source.part.copyTo(destination.part, type), OK);
         EXPECT_FALSE(destination.part.memoryOwner) << "a fitting reference is written through";
         const bool toHost = type == COPY_TYPE::CPU_CPU || type == COPY_TYPE::GPU_CPU;
-        EXPECT_EQ(load(destination.whole, MEM::CPU), toHost ? written : other);
-        EXPECT_EQ(load(destination.whole, MEM::GPU), toHost ? other : written);
+        EXPECT_TRUE(sameBytes(load(destination.whole, MEM::CPU), toHost ? written : other));
+        EXPECT_TRUE(sameBytes(load(destination.whole, MEM::GPU), toHost ? other : written));
     }
 }
 
@@ -200,8 +197,8 @@ TEST_F(MatTest, CopiesOnAStreamWaitForItOnlyWhereTheyMust) {
     EXPECT_EQ(Bytes(b.ptrCPU, b.ptrCPU + 16), pattern(16, 2)) << "nothing is copied yet";
     EXPECT_EQ(managed.updateCPUfromGPU(stream), OK);
     EXPECT_TRUE(stream.wasWaitedFor());
-    EXPECT_EQ(load(b, MEM::GPU), pattern(16, 1));
-    EXPECT_EQ(load(a, MEM::GPU), pattern(16, 1));
+    EXPECT_TRUE(sameBytes(load(b, MEM::GPU), pattern(16, 1)));
+    EXPECT_TRUE(sameBytes(load(a, MEM::GPU), pattern(16, 1)));
 
     Mat image = filled(4, 4, U1, MEM::CPU);
     const BusyStream other;

@@ -5,7 +5,6 @@
 #include "support/ScratchFolder.hpp"
 #include "support/capture.hpp"
 
-#include <gtest/gtest.h>
 #include <opencv2/imgcodecs.hpp>
 
 #include <cmath>
@@ -68,7 +67,7 @@ TEST_F(DepthExportTest, PfmHoldsTheFloatsTopRowFirst) {
         wanted.push_back(static_cast<float>(i));
     }
     const std::string bytes(reinterpret_cast<const char*>(wanted.data()), wanted.size() * sizeof(float));
-    EXPECT_TRUE(saved(depth, 3, PFM, 1000.0F) == "Pf\n3 100003\n-1.000000\n" + bytes);
+    EXPECT_TRUE(sameBytes(saved(depth, 3, PFM, 1000.0F), "Pf\n3 100003\n-1.000000\n" + bytes));
     EXPECT_EQ(saved({}, 0, PFM, 1.0F), "Pf\n0 0\n-1.000000\n");
 }
 

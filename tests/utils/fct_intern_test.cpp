@@ -4,8 +4,6 @@
 #include "support/capture.hpp"
 #include "vela_core/types/detail/enum_cast.hpp"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <vector>
 
@@ -14,7 +12,7 @@ namespace {
 
 using detail::fromValue;
 
-TEST(FctIntern, PictureTypesHaveTheirPixelType) {
+TEST(FctIntern, MapsEveryOpenCvTypeToItsPixelType) {
     // In the order of MAT_TYPE; all others count as the fifth.
     const std::vector<int> known = {CV_32FC1, CV_32FC2, CV_32FC3, CV_32FC4, CV_8UC1,
                                     CV_8UC2,  CV_8UC3,  CV_8UC4,  CV_16UC1, CV_8SC4};

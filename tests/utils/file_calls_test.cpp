@@ -7,13 +7,13 @@
 #include "support/locale.hpp"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <functional>
+#include <string_view>
 #include <thread>
 
 namespace vela::test {
@@ -45,11 +45,11 @@ protected:
         EXPECT_EQ(openDescriptors(), before);
         const std::string seen = fs::exists(path) ? contentOf(path) : "";
         if (cut && met) {
-            EXPECT_TRUE(e.whole.compare(0, seen.size(), seen) == 0);
+            EXPECT_TRUE(beginsLike(seen, e.whole));
             EXPECT_EQ(result, fs::exists(path));
         } else {
             EXPECT_TRUE(result);
-            EXPECT_TRUE(seen == e.whole);
+            EXPECT_TRUE(sameBytes(seen, e.whole));
             EXPECT_EQ(folder.listing(), "a" + e.extension) << "no temporary file";
         }
         return met;
@@ -77,7 +77,7 @@ TEST_F(FileCallsTest, InterruptedAndShortCallsLeaveTheWholeAndRefusedOnesItsBegi
     }
 }
 
-TEST_F(FileCallsTest, FewDescriptorsAreEnoughOrRefuse) {
+TEST_F(FileCallsTest, NeedsTwoFreeDescriptors) {
     rlimit usual{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
     const Export& e = exports_[PLY];
@@ -93,7 +93,7 @@ TEST_F(FileCallsTest, FewDescriptorsAreEnoughOrRefuse) {
         const std::string wanted[] = {"", "a.ply_tmp0.txt", "a.ply"};
         EXPECT_EQ(folder.listing(), wanted[free]);
         EXPECT_EQ(result, free == 2);
-        EXPECT_TRUE(free < 2 || contentOf(folder / "a.ply") == e.whole);
+        EXPECT_TRUE(free < 2 || sameBytes(contentOf(folder / "a.ply"), e.whole));
     }
 }
 
@@ -112,7 +112,7 @@ TEST_F(FileCallsTest, ClosedStandardStreamsStayClosed) {
     }
 }
 
-TEST_F(FileCallsTest, TheTemporaryFileIsMadeAfresh) {
+TEST_F(FileCallsTest, TheTemporaryFileIsAlwaysNew) {
     const ScratchFolder folder;
     const ScratchFolder elsewhere;
     const std::string path = folder / "a.xyz";
@@ -132,7 +132,7 @@ TEST_F(FileCallsTest, TheTemporaryFileIsMadeAfresh) {
             if (!late) obstacle();
             const FileCalls calls("open", late ? 1 : 0, Fate::OVERTAKEN, UNLIMITED, obstacle);
             EXPECT_TRUE(exports_[XYZ].run(path));
-            EXPECT_TRUE(contentOf(path) == exports_[XYZ].whole);
+            EXPECT_TRUE(sameBytes(contentOf(path), exports_[XYZ].whole));
             EXPECT_EQ(folder.listing(), "a.xyz");
             EXPECT_EQ(elsewhere.listing(), "victim");
             ASSERT_EQ(contentOf(elsewhere / "victim"), "precious");
@@ -166,7 +166,8 @@ TEST_F(FileCallsTest, ExportsUnderOneNameDoNotDisturbEachOther) {
         }
         EXPECT_EQ(folder.listing(), "a.pcd a.ply a.vtk a.xyz");
         for (std::size_t i = 0; i < 4; ++i) {
-            EXPECT_TRUE(contentOf(folder / "a" + exports_[XYZ + i].extension) == exports_[XYZ + i].whole);
+            const Export& e = exports_[XYZ + i];
+            EXPECT_TRUE(sameBytes(contentOf(folder / "a" + e.extension), e.whole)) << e.extension;
         }
     }
 }

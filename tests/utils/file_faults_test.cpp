@@ -8,7 +8,6 @@
 #include "vela_core/utils/depth_export.hpp"
 #include "vela_core/utils/point_cloud_export.hpp"
 
-#include <gtest/gtest.h>
 #include <sys/fsuid.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -144,7 +143,7 @@ protected:
     LogCapture log_;
 };
 
-TEST_F(FileFaultsTest, ResultsFilesAndMessagesFollowTheFault) {
+TEST_F(FileFaultsTest, EveryFaultHasItsResultFileAndMessage) {
     const Fault faults[] = {
         {"missing folder", Effect::NO_FILE,
          [](auto& folder, auto& file) { return folder / ("missing/" + file); }},

@@ -5,8 +5,6 @@
 #include "support/capture.hpp"
 #include "support/operations.hpp"
 
-#include <gtest/gtest.h>
-
 #include <cstdio>
 
 namespace vela::test {
@@ -147,18 +145,6 @@ protected:
     int cases_ = 0;
     int faults_ = 0;
 };
-
-TEST_F(MatFaultTest, AMatWhoseNameHasNoCharactersIsReported) {
-    Mat mat(4, 2, U1, MEM::GPU);
-    mat.name = String(nullptr);
-    software_device::failCall("cudaFree", 1, cudaErrorUnknown);
-    printedBy([&] { mat.free(); });
-    ++allocationsExpected_;
-    EXPECT_EQ(
-        log_.take(),
-        "vela_core/utils/Mat.cpp:580 ERROR [Mat]   Mat with GPU memory allocated should be freed before "
-        "deleting the Camera object to avoid GPU context issues.\n");
-}
 
 TEST_F(MatFaultTest, EveryCallOfTheRuntimeMayFailInEveryState) {
     std::vector<Operation> all = operations();

@@ -7,11 +7,10 @@
 #include "support/device.hpp"
 #include "vela_core/types/Vector.hpp"
 
-#include <gtest/gtest.h>
 #include <opencv2/imgcodecs.hpp>
 
 #include <algorithm>
-#include <limits>
+#include <climits>
 #include <tuple>
 
 namespace vela::test {
@@ -56,34 +55,27 @@ protected:
 TEST_F(MatFilesTest, EncodesWithTheCompressionAskedFor) {
     constexpr int LEVEL = cv::IMWRITE_PNG_COMPRESSION;
     constexpr int QUALITY = cv::IMWRITE_JPEG_QUALITY;
-    const std::tuple<const char*, int, std::vector<int>> cases[] = {
-        {"a.png", -1, {LEVEL, 3}},
-        {"a.png", 5, {LEVEL, 0}},
-        {"a.png", -50, {LEVEL, 0}},
-        {"a.png", 10, {LEVEL, 1}},
-        {"a.png", 95, {LEVEL, 9}},
-        {"a.png", 1000, {LEVEL, 9}},
-        {"x.y/a.PNG", 95, {}},
-        {"a.jpg", -1, {QUALITY, 95}},
-        {"a.jpeg", 20, {QUALITY, 80}},
-        {"a.jpg", 150, {QUALITY, 0}},
-        {"a.jpg", std::numeric_limits<int>::min(), {QUALITY, 100}},
-        {"a.JPG", 20, {}},
-        {"a.bmp", 20, {}}};
+    constexpr int NONE = -1;
+    const std::tuple<const char*, int, int, int> cases[] = {
+        {"a.png", -1, LEVEL, 3},    {"a.png", 5, LEVEL, 0},           {"a.png", -50, LEVEL, 0},
+        {"a.png", 10, LEVEL, 1},    {"a.png", 95, LEVEL, 9},          {"a.png", 1000, LEVEL, 9},
+        {"x.y/a.PNG", 95, NONE, 0}, {"a.jpg", -1, QUALITY, 95},       {"a.jpeg", 20, QUALITY, 80},
+        {"a.jpg", 150, QUALITY, 0}, {"a.jpg", INT_MIN, QUALITY, 100}, {"a.JPG", 20, NONE, 0},
+        {"a.bmp", 20, NONE, 0}};
     fs::create_directory(folder_ / "x.y");
     Mat mat = filled(67, 41, U3, MEM::CPU);
     const cv::Mat same(41, 67, CV_8UC3, mat.ptrCPU);
-    for (const auto& [name, compression, parameters] : cases) {
+    for (const auto& [name, compression, parameter, value] : cases) {
         SCOPED_TRACE(testing::Message() << name << " " << compression);
         EXPECT_EQ(write(mat, name, MEM::CPU, compression), OK);
         Bytes wanted;
-        cv::imencode(fs::path(name).extension().string(), same, wanted, parameters);
-        const std::string content = contentOf(folder_ / name);
-        EXPECT_TRUE(Bytes(content.begin(), content.end()) == wanted);
+        cv::imencode(fs::path(name).extension().string(), same, wanted,
+                     parameter == NONE ? std::vector<int>() : std::vector{parameter, value});
+        EXPECT_TRUE(sameBytes(contentOf(folder_ / name), std::string(wanted.begin(), wanted.end())));
     }
 }
 
-TEST_F(MatFilesTest, PicturesComeBackAsTheyWere) {
+TEST_F(MatFilesTest, PicturesAreReadBackUnchanged) {
     for (const MAT_TYPE type : {U1, U3, U4, US}) {
         for (const std::size_t width : {1U, 33U, 5000U}) {
             const Window window(width, 7, type);
@@ -96,7 +88,7 @@ TEST_F(MatFilesTest, PicturesComeBackAsTheyWere) {
             EXPECT_TRUE(back.name == "kept" && back.timestamp == 7);
             EXPECT_TRUE(back.memoryOwner && back.memType == MEM::CPU && back.dataType == type);
             EXPECT_EQ(back.width, width);
-            EXPECT_EQ(load(back, MEM::CPU), load(mat, MEM::CPU));
+            EXPECT_TRUE(sameBytes(load(back, MEM::CPU), load(mat, MEM::CPU)));
         }
     }
     Mat mat(2, 1, S4);
@@ -107,7 +99,7 @@ TEST_F(MatFilesTest, PicturesComeBackAsTheyWere) {
         << "the encoder has no negative values";
 }
 
-TEST_F(MatFilesTest, PicturesOfOtherMakersAreRead) {
+TEST_F(MatFilesTest, ReadsPicturesWrittenByOtherPrograms) {
     cv::Mat wide(3, 5, CV_16UC3);
     cv::randu(wide, 0, 65536);
     cv::imwrite(folder_ / "wide.png", wide);
@@ -121,14 +113,16 @@ TEST_F(MatFilesTest, PicturesOfOtherMakersAreRead) {
     EXPECT_GT(mat.ptrCPU[0], 200) << "blue comes first";
 }
 
-/// Writing two pixels of a type, given by number, under a name: the result, the file's first and last line,
-/// and the log.
+/// Writing two pixels of a type, given by name or as "type NUMBER", under a file name: the result, the file's
+/// first and last line, and the log.
 TEST_F(MatFilesTest, ExtensionAndTypeChooseTheKindOfFile) {
     std::ifstream table(VELA_TEST_FOLDER "/utils/write_cases.txt");
-    int type = 0;
-    std::string name;
-    std::string wanted;
-    while (table >> type >> name && std::getline(table, wanted)) {
+    std::string element, channels, name, wanted;
+    while (table >> element >> channels >> name && std::getline(table, wanted)) {
+        std::int32_t type = element == "type" ? std::stoi(channels) : 0;
+        const std::string key = element + " " + channels;
+        while (element != "type" && type < 10 && toString(fromValue<MAT_TYPE>(type)) != key)
+            ++type;
         const ScratchFolder folder;
         fs::create_directory(folder / "old.d");
         // Four floats per pixel; three-channel clouds are read like that, too.
@@ -141,11 +135,11 @@ TEST_F(MatFilesTest, ExtensionAndTypeChooseTheKindOfFile) {
         }
         const std::string logged = log_.take();
         if (!logged.empty()) seen += ", " + logged.substr(0, logged.find('\n'));
-        EXPECT_EQ(seen, wanted) << type << " " << name;
+        EXPECT_EQ(seen, wanted) << key << " " << name;
     }
 }
 
-TEST_F(MatFilesTest, RefusalsAndExceptionsHaveEachTheirOwnLine) {
+TEST_F(MatFilesTest, EachFailureLogsItsOwnStatement) {
     std::tuple<Mat, const char*, int> cases[] = {{Mat(2, 2, F1, MEM::GPU), "a", 962},
                                                  {Mat(2, 2, F3, MEM::GPU), "a", 982},
                                                  {Mat(2, 2, F4, MEM::GPU), "a", 1009},
@@ -178,7 +172,7 @@ TEST_F(MatFilesTest, UninitialisedMatsAndOtherSidesAreRefusedSilently) {
     EXPECT_EQ(folder_.listing(), "");
 }
 
-TEST_F(MatFilesTest, AnEncoderThatFailsDoesNotShowAndTheErrorHandlerIsReset) {
+TEST_F(MatFilesTest, EncoderFailuresAreIgnoredAndTheErrorHandlerIsReset) {
     static int handled = 0;
     cv::redirectError([](int, const char*, const char*, const char*, int, void*) { return ++handled; });
     Mat mat = filled(2, 2, U3, MEM::CPU);
@@ -192,48 +186,33 @@ TEST_F(MatFilesTest, WritingFromTheDeviceBringsTheHostSideUpToDate) {
     store(both, MEM::GPU, pattern(48, 2).data());
     EXPECT_EQ(write(both, "a.unknown", MEM::GPU), BAD);
     expectLogged(1090, "in write : OpenCV(");
-    EXPECT_EQ(load(both, MEM::CPU), pattern(48, 2)) << "also when the write fails";
+    EXPECT_TRUE(sameBytes(load(both, MEM::CPU), pattern(48, 2))) << "also when the write fails";
     Mat device = filled(4, 4, U3, MEM::GPU, 3);
     EXPECT_EQ(write(device, "a.png", MEM::GPU), OK);
     Mat back;
     EXPECT_EQ(back.read(folder_ / "a.png"), OK);
-    EXPECT_EQ(load(back, MEM::CPU), pattern(48, 3));
+    EXPECT_TRUE(sameBytes(load(back, MEM::CPU), pattern(48, 3)));
 }
 
-TEST_F(MatFilesTest, WhatCannotBeDecodedLeavesTheMatAlone) {
+TEST_F(MatFilesTest, UndecodableFilesLeaveTheMatUnchanged) {
     Mat picture = filled(64, 64, U3, MEM::CPU, 5);
     EXPECT_EQ(write(picture, "whole.png"), OK);
-    const std::string whole = contentOf(folder_ / "whole.png");
-    std::ofstream(folder_ / "head.png") << whole.substr(0, 20);
-    std::ofstream(folder_ / "noise.jpg") << "no picture at all";
-    std::ofstream(folder_ / "empty.png") << "";
+    put(folder_ / "head.png", contentOf(folder_ / "whole.png").substr(0, 20));
+    put(folder_ / "noise.jpg", "no picture at all");
+    put(folder_ / "empty.png", "");
     Mat mat = filled(3, 2, F4, MEM_BOTH);
     mat.name = "kept";
     mat.timestamp = 5;
     mat.extraFlag = true;
     const std::string before = fieldsOf(mat);
-    const auto expectKept = [&] {
-        EXPECT_EQ(fieldsOf(mat), before);
-        EXPECT_EQ(mat.dataType, F4);
-        EXPECT_EQ(load(mat, MEM::CPU), pattern(96));
-        EXPECT_EQ(load(mat, MEM::GPU), pattern(96));
-    };
     for (const char* const name : {"head.png", "noise.jpg", "empty.png", "", "."}) {
         EXPECT_EQ(mat.read(folder_ / name), BAD) << name;
-        expectKept();
+        EXPECT_EQ(fieldsOf(mat), before);
+        EXPECT_EQ(mat.dataType, F4);
+        EXPECT_TRUE(sameBytes(load(mat, MEM::CPU), pattern(96)));
+        EXPECT_TRUE(sameBytes(load(mat, MEM::GPU), pattern(96)));
     }
     EXPECT_EQ(mat.read(String(static_cast<const char*>(nullptr))), BAD);
-    int refused = 0;
-    for (std::size_t size = 40; size < whole.size(); size += 97) {
-        std::string broken = whole;
-        broken[size] = static_cast<char>(~broken[size]);
-        put(folder_ / "broken.png", size % 2 == 0 ? whole.substr(0, size) : broken);
-        if (!cv::imread(folder_ / "broken.png", cv::IMREAD_UNCHANGED).empty()) continue;
-        EXPECT_EQ(mat.read(folder_ / "broken.png"), BAD) << size;
-        expectKept();
-        ++refused;
-    }
-    EXPECT_GT(refused, 5);
 }
 
 }  // namespace

@@ -4,8 +4,6 @@
 #include "support/capture.hpp"
 #include "support/operations.hpp"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cstdlib>
 #include <random>

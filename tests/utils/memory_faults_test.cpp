@@ -6,12 +6,10 @@
 #include "support/exports.hpp"
 #include "support/operations.hpp"
 
-#include <gtest/gtest.h>
 #include <opencv2/core/utils/logger.hpp>
 
 #include <chrono>
 #include <cstdlib>
-#include <functional>
 #include <new>
 #include <set>
 #include <thread>
@@ -154,7 +152,7 @@ TEST_F(MemoryFaultsTest, OperationsOnMatsLeakNothingAndThrowWhereTheyAllocate) {
     EXPECT_GT(points, 400);
 }
 
-TEST_F(MemoryFaultsTest, FilesAreTheBeginningOfTheWholeAndReadingKeepsTheMat) {
+TEST_F(MemoryFaultsTest, FilesAreWholeOrABeginningAndReadingKeepsTheMat) {
     cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
     const Exports all(1000);
     Mat picture = filled(16, 16, U3, MEM::CPU);
@@ -163,7 +161,7 @@ TEST_F(MemoryFaultsTest, FilesAreTheBeginningOfTheWholeAndReadingKeepsTheMat) {
     for (const Export& file : all.list) {
         const std::string path = folder_ / ("a" + file.extension);
         file.run(path);  // what is allocated once and kept is no leak
-        EXPECT_TRUE(contentOf(path) == file.whole) << path;
+        EXPECT_TRUE(sameBytes(contentOf(path), file.whole)) << path;
         End end = End::REFUSED;
         for (int nth = 1; end != End::DONE; ++nth) {
             SCOPED_TRACE(path + ", allocation " + std::to_string(nth));
@@ -175,7 +173,7 @@ TEST_F(MemoryFaultsTest, FilesAreTheBeginningOfTheWholeAndReadingKeepsTheMat) {
             EXPECT_EQ(failing.live, 0) << "leaked";
             EXPECT_LE(settledDescriptors(descriptors), descriptors);
             const std::string seen = fs::exists(path) ? contentOf(path) : "";
-            EXPECT_TRUE(file.whole.compare(0, seen.size(), seen) == 0);
+            EXPECT_TRUE(beginsLike(seen, file.whole));
             EXPECT_EQ(saved, seen == file.whole);
             if (HasFailure()) return;
         }
@@ -190,9 +188,9 @@ TEST_F(MemoryFaultsTest, FilesAreTheBeginningOfTheWholeAndReadingKeepsTheMat) {
                   [&] { result = mat.read(path); });  // OpenCV itself forgets its file when memory is short
         EXPECT_NE(end, End::THROWN);
         if (result == OK) {
-            EXPECT_EQ(load(mat, MEM::CPU), pattern(16 * 16 * 3));
+            EXPECT_TRUE(sameBytes(load(mat, MEM::CPU), pattern(16 * 16 * 3)));
         } else {
-            EXPECT_EQ(load(mat, MEM::GPU), pattern(96)) << "what was there stays";
+            EXPECT_TRUE(sameBytes(load(mat, MEM::GPU), pattern(96))) << "what was there stays";
         }
         if (HasFailure()) return;
     }

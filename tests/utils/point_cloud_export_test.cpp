@@ -6,11 +6,9 @@
 #include "support/cloud.hpp"
 #include "vela_core/utils/detail/file_names.hpp"
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cmath>
-#include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <tuple>
@@ -59,7 +57,7 @@ TEST_F(PointCloudExportTest, WritesEveryFormatByteForByte) {
     EXPECT_FALSE(is_big_endian());
 }
 
-TEST_F(PointCloudExportTest, WritesNoPointOrFew) {
+TEST_F(PointCloudExportTest, WritesEmptyAndTinyClouds) {
     constexpr float LARGEST = std::numeric_limits<float>::max();
     const Point3 invalid{INFINITY, 0.0F, 0.0F, 0};
     const Cloud clouds[] = {Cloud({}), Cloud({invalid, invalid}), Cloud({{1.0F, 2.0F, 3.0F, 0}}),
@@ -93,7 +91,7 @@ TEST_F(PointCloudExportTest, TakesRowsAsPackedWhateverTheTypeAndStep) {
 }
 
 /// 12-byte pixels are read in groups of 16 bytes; a last group that does not fit is left out.
-TEST_F(PointCloudExportTest, OfAnOwnerNothingBehindItsBufferIsRead) {
+TEST_F(PointCloudExportTest, NeverReadsPastAnOwnersBuffer) {
     Mat cloud(3, 3, MAT_TYPE::MAT_32F_C3);
     for (int i = 0; i < 27; ++i) {
         reinterpret_cast<float*>(cloud.ptrCPU)[i] = static_cast<float>(i);
@@ -105,7 +103,7 @@ TEST_F(PointCloudExportTest, OfAnOwnerNothingBehindItsBufferIsRead) {
 }
 
 /// Only the low 32 bits of width times height count, as a signed number.
-TEST_F(PointCloudExportTest, CountsPointsByThirtyTwoBits) {
+TEST_F(PointCloudExportTest, TruncatesThePointCountTo32Bits) {
     Cloud cloud({{1, 1, 1, 0}, {2, 2, 2, 0}, {3, 3, 3, 0}});
     cloud.mat.width = (std::size_t{1} << 32) + 2;
     const std::string content = saved(cloud, XYZ, false);

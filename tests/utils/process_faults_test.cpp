@@ -4,7 +4,6 @@
 #include "vela_core/geometry/mat_conversion.hpp"
 #include "vela_core/log/detail/statements.hpp"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
