@@ -56,8 +56,8 @@ struct ModelMat : ModelImage {
     World* world;
 
     explicit ModelMat(World& world_) : world(&world_) {}
-    ModelMat(const ModelMat& other) : ModelImage(), world(other.world) { ref(other); }
-    ModelMat(ModelMat&& other) noexcept : world(other.world) { *this = std::move(other); }
+    ModelMat(const ModelMat& other) : ModelMat(*other.world) { ref(other); }
+    ModelMat(ModelMat&& other) noexcept : ModelMat(*other.world) { *this = std::move(other); }
     ~ModelMat() { free(MEM_BOTH); }
     // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): like a Mat, which is empty then
     ModelMat& operator=(const ModelMat& other) {
