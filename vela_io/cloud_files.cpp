@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_io/detail/file_kinds.hpp"
-#include "vela_io/detail/statements.hpp"
+#include "vela_io/detail/tables.hpp"
+#include "vela_io/detail/words.hpp"
 #include "vela_io/formats/cloud_formats.hpp"
 
 #include <algorithm>
-#include <iterator>
+#include <optional>
 #include <string_view>
 
 namespace vela::io {
@@ -40,15 +41,15 @@ constexpr Extension<CLOUD_FILE> EXTENSIONS[] = {{".ply", CLOUD_FILE::PLY}, {".pc
                                                 {".asc", CLOUD_FILE::XYZ}, {".pts", CLOUD_FILE::XYZ}};
 
 const Format& formatOf(CLOUD_FILE format) {
-    const auto index = static_cast<std::uint32_t>(format);
-    if (index >= std::size(FORMATS)) refuse("an unknown cloud format");
-    return FORMATS[index];
+    const Format* const known = rowAt(FORMATS, format);
+    if (known == nullptr) refuse("an unknown cloud format");
+    return *known;
 }
 
 ENCODING encodingOf(const Format& format, const std::optional<ENCODING>& wanted) {
     if (!wanted) return (format.encodings & bit(ENCODING::BINARY)) != 0 ? ENCODING::BINARY : ENCODING::ASCII;
-    const auto index = static_cast<std::uint32_t>(*wanted);
-    if (index > 3 || (format.encodings & 1U << index) == 0) {
+    const bool known = *wanted >= ENCODING::ASCII && *wanted <= ENCODING::BINARY_COMPRESSED;
+    if (!known || (format.encodings & bit(*wanted)) == 0) {
         refuse(toStdString(toString(format.format)) + " files have no encoding " +
                toStdString(toString(*wanted)));
     }

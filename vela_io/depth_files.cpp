@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_io/detail/file_kinds.hpp"
+#include "vela_io/detail/tables.hpp"
 #include "vela_io/formats/depth_formats.hpp"
 #include "vela_io/formats/npy.hpp"
 
 #include <filesystem>
-#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
 
 namespace vela::io {
 namespace detail {
@@ -30,9 +34,9 @@ constexpr Format FORMATS[] = {{DEPTH_FILE::PNG, readPng, true},
                               {DEPTH_FILE::NPY, readNpyDepth, false}};
 
 const Format& formatOf(DEPTH_FILE format) {
-    const auto index = static_cast<std::uint32_t>(format);
-    if (index >= std::size(FORMATS)) refuse("an unknown depth format");
-    return FORMATS[index];
+    const Format* const known = rowAt(FORMATS, format);
+    if (known == nullptr) refuse("an unknown depth format");
+    return *known;
 }
 
 std::optional<DEPTH_FILE> formatByContent(std::string_view start) {
@@ -52,7 +56,7 @@ void checkOptions(const Format& format, const DepthOptions& options) {
         refuse(name + "no encoding " + toStdString(toString(*options.encoding)));
     }
     if (!format.samples && options.scale && *options.scale != 1) refuse(name + "no scale");
-    if (options.compression < -1 || options.compression > 9) refuse("the compression is not from 0 to 9");
+    if (options.compression < -1 || options.compression > 9) refuse("the compression must be -1 or 0 to 9");
     if (options.rows != ROW_ORDER::TOP_FIRST && options.rows != ROW_ORDER::BOTTOM_FIRST) {
         refuse("an unknown order of rows");
     }

@@ -206,7 +206,7 @@ TEST_F(DepthsTest, DamagedFilesAreRefusedAndLeaveTheMat) {
     huge[16] = 0x7f;  // width
     const std::pair<std::string, std::string> cases[] = {
         {"", "not a depth file of a known format"},
-        {"PF\n1 1\n-1\n123456789012", "a picture of three channels is no depth map"},
+        {"PF\n1 1\n-1\n123456789012", "a picture of three channels is not a depth map"},
         {"Pf\n2 2\n-1\n123456789012345", "the file is too short for its 2 x 2 pixels"},
         {"Pf\n1 1\n0\n1234", ":3: the scale is 0"},
         {"Pf\n-1 1\n-1\n1234", ":2: a whole number is expected"},

@@ -163,10 +163,10 @@ TEST(Pictures, AreRefusedWithAReasonAndLeaveNoFile) {
         {"the size of a picture runs from 320 x 200 to 16384 x 16384", MAT_TYPE::MAT_32F_C1,
          [](auto& o) { o.height = 16385; }},
         {"one to four views can be drawn", MAT_TYPE::MAT_32F_C3, [](auto& o) { o.views.clear(); }},
-        {"no such view", MAT_TYPE::MAT_32F_C3, [](auto& o) { o.views = {static_cast<CLOUD_VIEW>(5)}; }},
+        {"an unknown view", MAT_TYPE::MAT_32F_C3, [](auto& o) { o.views = {static_cast<CLOUD_VIEW>(5)}; }},
         {"the picture is too narrow for so many views", MAT_TYPE::MAT_32F_C3,
          [](auto& o) { o.width = 320, o.views.resize(4); }},
-        {"no such axis convention", MAT_TYPE::MAT_32F_C3,
+        {"an unknown axis convention", MAT_TYPE::MAT_32F_C3,
          [](auto& o) { o.axes = static_cast<COORDINATE_SYSTEM>(6); }},
         {"the nearest value must be below the farthest", MAT_TYPE::MAT_32F_C1,
          [](auto& o) { o.nearest = o.farthest = 2.F; }}};

@@ -3,6 +3,7 @@
 
 #include "vela_io/io.hpp"
 
+#include <new>
 #include <string>
 #include <utility>
 
@@ -13,10 +14,10 @@ struct Failure {
     ERROR_CODE code = ERROR_CODE::FAILURE;
     std::string text;
     int systemError = 0;
-    std::size_t line = 0;  ///< of a text file, from 1; 0 where no line is to blame
+    std::size_t line = 0;  ///< of a text file, from 1; 0 if the failure is not on a line
 };
 
-/// For Mats and options that do not fit.
+/// For Mats and options that do not fit the format.
 [[noreturn]] void refuse(std::string text);
 /// For files that are not as their format says.
 [[noreturn]] void failFormat(std::string text, std::size_t line = 0);
@@ -27,7 +28,7 @@ struct Failure {
 
 /// The result of a failure while `path` was worked on.
 Result resultOf(const Failure& failure, const String& path);
-/// How messages call a path.
+/// The name of a path in messages.
 std::string nameOf(const String& path);
 
 /// Runs `work(result)`, which fills the counts in, and reports what it throws.

@@ -16,7 +16,7 @@
 namespace vela::io::detail {
 namespace {
 
-constexpr mode_t READ_WRITE_ALL = 0666;  // less the process's umask
+constexpr mode_t READ_WRITE_ALL = 0666;  // minus the process's umask
 constexpr mode_t PERMISSIONS = 07777;
 constexpr std::size_t REPORT_BYTES = std::size_t{1} << 20;
 

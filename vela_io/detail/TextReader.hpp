@@ -4,6 +4,7 @@
 #include "vela_io/detail/InputFile.hpp"
 #include "vela_io/detail/number_text.hpp"
 
+#include <string>
 #include <string_view>
 
 namespace vela::io::detail {

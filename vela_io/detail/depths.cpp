@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "vela_io/detail/depths.hpp"
+
+#include "vela_io/detail/Failure.hpp"
 #include "vela_io/detail/mats.hpp"
+#include "vela_io/detail/number_text.hpp"
 #include "vela_io/detail/points.hpp"
-#include "vela_io/detail/statements.hpp"
-#include "vela_io/formats/depth_formats.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace vela::io::detail {
@@ -80,7 +84,7 @@ int DepthSource::sampleOf(double depth) {
 void DepthSource::checkSamples() {
     const double invalid = options_.invalid.value_or(0);
     if (!(invalid >= 0 && invalid <= LARGEST_SAMPLE) || invalid != std::floor(invalid)) {
-        refuse("the invalid value is no sample: 0 to 65535");
+        refuse("the invalid value is not a sample from 0 to 65535");
     }
     std::vector<std::uint16_t> row(depth_.width);
     std::string first;

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "vela_io/detail/statements.hpp"
+#include "vela_core/types/String.hpp"
+#include "vela_io/detail/words.hpp"
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace vela::io::detail {

@@ -3,6 +3,7 @@
 
 #include "vela_io/detail/Failure.hpp"
 
+#include <string>
 #include <utility>
 
 namespace vela::io::detail {

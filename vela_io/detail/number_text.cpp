@@ -237,6 +237,11 @@ char* writeShortest(char* out, float value) {
     return writeDecimal(out, shortestDecimal(mantissa, biased));
 }
 
+std::string shortest(double value) {
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, value).ptr};
+}
+
 const char* readFloatSlowly(const char* begin, const char* end, float& value) {
     return readByLibrary(begin, end, value);
 }

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 namespace vela::io::detail {
 
@@ -14,6 +15,9 @@ constexpr std::size_t LONGEST_NUMBER = 48;
 /// exponent, whichever is shorter; "nan", "inf" and "-inf". Schubfach, by R. Giulietti ("The Schubfach way to
 /// render doubles", 2020), for 32 bits.
 char* writeShortest(char* out, float value);
+
+/// The shortest text that reads back to the same double.
+std::string shortest(double value);
 
 /// A whole number in decimal.
 inline char* writeWhole(char* out, std::uint64_t value) {

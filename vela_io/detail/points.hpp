@@ -5,6 +5,8 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
+#include <string>
 
 namespace vela::io::detail {
 
@@ -76,7 +78,7 @@ private:
 /// Factor from one length unit to another; values without enumerator are an error.
 float unitFactor(UNIT from, UNIT to);
 
-/// The points of a Mat, as a file is to have them.
+/// The points of a Mat in the unit and axes of a file.
 class PointSource {
 public:
     PointSource(const Mat& cloud, const CloudOptions& options);

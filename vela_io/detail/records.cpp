@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_io/detail/records.hpp"
 
-#include "vela_io/detail/statements.hpp"
+#include "vela_io/detail/words.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <string>
 #include <type_traits>
+#include <utility>
 
 namespace vela::io::detail {
 namespace {

@@ -15,7 +15,7 @@ enum class SCALAR { INT8, UINT8, INT16, UINT16, INT32, UINT32, INT64, UINT64, FL
 
 std::size_t bytesOf(SCALAR type);
 
-/// What a field of a record is for.
+/// Meaning of a field of a record.
 enum class ROLE {
     SKIPPED,
     X,
@@ -42,10 +42,10 @@ struct Field {
     std::size_t count = 1;   ///< how many numbers; a role is that of the first
 };
 
-/// The points of a file: records of fields, one a point.
+/// The points of a file: records of fields, one per point.
 class RecordLayout {
 public:
-    /// Adds a field behind those that are there. A role is taken once; later fields of the same are skipped.
+    /// Appends a field. Only the first field of a role is used; later ones are skipped.
     void add(std::string_view name, SCALAR type, std::size_t count = 1);
     void add(ROLE role, SCALAR type, std::size_t count = 1);
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -76,7 +77,8 @@ void parseType(std::string_view text, NpyHeader& header) {
 void parseShape(std::string_view text, NpyHeader& header) {
     std::vector<std::size_t> sides;
     const std::size_t end = text.find(')');
-    if (text.empty() || text[0] != '(' || end == std::string_view::npos) failFormat("the shape is no tuple");
+    if (text.empty() || text[0] != '(' || end == std::string_view::npos)
+        failFormat("the shape is not a tuple");
     std::size_t value = 0;
     bool digits = false;
     for (const char c : text.substr(1, end)) {
@@ -89,7 +91,7 @@ void parseShape(std::string_view text, NpyHeader& header) {
             value = 0;
             digits = false;
         } else if (c != ' ') {
-            failFormat("the shape is no tuple of numbers");
+            failFormat("the shape is not a tuple of numbers");
         }
     }
     if (sides.size() != 2 && sides.size() != 3) {
@@ -181,7 +183,7 @@ void writeNpyHeader(OutputFile& file, const NpyHeader& header) {
 void readNpyDepth(InputFile& file, DepthSink& sink) {
     const NpyHeader npy = readNpyHeader(file);
     const bool real = npy.kind == 'f';
-    if (npy.channels != 1 || npy.kind == 'i') failFormat("an array of several channels is no depth map");
+    if (npy.channels != 1 || npy.kind == 'i') failFormat("an array of several channels is not a depth map");
     DepthHeader header;
     header.width = npy.width;
     header.height = npy.height;

@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // Point cloud data, version .7.
+#include "vela_io/detail/comments.hpp"
 #include "vela_io/detail/lzf.hpp"
 #include "vela_io/detail/mats.hpp"
 #include "vela_io/detail/records.hpp"
-#include "vela_io/detail/statements.hpp"
+#include "vela_io/detail/words.hpp"
 #include "vela_io/formats/cloud_formats.hpp"
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace vela::io::detail {
 namespace {
@@ -39,7 +45,7 @@ public:
             const std::string_view key = takeWord(rest);
             if (key.empty()) continue;
             if (key[0] == '#') {
-                statements_.take(line.substr(line.find('#') + 1));
+                comments_.take(line.substr(line.find('#') + 1));
                 continue;
             }
             if (key == "DATA") return takeData(rest);
@@ -51,8 +57,8 @@ public:
     CloudHeader header() const {
         CloudHeader header;
         header.encoding = encoding_;
-        header.unit = statements_.unit;
-        header.axes = statements_.axes;
+        header.unit = comments_.unit;
+        header.axes = comments_.axes;
         const std::size_t width = width_.value_or(points_.value_or(0));
         const std::size_t height = height_.value_or(1);
         if (width > LARGEST_SIDE || height > LARGEST_SIDE) failFormat("an impossible size");
@@ -146,7 +152,7 @@ private:
     }
 
     TextReader& reader_;
-    Statements statements_;
+    Comments comments_;
     std::vector<std::string> names_;
     std::vector<std::string> sizes_;
     std::vector<std::string> types_;
@@ -231,8 +237,8 @@ std::string headerText(const CloudHeader& header) {
     std::string text = "# .PCD v0.7 - Point Cloud Data file format\n";
     CloudHeader stated = header;
     stated.height = 1;  // the grid stands in the header itself
-    for (const std::string& statement : statementsOf(stated)) {
-        text += "# " + statement + "\n";
+    for (const std::string& comment : commentsOf(stated)) {
+        text += "# " + comment + "\n";
     }
     return text + "VERSION 0.7\n" + names + "\n" + sizes + "\n" + types + "\n" + counts + "\nWIDTH " +
            std::to_string(header.width) + "\nHEIGHT " + std::to_string(header.height) +

@@ -2,10 +2,11 @@
 // Portable float maps of one channel. The sign of the third line tells the byte order; nothing tells the
 // order of the rows, the bottom one first unless a program has a habit of its own.
 #include "vela_io/detail/TextReader.hpp"
-#include "vela_io/detail/statements.hpp"
 #include "vela_io/formats/depth_formats.hpp"
 
 #include <algorithm>
+#include <memory>
+#include <string>
 
 namespace vela::io::detail {
 namespace {
@@ -20,7 +21,7 @@ void readPfm(InputFile& file, DepthSink& sink) {
     TextReader text(file);
     text.start();
     const std::string magic(text.nextWord());
-    if (magic == "PF") failFormat("a picture of three channels is no depth map");
+    if (magic == "PF") failFormat("a picture of three channels is not a depth map");
     if (magic != "Pf") failFormat("not a PFM file");
     DepthHeader header;
     header.sampleBits = 32;

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Portable grey maps, plain (P2) and binary (P5), samples big-endian where they have two bytes.
 #include "vela_io/detail/TextReader.hpp"
+#include "vela_io/detail/comments.hpp"
 #include "vela_io/detail/mats.hpp"
-#include "vela_io/detail/statements.hpp"
 #include "vela_io/formats/depth_formats.hpp"
 
 #include <algorithm>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace vela::io::detail {
@@ -23,16 +25,16 @@ public:
             text_.finish();
             std::string_view line;
             text_.line(line);
-            statements_.take(line.substr(1));
+            comments_.take(line.substr(1));
             text_.start();
         }
         return text_.nextWhole();
     }
-    const Statements& statements() const { return statements_; }
+    const Comments& comments() const { return comments_; }
 
 private:
     TextReader& text_;
-    Statements statements_;
+    Comments comments_;
 };
 
 void readText(TextReader& text, std::size_t count, std::size_t largest, std::uint16_t* out) {
@@ -75,7 +77,7 @@ void readPgm(InputFile& file, DepthSink& sink) {
     const std::size_t largest = parser.number();
     if (largest == 0 || largest > LARGEST_SAMPLE) text.fail("an impossible largest sample");
     header.sampleBits = largest < 256 ? 8 : 16;
-    parser.statements().describe(header);
+    parser.comments().describe(header);
     const std::size_t sampleBytes = largest < 256 ? 1 : 2;
     text.finish();
     if (!plain) file.skip(1);  // one blank or line end
@@ -98,8 +100,8 @@ void writePgm(OutputFile& file, const DepthHeader& header, DepthSource& source) 
     const bool plain = header.encoding == ENCODING::ASCII;
     if (!plain) file.expect(header.width * header.height * sizeof(std::uint16_t));
     std::string text = plain ? "P2\n" : "P5\n";
-    for (const std::string& statement : statementsOf(header)) {
-        text += "# " + statement + "\n";
+    for (const std::string& comment : commentsOf(header)) {
+        text += "# " + comment + "\n";
     }
     file.append(text + std::to_string(header.width) + " " + std::to_string(header.height) + "\n65535\n");
     constexpr std::size_t SAMPLES_A_LINE = 11;  // lines of plain files have 70 characters at most

@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 // Polygon file format, version 1.0.
+#include "vela_io/detail/comments.hpp"
 #include "vela_io/detail/number_text.hpp"
 #include "vela_io/detail/records.hpp"
-#include "vela_io/detail/statements.hpp"
+#include "vela_io/detail/words.hpp"
 #include "vela_io/formats/cloud_formats.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace vela::io::detail {
 namespace {
@@ -46,7 +52,7 @@ struct Element {
 struct PlyHeader {
     ENCODING encoding = ENCODING::ASCII;
     std::vector<Element> elements;
-    Statements statements;
+    Comments comments;
 };
 
 class HeaderParser {
@@ -70,7 +76,7 @@ private:
     void takeLine(std::string_view word, std::string_view rest) {
         if (word.empty()) return;
         if (word == "comment" || word == "obj_info") {
-            header_.statements.take(rest);
+            header_.comments.take(rest);
         } else if (word == "format") {
             takeFormat(rest);
         } else if (word == "element") {
@@ -120,7 +126,8 @@ private:
         if (word == "list") {
             const SCALAR countType = typeOf(takeWord(rest));
             const SCALAR itemType = typeOf(takeWord(rest));
-            if (countType >= SCALAR::INT64) reader_.fail("the count of a list is no small whole number");
+            if (countType >= SCALAR::INT64)
+                reader_.fail("the count of a list is not an integer of 8 to 32 bits");
             element.lists.push_back({element.properties, countType, itemType});
         } else {
             const SCALAR type = typeOf(word);
@@ -248,8 +255,8 @@ std::string headerText(const CloudHeader& header) {
     std::string text = "ply\nformat ";
     text += ENCODING_WORDS[static_cast<std::size_t>(header.encoding)];
     text += " 1.0\n";
-    for (const std::string& statement : statementsOf(header)) {
-        text += "comment " + statement + "\n";
+    for (const std::string& comment : commentsOf(header)) {
+        text += "comment " + comment + "\n";
     }
     text += "element vertex " + std::to_string(header.count) + "\n";
     text += "property float x\nproperty float y\nproperty float z\n";
@@ -301,7 +308,7 @@ void readPly(InputFile& file, PointSink& sink) {
     header.encoding = ply.encoding;
     header.count = vertices->count;
     vertices->layout.describe(header);
-    ply.statements.describe(header);
+    ply.comments.describe(header);
     for (const Element& element : ply.elements) {
         if (&element == &*vertices || element.count == 0) continue;
         sink.note(std::to_string(element.count) + " of element '" + element.name + "' ignored");

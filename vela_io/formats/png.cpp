@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // PNG of 16-bit grey by libpng; unit, scale and invalid value stand in text chunks of those names.
-#include "vela_io/detail/statements.hpp"
+#include "vela_io/detail/comments.hpp"
 #include "vela_io/formats/depth_formats.hpp"
 
 #include <png.h>
@@ -9,6 +9,9 @@
 #include <algorithm>
 #include <csetjmp>
 #include <cstdlib>
+#include <cstring>
+#include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -109,16 +112,16 @@ public:
         header.width = png_get_image_width(png_, info_);
         header.height = png_get_image_height(png_, info_);
         if (png_get_color_type(png_, info_) != PNG_COLOR_TYPE_GRAY)
-            failFormat("a picture in colour is no depth map");
+            failFormat("a picture in colour is not a depth map");
         const int bits = png_get_bit_depth(png_, info_);
         header.sampleBits = bits == 16 ? 16 : 8;
-        Statements statements;
+        Comments comments;
         png_textp texts = nullptr;
         const int count = png_get_text(png_, info_, &texts, nullptr);
         for (int i = 0; i < count; ++i) {
-            statements.take(std::string(texts[i].key) + " " + texts[i].text);
+            comments.take(std::string(texts[i].key) + " " + texts[i].text);
         }
-        statements.describe(header);
+        comments.describe(header);
         return header;
     }
 
@@ -178,15 +181,15 @@ public:
     PngWriter& operator=(const PngWriter&) = delete;
 
     void writeHeader(const DepthHeader& header, int compression) {
-        std::vector<std::string> statements = statementsOf(header);
+        std::vector<std::string> comments = commentsOf(header);
         std::vector<png_text> texts;
-        for (std::string& statement : statements) {
-            const std::size_t blank = statement.find(' ');
-            statement[blank] = '\0';
+        for (std::string& comment : comments) {
+            const std::size_t blank = comment.find(' ');
+            comment[blank] = '\0';
             png_text text{};
             text.compression = PNG_TEXT_COMPRESSION_NONE;
-            text.key = statement.data();
-            text.text = statement.data() + blank + 1;
+            text.key = comment.data();
+            text.text = comment.data() + blank + 1;
             texts.push_back(text);
         }
         callLibpng(png_, session_, [&] {

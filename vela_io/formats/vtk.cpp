@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // VTK's legacy format: polydata is written, and the points of other data sets are read as well.
+#include "vela_io/detail/comments.hpp"
 #include "vela_io/detail/mats.hpp"
 #include "vela_io/detail/records.hpp"
-#include "vela_io/detail/statements.hpp"
 #include "vela_io/formats/cloud_formats.hpp"
 #include "vela_io/formats/vtk_survey.hpp"
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
+#include <optional>
+#include <string>
 
 namespace vela::io::detail {
 namespace {
@@ -56,8 +59,8 @@ public:
 
     void write() {
         std::string title;
-        for (const std::string& statement : statementsOf(header_)) {
-            title += (title.empty() ? "" : " ") + statement;
+        for (const std::string& comment : commentsOf(header_)) {
+            title += (title.empty() ? "" : " ") + comment;
         }
         const std::string count = std::to_string(header_.count);
         file_.append("# vtk DataFile Version 3.0\n" + (title.empty() ? "point cloud" : title) + "\n" +
@@ -153,7 +156,7 @@ void readVtk(InputFile& file, PointSink& sink) {
     std::optional<SectionReader> colors;
     std::optional<SectionReader> normals;
     if (header.color) {
-        // A fourth of more components is no alpha.
+        // The fourth of more than four components is not alpha.
         using Roles = std::initializer_list<ROLE>;
         colors.emplace(file, survey.colors, binary,
                        header.alpha ? Roles{ROLE::RED, ROLE::GREEN, ROLE::BLUE, ROLE::ALPHA}

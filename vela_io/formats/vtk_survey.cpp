@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_io/formats/vtk_survey.hpp"
 
+#include "vela_io/detail/comments.hpp"
 #include "vela_io/detail/mats.hpp"
-#include "vela_io/detail/statements.hpp"
+#include "vela_io/detail/words.hpp"
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
+#include <utility>
 
 namespace vela::io::detail {
 namespace {
@@ -42,7 +45,7 @@ public:
         survey.header.color = colors_.components > 0;
         survey.header.alpha = colors_.components == 4;
         survey.header.normals = normals_.components > 0;
-        statements_.describe(survey.header);
+        comments_.describe(survey.header);
         return survey;
     }
 
@@ -51,7 +54,7 @@ private:
         std::string_view line;
         if (!text_.line(line) || line.substr(0, 5) != "# vtk") text_.fail("not a VTK file");
         if (!text_.line(line)) text_.fail("the header has no end");
-        statements_.take(line);
+        comments_.take(line);
         if (!text_.line(line)) text_.fail("the header has no end");
         const std::string_view encoding = takeWord(line);
         binary_ = equalIgnoringCase(encoding, "BINARY");
@@ -130,8 +133,8 @@ private:
             side = nextSize();
         }
         if (sides[2] != 1) return true;
-        statements_.gridWidth = sides[0];
-        statements_.gridHeight = sides[1];
+        comments_.gridWidth = sides[0];
+        comments_.gridHeight = sides[1];
         return true;
     }
 
@@ -275,7 +278,7 @@ private:
     VtkSection points_;
     VtkSection colors_;
     VtkSection normals_;
-    Statements statements_;
+    Comments comments_;
     std::vector<std::string> notes_;
 };
 

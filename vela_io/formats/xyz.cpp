@@ -1,15 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
-// Text of one point a line, the numbers apart by blanks, tabs, commas or semicolons. There is no header that
-// all agree upon: a line of names, with or without a comment sign, says what the columns are; without one
-// they are judged by their first numbers.
+// Text of one point per line, the numbers separated by blanks, tabs, commas or semicolons. There is no header
+// that all agree upon: a line of names, with or without a comment sign, says what the columns are; without
+// one they are judged by their first numbers.
+#include "vela_io/detail/comments.hpp"
 #include "vela_io/detail/mats.hpp"
 #include "vela_io/detail/records.hpp"
-#include "vela_io/detail/statements.hpp"
+#include "vela_io/detail/words.hpp"
 #include "vela_io/formats/cloud_formats.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace vela::io::detail {
 namespace {
@@ -59,7 +64,7 @@ public:
         line.remove_prefix(start);
         const bool comment = line[0] == '#' || line.substr(0, 2) == "//" || line[0] == '%';
         if (comment) line.remove_prefix(std::min(line.find_first_not_of("#/%"), line.size()));
-        if (comment) statements_.take(line);
+        if (comment) comments_.take(line);
         const Columns columns(line);
         if (!comment && columns.count() > 0 && isNumber(columns[0])) {
             // A line with one whole number in front of all others is the count of points.
@@ -70,7 +75,7 @@ public:
     }
     void countPoint() { ++points_; }
     std::size_t points() const { return points_; }
-    const Statements& statements() const { return statements_; }
+    const Comments& comments() const { return comments_; }
     const std::vector<ROLE>& roles() const { return roles_; }
 
 private:
@@ -89,7 +94,7 @@ private:
         }
     }
 
-    Statements statements_;
+    Comments comments_;
     std::vector<ROLE> roles_;
     std::size_t points_ = 0;
 };
@@ -206,7 +211,7 @@ void readXyz(InputFile& file, PointSink& sink) {
     header.count = survey.preamble.points();
     header.separator = survey.separator;
     layout.describe(header);
-    survey.preamble.statements().describe(header);
+    survey.preamble.comments().describe(header);
     if (!sink.begin(header)) return;
 
     file.rewind();
@@ -230,13 +235,13 @@ void readXyz(InputFile& file, PointSink& sink) {
 }
 
 void writeXyz(OutputFile& file, const CloudHeader& header, PointSource& source) {
-    const std::vector<std::string> statements = statementsOf(header);
-    for (const std::string& statement : statements) {
-        file.append("# " + statement + "\n");
+    const std::vector<std::string> comments = commentsOf(header);
+    for (const std::string& comment : comments) {
+        file.append("# " + comment + "\n");
     }
     // Every program reads bare numbers. Columns are named only if there are comments anyway, or if normals
     // could be taken for colours.
-    if (!statements.empty() || header.normals) {
+    if (!comments.empty() || header.normals) {
         file.append("# x y z");
         if (header.color) file.append(" red green blue");
         if (header.normals) file.append(" nx ny nz");

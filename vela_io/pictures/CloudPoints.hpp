@@ -33,7 +33,7 @@ void forEachFinitePoint(const Mat& cloud, See see) {
     }
 }
 
-/// At most about 100,000 of the finite points, evenly taken, for statistics: one list for each axis.
+/// At most about 100,000 of the finite points, evenly spaced, for statistics: one list for each axis.
 struct PointSample {
     std::vector<float> axes[3];
     std::size_t finite = 0;  ///< of all points

@@ -4,7 +4,10 @@
 #include "vela_io/pictures/frames.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <string>
+#include <vector>
 
 namespace vela::io::detail {
 
@@ -43,7 +46,7 @@ Projection projectionOf(CLOUD_VIEW view, const Frame& frame) {
         case CLOUD_VIEW::BACK:
             return {"back", -frame.right, frame.up, -frame.forward};
     }
-    throw Failure{ERROR_CODE::INVALID_FUNCTION_PARAMETERS, "no such view"};
+    throw Failure{ERROR_CODE::INVALID_FUNCTION_PARAMETERS, "an unknown view"};
 }
 
 /// The part of a picture that one view is drawn in.

@@ -2,7 +2,10 @@
 #pragma once
 
 #include "vela_io/detail/Failure.hpp"
+#include "vela_io/detail/tables.hpp"
 #include "vela_io/pictures.hpp"
+
+#include <optional>
 
 namespace vela::io::detail {
 
@@ -23,7 +26,7 @@ struct Frame {
     Direction forward;
 };
 
-/// The directions of an axis convention; throws for one that is none.
+/// The directions of an axis convention; throws for an unknown one.
 inline Frame frameOf(COORDINATE_SYSTEM axes) {
     constexpr Direction X{0, 1};
     constexpr Direction Y{1, 1};
@@ -42,14 +45,14 @@ inline Frame frameOf(COORDINATE_SYSTEM axes) {
         case COORDINATE_SYSTEM::RIGHT_HANDED_Z_UP_AND_X_FORWARD:
             return {-Y, Z, X};
     }
-    throw Failure{ERROR_CODE::INVALID_COORDINATE_SYSTEM, "no such axis convention"};
+    throw Failure{ERROR_CODE::INVALID_COORDINATE_SYSTEM, "an unknown axis convention"};
 }
 
-/// How labels call a unit; empty if it is not known.
+/// The symbol of a unit in labels; empty if it is not known.
 inline const char* labelOf(const std::optional<UNIT>& unit) {
     constexpr const char* LABELS[] = {"mm", "cm", "m", "in", "ft"};
-    const auto i = unit ? static_cast<std::uint32_t>(*unit) : std::size(LABELS);
-    return i < std::size(LABELS) ? LABELS[i] : "";
+    const char* const* const label = unit ? rowAt(LABELS, *unit) : nullptr;
+    return label != nullptr ? *label : "";
 }
 
 }  // namespace vela::io::detail

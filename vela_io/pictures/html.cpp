@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vela_io/detail/OutputFile.hpp"
 #include "vela_io/detail/mats.hpp"
+#include "vela_io/detail/tables.hpp"
 #include "vela_io/pictures/CloudPoints.hpp"
 #include "vela_io/pictures/drawing.hpp"
 #include "vela_io/pictures/frames.hpp"
@@ -8,8 +9,15 @@
 
 #include <zlib.h>
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <iterator>
+#include <new>
 #include <random>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace vela::io {
 namespace detail {
@@ -220,11 +228,12 @@ Result writeHtml(const Mat& cloud, const String& path, const HtmlOptions& option
         if (result.written < sample.finite) text += " of " + grouped(sample.finite);
         if (result.dropped > 0) text += ", " + grouped(result.dropped) + " invalid";
         constexpr const char* MODES[] = {"rgb", "depth", "height"};
-        if (static_cast<std::uint32_t>(mode) >= std::size(MODES)) refuse("no such colouring");
+        const char* const* const modeName = rowAt(MODES, mode);
+        if (modeName == nullptr) refuse("an unknown colour mode");
         const std::string meta =
             "{\"text\":" + jsonText(text) + ",\"unit\":" + jsonText(labelOf(options.unit)) +
             ",\"drawn\":" + std::to_string(result.written) + ",\"colored\":" + (colored ? "true" : "false") +
-            ",\"mode\":\"" + MODES[static_cast<std::size_t>(mode)] + "\",\"low\":" + jsonNumbers(bounds.low) +
+            ",\"mode\":\"" + *modeName + "\",\"low\":" + jsonNumbers(bounds.low) +
             ",\"high\":" + jsonNumbers(bounds.high) + ",\"focusLow\":" + jsonNumbers(focus.low) +
             ",\"focusHigh\":" + jsonNumbers(focus.high) + ",\"right\":" + jsonDirection(frame.right) +
             ",\"up\":" + jsonDirection(frame.up) + ",\"forward\":" + jsonDirection(frame.forward) + "}";

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "vela_io/detail/statements.hpp"
+#include "vela_io/detail/comments.hpp"
 
+#include "vela_io/detail/depths.hpp"
 #include "vela_io/detail/number_text.hpp"
 #include "vela_io/detail/points.hpp"
-#include "vela_io/formats/depth_formats.hpp"
+#include "vela_io/detail/words.hpp"
 
-#include <algorithm>
-#include <charconv>
 #include <cmath>
+#include <iterator>
 
 namespace vela::io::detail {
 namespace {
@@ -32,10 +32,6 @@ constexpr const char* AXES[] = {"IMAGE",
                                 "LEFT_HANDED_Z_UP_AND_X_FORWARD",
                                 "RIGHT_HANDED_Z_UP_AND_X_FORWARD"};
 
-constexpr char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::optional<UNIT> unitOf(std::string_view word) {
     for (const UnitWord& known : UNITS) {
         if (equalIgnoringCase(word, known.word) || word == known.symbol) return known.unit;
@@ -59,32 +55,7 @@ std::optional<double> numberOf(std::string_view word) {
 
 }  // namespace
 
-std::string shortest(double value) {
-    char text[32];
-    return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
-bool equalIgnoringCase(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return lower(x) == lower(y); });
-}
-
-std::string_view takeWord(std::string_view& text) {
-    constexpr std::string_view BLANKS = " \t\r\n\v\f";
-    text.remove_prefix(std::min(text.find_first_not_of(BLANKS), text.size()));
-    const std::string_view word = text.substr(0, text.find_first_of(BLANKS));
-    text.remove_prefix(word.size());
-    return word;
-}
-
-std::optional<std::size_t> parseWhole(std::string_view word) {
-    std::size_t value = 0;
-    const auto [stop, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (error != std::errc() || stop != word.data() + word.size()) return {};
-    return value;
-}
-
-void Statements::take(std::string_view comment) {
+void Comments::take(std::string_view comment) {
     for (std::string_view word = takeWord(comment); !word.empty(); word = takeWord(comment)) {
         std::string_view rest = comment;
         const std::string_view value = takeWord(rest);
@@ -106,7 +77,7 @@ void Statements::take(std::string_view comment) {
     }
 }
 
-void Statements::describe(CloudHeader& header) const {
+void Comments::describe(CloudHeader& header) const {
     header.unit = unit;
     header.axes = axes;
     header.width = header.count;
@@ -116,7 +87,7 @@ void Statements::describe(CloudHeader& header) const {
     header.height = gridHeight;
 }
 
-void Statements::describe(DepthHeader& header) const {
+void Comments::describe(DepthHeader& header) const {
     header.unit = unit;
     header.scale = scale;
     header.invalid = invalid;
@@ -126,24 +97,24 @@ const char* wordOf(UNIT unit) {
     return UNITS[static_cast<std::size_t>(unit)].word;
 }
 
-std::vector<std::string> statementsOf(const CloudHeader& header) {
-    std::vector<std::string> statements;
-    if (header.unit) statements.push_back(std::string("unit ") + wordOf(*header.unit));
+std::vector<std::string> commentsOf(const CloudHeader& header) {
+    std::vector<std::string> comments;
+    if (header.unit) comments.push_back(std::string("unit ") + wordOf(*header.unit));
     if (header.axes) {
-        statements.push_back(std::string("axes ") + AXES[static_cast<std::size_t>(*header.axes)]);
+        comments.push_back(std::string("axes ") + AXES[static_cast<std::size_t>(*header.axes)]);
     }
     if (header.height > 1) {
-        statements.push_back("grid " + std::to_string(header.width) + " " + std::to_string(header.height));
+        comments.push_back("grid " + std::to_string(header.width) + " " + std::to_string(header.height));
     }
-    return statements;
+    return comments;
 }
 
-std::vector<std::string> statementsOf(const DepthHeader& header) {
-    std::vector<std::string> statements;
-    if (header.unit) statements.push_back(std::string("unit ") + wordOf(*header.unit));
-    if (header.scale) statements.push_back("scale " + shortest(*header.scale));
-    if (header.invalid) statements.push_back("invalid " + shortest(*header.invalid));
-    return statements;
+std::vector<std::string> commentsOf(const DepthHeader& header) {
+    std::vector<std::string> comments;
+    if (header.unit) comments.push_back(std::string("unit ") + wordOf(*header.unit));
+    if (header.scale) comments.push_back("scale " + shortest(*header.scale));
+    if (header.invalid) comments.push_back("invalid " + shortest(*header.invalid));
+    return comments;
 }
 
 }  // namespace vela::io::detail
