@@ -37,7 +37,7 @@ Command addDepthToCloud(CLI::App& app, const Console& console);
 /// Throws the text of a result that failed.
 void require(const io::Result& result);
 
-/// A value for an option by one of its names; throws a line that lists them. Empty text is no value.
+/// A value for an option by one of its names; throws a line that lists them. Empty text gives no value.
 std::optional<UNIT> unitNamed(const std::string& option, const std::string& name);
 std::optional<COORDINATE_SYSTEM> axesNamed(const std::string& option, const std::string& name);
 std::optional<io::ENCODING> encodingNamed(const std::string& option, const std::string& name);

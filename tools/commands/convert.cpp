@@ -3,9 +3,12 @@
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <cctype>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <ostream>
+#include <string>
 
 namespace vela::tools {
 namespace {
@@ -38,7 +41,7 @@ std::optional<Enum> formatNamed(const std::string& name, Enum last) {
         if (name == candidate || name == lower) return static_cast<Enum>(i);
         known += (known.empty() ? "" : ", ") + lower;
     }
-    throw Trouble("--format: '" + name + "' is none of " + known);
+    throw Trouble("--format: '" + name + "' is not one of " + known);
 }
 
 io::Result convertCloud(const ConvertOptions& options, const Loaded& loaded, const io::Progress& progress) {
@@ -52,8 +55,8 @@ io::Result convertCloud(const ConvertOptions& options, const Loaded& loaded, con
     writing.axes = loaded.cloud.axes;
     writing.targetUnit = unitNamed("--unit-to", options.unit);
     writing.targetAxes = axesNamed("--axes-to", options.axes);
-    if (writing.targetUnit && !writing.unit) throw Trouble(options.in + ": states no unit; say --unit-from");
-    if (writing.targetAxes && !writing.axes) throw Trouble(options.in + ": states no axes; say --axes-from");
+    if (writing.targetUnit && !writing.unit) throw Trouble(options.in + ": states no unit; use --unit-from");
+    if (writing.targetAxes && !writing.axes) throw Trouble(options.in + ": states no axes; use --axes-from");
     writing.progress = progress;
     return io::writeCloud(loaded.mat, options.out, writing);
 }
@@ -64,7 +67,7 @@ io::Result convertDepth(const ConvertOptions& options, const Loaded& loaded, con
     writing.encoding = encodingNamed("--encoding", options.encoding);
     writing.unit = loaded.depth.unit;
     writing.targetUnit = unitNamed("--unit-to", options.unit);
-    if (writing.targetUnit && !writing.unit) throw Trouble(options.in + ": states no unit; say --unit-from");
+    if (writing.targetUnit && !writing.unit) throw Trouble(options.in + ": states no unit; use --unit-from");
     if (!options.axes.empty()) throw Trouble("--axes-to: a depth map has no axes");
     if (options.scale) writing.scale = *options.scale;
     writing.allowClipping = options.clip;

@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <ostream>
+#include <string>
 
 namespace vela::tools {
 namespace {
@@ -69,7 +70,7 @@ int depthToCloud(const PinholeOptions& options, const Console& console) {
     writing.targetUnit = unitNamed("--unit-to", options.unit);
     writing.targetAxes = axesNamed("--axes-to", options.axes);
     if (writing.targetUnit && !writing.unit)
-        throw Trouble(options.depth + ": states no unit; say --unit-from");
+        throw Trouble(options.depth + ": states no unit; use --unit-from");
     if (options.out == "-") writing.format = io::CLOUD_FILE::PLY;
     io::Result written;
     {
@@ -88,7 +89,7 @@ int depthToCloud(const PinholeOptions& options, const Console& console) {
 Command addDepthToCloud(CLI::App& app, const Console& console) {
     auto options = std::make_shared<PinholeOptions>();
     CLI::App& command =
-        *app.add_subcommand("depth2cloud", "Make a cloud of a depth map by the pinhole model");
+        *app.add_subcommand("depth2cloud", "Make a cloud from a depth map by the pinhole model");
     command.add_option("DEPTH", options->depth, "depth map to read")->required();
     command.add_option("OUT", options->out, "cloud to write; PLY on standard output")->required();
     command.add_option("--fx", options->fx, "focal length in pixels, horizontal")->required();

@@ -3,11 +3,13 @@
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <memory>
 #include <ostream>
+#include <string>
 
 namespace vela::tools {
 namespace {
@@ -112,7 +114,7 @@ int diff(const DiffOptions& options, const Console& console) {
 Command addDiff(CLI::App& app, const Console& console) {
     auto options = std::make_shared<DiffOptions>();
     CLI::App& command = *app.add_subcommand(
-        "diff", "Compare two files point by point: exit code 0 same, 1 different, 2 trouble");
+        "diff", "Compare two files point by point: exit code 0 same, 1 different, 2 error");
     command.add_option("A", options->a, "first file")->required();
     command.add_option("B", options->b, "second file")->required();
     command.add_option("--tolerance", options->tolerance,

@@ -3,13 +3,16 @@
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <memory>
 #include <ostream>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace vela::tools {
 namespace {
@@ -214,7 +217,7 @@ int info(const InfoOptions& options, const Console& console) {
 
 Command addInfo(CLI::App& app, const Console& console) {
     auto options = std::make_shared<InfoOptions>();
-    CLI::App& command = *app.add_subcommand("info", "Say what files of clouds and depth maps hold");
+    CLI::App& command = *app.add_subcommand("info", "Print what files of clouds and depth maps hold");
     command.add_option("FILE", options->files, "files to read")->required();
     command.add_flag("--json", options->json, "print an array of JSON objects");
     options->input.addTo(command);

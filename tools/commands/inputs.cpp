@@ -5,6 +5,8 @@
 #include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <cctype>
+#include <optional>
+#include <string>
 
 namespace vela::tools {
 namespace {
@@ -60,7 +62,7 @@ std::optional<T> valueNamed(const Name<T> (&names)[count], const std::string& op
     for (const Name<T>& name : names) {
         if (text == name.text) return name.value;
     }
-    throw Trouble(option + ": '" + text + "' is none of " + listed(names));
+    throw Trouble(option + ": '" + text + "' is not one of " + listed(names));
 }
 
 }  // namespace

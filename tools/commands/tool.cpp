@@ -6,7 +6,9 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <exception>
+#include <new>
 #include <ostream>
+#include <string>
 #include <utility>
 
 namespace vela::tools {

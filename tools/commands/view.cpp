@@ -5,7 +5,11 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <memory>
+#include <optional>
 #include <ostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace vela::tools {
 namespace {
@@ -32,7 +36,7 @@ std::int32_t placeIn(const char* const (&names)[count], const std::string& optio
         if (name == names[i]) return static_cast<std::int32_t>(i);
         known += (i == 0 ? "" : ", ") + std::string(names[i]);
     }
-    throw Trouble(option + ": '" + name + "' is none of " + known);
+    throw Trouble(option + ": '" + name + "' is not one of " + known);
 }
 
 std::optional<io::COLOR_BY> colorNamed(const std::string& name) {
