@@ -12,9 +12,9 @@ int main(int count, char** words) {
     }
     vela::Mat cloud;
     vela::io::CloudReadOptions options;
-    options.unit = vela::UNIT::MILLIMETER;  // what theirs are, unless the file says
+    options.unit = vela::UNIT::MILLIMETER;  // the unit of their file, unless it states one
     options.axes = vela::COORDINATE_SYSTEM::IMAGE;
-    options.targetUnit = vela::UNIT::METER;  // what ours shall be
+    options.targetUnit = vela::UNIT::METER;  // the unit of our file
     options.targetAxes = vela::COORDINATE_SYSTEM::RIGHT_HANDED_Z_UP_AND_X_FORWARD;
     vela::io::Result result = vela::io::readCloud(words[1], cloud, options);
     vela::io::CloudOptions writing;

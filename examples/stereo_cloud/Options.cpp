@@ -48,7 +48,7 @@ Turns a rectified stereo pair into point clouds, depth maps and a preview.
   --baseline       distance of the two cameras in millimetres
   --cx, --cy       principal point of the left picture in pixels, from the centre of its first pixel
                    (default: the picture's centre)
-  --offset         pixels that are added to every disparity, the right principal point's x less the left one's
+  --offset         pixels that are added to every disparity, the right principal point's x minus the left one's
                    (default: 0); depth is focal x baseline / (disparity + offset)
   --truth          measured disparity of the left picture, 8 bits, 0 where unknown: the error is printed
   --out            folder for the results (default: out)

@@ -7,8 +7,10 @@
 #include <signal.h>
 #include <stdlib.h>
 
+#include <exception>
 #include <initializer_list>
 #include <set>
+#include <system_error>
 #include <thread>
 #include <vector>
 

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstring>
+#include <ratio>
 
 namespace stereo {
 namespace {

@@ -4,6 +4,8 @@
 #include "bindings.hpp"
 
 #include <cstddef>
+#include <string>
+#include <utility>
 
 // How the library's small values look in Python: texts as str, vectors as tuples.
 

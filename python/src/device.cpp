@@ -5,6 +5,7 @@
 #include <nanobind/stl/string.h>
 
 #include <algorithm>
+#include <memory>
 #include <string>
 
 namespace vela::python {
@@ -60,7 +61,7 @@ DeviceView viewOf(const PyMat& m) {
 
 // Its memory is not a GPU's: a consumer that took it for that would crash.
 constexpr const char* REFUSAL =
-    "there is no GPU: this build runs on the software device, whose memory is not shown";
+    "there is no GPU: this build runs on the software device, whose memory cannot be shared";
 
 void orderAfterOurWork(nb::handle /*stream*/) {
     throw nb::buffer_error(REFUSAL);
@@ -154,7 +155,7 @@ void bindDevice(nb::module_& module) {
             nb::sig("def __dlpack_device__(self) -> tuple[int, int]"))
         .def_prop_ro("__cuda_array_interface__", &arrayInterface,
                      nb::sig("def __cuda_array_interface__(self) -> dict[str, typing.Any]"),
-                     "Version 3; rows may be apart, see packed().")
+                     "Version 3; rows may be padded, see packed().")
         .def("packed", &packed, "A copy without gaps between rows, for consumers that take no other.");
     nb::borrow<nb::class_<PyMat>>(module.attr("Mat"))
         .def_prop_ro("gpu", &viewOf, "The device side. BufferError without one, and on the software device.");

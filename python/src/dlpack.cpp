@@ -3,6 +3,7 @@
 #include "dlpack.hpp"
 
 #include <memory>
+#include <utility>
 
 namespace vela::python {
 namespace {

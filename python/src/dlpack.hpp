@@ -3,6 +3,8 @@
 
 #include "PyMat.hpp"
 
+#include <memory>
+
 namespace vela::python {
 
 /// Pixels as a DLPack tensor describes them; strides count elements.

@@ -38,14 +38,14 @@ void bindEnums(nb::module_& module) {
     bindEnum<OBJECT_TRACKING_STATE>(module, "OBJECT_TRACKING_STATE", "State of the tracking of an object.");
     bindEnum<OBJECT_ACTION_STATE>(module, "OBJECT_ACTION_STATE", "Whether a tracked object moves.");
     bindEnum<OBJECT_FILTERING_MODE>(module, "OBJECT_FILTERING_MODE",
-                                    "How overlapping detections are thinned out.");
+                                    "How overlapping detections are filtered.");
     bindEnum<DETECTION_MODEL>(module, "DETECTION_MODEL", "Network that detects objects.");
     bindEnum<BODY_FORMAT>(module, "BODY_FORMAT", "Layout of a skeleton.");
     bindEnum<BODY_PARTS>(module, "BODY_PARTS", "Keypoint of a skeleton of POSE_18.");
     bindEnum<BODY_PARTS_POSE_34>(module, "BODY_PARTS_POSE_34", "Keypoint of a skeleton of POSE_34.");
     module.def(
         "to_verbose", [](ERROR_CODE code) { return nb::str(toStdString(toVerbose(code)).c_str()); }, "code"_a,
-        "The sentence for the user that goes with a code.");
+        "The sentence for the user that explains a code.");
     module.def(
         "get_object_class", [](OBJECT_SUBCLASS subclass) { return getObjectClass(subclass); }, "subclass"_a,
         "The class that a sub-class belongs to.");

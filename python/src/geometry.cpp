@@ -6,6 +6,7 @@
 #include <nanobind/stl/string.h>
 
 #include <cstddef>
+#include <exception>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -147,14 +148,14 @@ nb::class_<Matrix, Base...>& defineArray(nb::class_<Matrix, Base...>& type) {
                 return viewOf(nb::cast<Matrix&>(self).m, {rows, rows}, self);
             },
             nb::sig("def matrix(self) -> numpy.typing.NDArray[numpy.float32]"),
-            "The numbers: a writable view, row by row, that keeps this object alive.")
+            "The elements, row by row: a writable view that keeps this object alive.")
         .def("__array__", &toArray, "dtype"_a = nb::none(), "copy"_a = nb::none(),
              nb::sig("def __array__(self, dtype: typing.Any = None, copy: bool | None = None) -> "
                      "numpy.typing.NDArray[typing.Any]"))
         .def_prop_rw(
             "label", [](const Matrix& a) { return a.label; },
             [](Matrix& a, const String& label) { a.label = label; },
-            "A name of the user's own; copies have none.");
+            "A label for the user; copies have none.");
 }
 
 void bindMatrices(nb::module_& module) {
@@ -162,14 +163,14 @@ void bindMatrices(nb::module_& module) {
     defineMatrix<3>(defineArray<3>(small))
         .def(
             "inverse", [](const Matrix3f& a) { return Matrix3f::inverse(a); },
-            "The inverse; infinities and NaN of a singular matrix.");
+            "The inverse; infinities and NaN for a singular matrix.");
     nb::class_<Matrix4f> large(
         module, "Matrix4f",
         "4 x 4 floats; the identity by default. The last row is (0, 0, 0, 1) in all rigid motions.");
     defineMatrix<4>(defineArray<4>(large))
         .def(
             "inverse", [](const Matrix4f& a) { return inverted(a); },
-            "The inverse of a matrix whose last row is (0, 0, 0, 1). vela.Error of a singular one.");
+            "The inverse of a matrix whose last row is (0, 0, 0, 1). vela.Error for a singular one.");
 }
 
 void bindVectors(nb::module_& module) {
@@ -198,8 +199,8 @@ void bindVectors(nb::module_& module) {
     nb::implicitly_convertible<nb::tuple, Translation>();
 
     nb::class_<Orientation>(module, "Orientation",
-                            "A rotation as a quaternion; none by default. It does not change.\n\n"
-                            "Libraries differ in the order of the components, so that it is always named.")
+                            "A rotation as an immutable quaternion; the identity by default.\n\n"
+                            "Libraries differ in the order of the components, so it is always named.")
         .def(nb::init<>(), "No rotation.")
         .def_static(
             "from_xyzw", [](const Vector4<float>& v) { return Orientation(v); }, "xyzw"_a)
@@ -215,11 +216,11 @@ void bindVectors(nb::module_& module) {
             "between", [](const Translation& a, const Translation& b) { return Orientation(a, b); },
             "source"_a, "target"_a,
             nb::sig("def between(source: " VELA_TRANSLATION ", target: " VELA_TRANSLATION ") -> Orientation"),
-            "What turns one direction into another; close to zero for opposite ones.")
+            "The rotation that turns one direction into another; close to zero for opposite ones.")
         .def_prop_ro("xyzw", [](const Orientation& q) { return Vector4<float>(q.ox, q.oy, q.oz, q.ow); })
         .def_prop_ro("wxyz", [](const Orientation& q) { return Vector4<float>(q.ow, q.ox, q.oy, q.oz); })
         .def_prop_ro("rotation", &Orientation::getRotation,
-                     "The rotation matrix of this quaternion over its norm.")
+                     "The rotation matrix of this quaternion divided by its norm.")
         .def(
             "normalise",
             [](Orientation q) {
@@ -280,7 +281,7 @@ void bindTransform(nb::module_& module) {
         .def(nb::init<const Matrix4f&>(), "matrix"_a)
         .def(
             "inverse", [](const Transform& t) { return Transform(inverted(t)); },
-            "The inverse; vela.Error of a singular matrix.")
+            "The inverse; vela.Error for a singular matrix.")
         .def_prop_rw("translation", &Transform::getTranslation, &Transform::setTranslation,
                      nb::for_setter(nb::sig("def translation(self, value: " VELA_TRANSLATION ", /) -> None")))
         .def_prop_rw("rotation", &Transform::getRotation, &Transform::setRotation)
@@ -297,7 +298,7 @@ void bindTransform(nb::module_& module) {
                 check(convertCoordinateSystem(t, from, to), "convert_coordinate_system");
             },
             "source"_a.noconvert(), "target"_a.noconvert(),
-            "Moves rotation and translation into another axis convention, in place.")
+            "Expresses rotation and translation in another axis convention, in place.")
         .def(
             "remove_yaw",
             [](Transform& t, COORDINATE_SYSTEM system) { check(removeYaw(t, system), "remove_yaw"); },
@@ -343,12 +344,12 @@ void bindGeometry(nb::module_& module) {
     bindPose(module);
     module.def("get_coordinate_transform_conversion4f", &getCoordinateTransformConversion4f,
                "source"_a.noconvert(), "target"_a.noconvert(),
-               "The matrix that maps points of one axis convention into another.");
+               "The matrix that maps points of one axis convention to another.");
     module.def("get_unit_scale", &getUnitScale, "source"_a.noconvert(), "target"_a.noconvert(),
                "The factor from lengths in one unit to lengths in another.");
     module.def("compute_rotation_matrix_from_gravity", &computeRotationMatrixFromGravity, "gravity"_a,
                "reference"_a,
-               "The rotation that carries the unit vector `reference` onto the direction of `gravity`.\n\n"
+               "The rotation that maps the unit vector `reference` to the direction of `gravity`.\n\n"
                "NaN or infinities for parallel and for opposite directions.");
 }
 

@@ -241,7 +241,8 @@ void bindClouds(nb::module_& module) {
         "width and height. unit and axes are stated in the file; target_unit and target_axes convert on\n"
         "the way and leave the Mat as it is. sync waits for the disk. progress(done, total) is called from\n"
         "time to time, in bytes; False from it ends the work.\n"
-        "The file is whole or the old one. OSError for the system's failures, vela.Error for the rest.");
+        "The path holds the old file or the whole new one. OSError if the system fails, vela.Error "
+        "otherwise.");
     module.def(
         "read_cloud", &readCloud, "path"_a, nb::kw_only(), "format"_a = nb::none(), "color"_a = true,
         "four_channels"_a = false, "normals"_a = false, "unit"_a = nb::none(), "axes"_a = nb::none(),
@@ -256,10 +257,10 @@ void bindClouds(nb::module_& module) {
         "Reads a cloud: MAT_32F_C4 with the colours of the file, MAT_32F_C3 where it has none.\n\n"
         "unit and axes stand in for what the file does not state; target_unit and target_axes convert.\n"
         "four_channels gives MAT_32F_C4 in any case. normals=True puts those of the file into the info.\n"
-        "OSError for the system's failures, vela.Error with file and line for a file that is not right.");
+        "OSError if the system fails, vela.Error with file and line for a faulty file.");
     module.def("inspect_cloud", &inspectCloud, "path"_a,
                nb::sig("def inspect_cloud(path: " VELA_PATH ") -> CloudInfo"),
-               "What the header of a cloud file says; of XYZ files all lines are read, to count them.");
+               "What the header of a cloud file states; of XYZ files all lines are read, to count them.");
 }
 
 void bindDepthMaps(nb::module_& module) {
@@ -277,7 +278,7 @@ void bindDepthMaps(nb::module_& module) {
             "progress: " VELA_PROGRESS ") -> Result"),
         "Writes a depth map, MAT_32F_C1 or MAT_US16_C1, to a PNG, PGM, PFM or NPY file.\n\n"
         "A sample of PNG and PGM is the depth in target_unit times scale, rounded; PFM and NPY hold floats.\n"
-        "Without scale a sample is a millimetre where the unit is known, else one unit.\n"
+        "Without scale a sample is a millimetre where the unit is known, otherwise one unit.\n"
         "invalid stands in the file for pixels without a depth. Depths that have no sample make the call\n"
         "fail unless allow_clipping is set. rows is for PFM. OSError and vela.Error as of write_cloud.");
     module.def(
@@ -289,11 +290,11 @@ void bindDepthMaps(nb::module_& module) {
                 "scale: float | None = None, invalid: float | None = None, "
                 "rows: ROW_ORDER = vela._core.ROW_ORDER.BOTTOM_FIRST, max_pixels: int = 2147483647, "
                 "progress: " VELA_PROGRESS ") -> tuple[Mat, DepthInfo]"),
-        "Reads a depth map into MAT_32F_C1: samples over the scale, NaN where there is no depth.\n\n"
-        "What the file states about itself comes first; unit, scale and invalid stand in for the rest.");
+        "Reads a depth map into MAT_32F_C1: samples divided by the scale, NaN where there is no depth.\n\n"
+        "What the file states about itself takes precedence over unit, scale and invalid.");
     module.def("inspect_depth", &inspectDepth, "path"_a,
                nb::sig("def inspect_depth(path: " VELA_PATH ") -> DepthInfo"),
-               "What the header of a depth file says.");
+               "What the header of a depth file states.");
 }
 
 void bindArrays(nb::module_& module) {
@@ -304,7 +305,7 @@ void bindArrays(nb::module_& module) {
                "Writes a Mat of any type as numpy.save would write m.numpy(), whole or not at all.");
     module.def("read_npy", &readNpy, "path"_a, nb::kw_only(), "progress"_a = nb::none(),
                nb::sig("def read_npy(path: " VELA_PATH ", *, progress: " VELA_PROGRESS ") -> Mat"),
-               "Reads an array that some MAT_TYPE has the elements and channels of; vela.Error for others.");
+               "Reads an array whose elements and channels are those of a MAT_TYPE; vela.Error for others.");
     module.def(
         "kind_of", [](nb::handle path) { return io::kindOf(pathOf(path)); }, "path"_a,
         nb::sig("def kind_of(path: " VELA_PATH ") -> FILE_KIND"),

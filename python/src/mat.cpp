@@ -3,6 +3,7 @@
 
 #include <nanobind/stl/string.h>
 
+#include <memory>
 #include <string>
 
 namespace vela::python {
@@ -59,7 +60,7 @@ void bindMat(nb::module_& module) {
     nb::class_<PyMat> mat(
         module, "Mat", nb::type_slots(bufferSlots()), nb::is_weak_referenceable(),
         "A picture, depth map or point cloud: rows of pixels of one type, one to four channels.\n\n"
-        "Arrays made from a Mat keep its pixels alive, whatever becomes of the Mat.");
+        "Arrays made from a Mat keep its pixels alive, even if the Mat is freed.");
     defineCreation(mat);
     mat.def_prop_ro(
            "width", [](const PyMat& m) { return m.mat().width; }, "Pixels of a row.")
@@ -75,7 +76,7 @@ void bindMat(nb::module_& module) {
             "step", [](const PyMat& m) { return m.mat().stepBytesCPU; }, "Bytes from row to row on the host.")
         .def_prop_ro(
             "owns", [](const PyMat& m) { return m.mat().memoryOwner; },
-            "False of a Mat that shares an array's memory, and of an empty one.")
+            "False for a Mat that shares an array's memory, and for an empty one.")
         .def_prop_ro("shape", &shapeOf, nb::sig("def shape(self) -> tuple[int, ...]"),
                      "(height, width) or (height, width, channels), as of numpy().")
         .def_prop_ro("dtype", &dtypeOf, nb::sig("def dtype(self) -> numpy.dtype[typing.Any]"),

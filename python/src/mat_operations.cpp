@@ -2,6 +2,7 @@
 // What is done to the pixels of a Mat.
 #include "PyMat.hpp"
 
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -107,10 +108,10 @@ void defineOperations(nb::class_<PyMat>& mat) {
             "A deep copy on the same sides, packed, with the time stamp and without the name.")
         .def(
             "ref", [](const PyMat& m) { return m; },
-            "Another Mat over the same pixels, time stamp and name; it does not see what replaces them.")
+            "Another Mat over the same pixels, time stamp and name; it keeps them if this Mat gets others.")
         .def(
             "free", [](PyMat& m) { m.storage = std::make_shared<Storage>(); },
-            "Empties this Mat. The pixels go when no array and no other Mat shows them.")
+            "Empties this Mat. The pixels are released once no array and no other Mat uses them.")
         .def("copy_to", &copyTo, "destination"_a, "type"_a.noconvert() = COPY_TYPE::CPU_CPU,
              nb::sig("def copy_to(self, destination: Mat, type: COPY_TYPE = vela._core.COPY_TYPE.CPU_CPU) -> "
                      "None"),
@@ -123,14 +124,14 @@ void defineOperations(nb::class_<PyMat>& mat) {
                 update(m, MEM::CPU, "update_cpu_from_gpu",
                        [](Mat& pixels) { return pixels.updateCPUfromGPU(); });
             },
-            "Copies the device side to the host side, which is made if there is none.")
+            "Copies the device side to the host side, which is allocated if missing.")
         .def(
             "update_gpu_from_cpu",
             [](PyMat& m) {
                 update(m, MEM::GPU, "update_gpu_from_cpu",
                        [](Mat& pixels) { return pixels.updateGPUfromCPU(); });
             },
-            "Copies the host side to the device side, which is made if there is none.\n\n"
+            "Copies the host side to the device side, which is allocated if missing.\n\n"
             "A Mat that shares an array's memory cannot grow one: vela.Error.")
         .def(
             "set_to",

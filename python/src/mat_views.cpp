@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <memory>
 #include <optional>
 
@@ -151,7 +152,7 @@ PyType_Slot* bufferSlots() {
 void defineViews(nb::class_<PyMat>& mat) {
     mat.def("numpy", &arrayOf, nb::sig("def numpy(self) -> NDArray[typing.Any]"),
             "A writable array over the host side, (height, width) or (height, width, channels); no copy.\n\n"
-            "It keeps the pixels alive, whatever becomes of the Mat. BufferError without a host side.")
+            "It keeps the pixels alive, even if the Mat is freed. BufferError without a host side.")
         .def("__array__", &toArray, "dtype"_a = nb::none(), "copy"_a = nb::none(),
              nb::sig("def __array__(self, dtype: typing.Any = None, copy: bool | None = None) -> "
                      "NDArray[typing.Any]"))

@@ -4,6 +4,7 @@
 #include <nanobind/stl/string.h>
 #include <vela_core/log/LogHook.hpp>
 
+#include <string>
 #include <utility>
 
 namespace vela::python {

@@ -79,7 +79,7 @@ void bindPictures(nb::module_& module) {
         "forward and up. A cloud is drawn once per view, one to four side by side. Points have the packed\n"
         "colour where there is one, else that of their depth; color chooses. nearest and farthest end the\n"
         "colour bar, in the unit of the Mat: the 2nd and 98th percentile unless given.\n"
-        "Result.written counts the pixels or points that are seen. OSError and vela.Error as of "
+        "Result.written counts the pixels or points that are drawn. OSError and vela.Error as in "
         "write_cloud.");
     module.def(
         "save_html", &saveHtml, "cloud"_a, "path"_a, nb::kw_only(), "unit"_a = nb::none(),
@@ -94,7 +94,7 @@ void bindPictures(nb::module_& module) {
         "The page needs a browser with WebGL 2 and no network. unit and axes are those of the cloud; color\n"
         "is what the page shows first. Of more than max_points points as many are chosen at random; those\n"
         "that are not finite are left out. Coordinates are rounded to 1/65535 of the extent of their axis.\n"
-        "OSError and vela.Error as of write_cloud.");
+        "OSError and vela.Error as in write_cloud.");
 }
 
 }  // namespace vela::python

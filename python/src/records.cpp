@@ -51,7 +51,7 @@ void bindCalibration(nb::module_& module) {
         .def_rw("camera_pair_transform", &CalibrationParameters::camera_pair_transform,
                 "The right camera in the left one's frame, in the unit of the calibration.")
         .def("get_camera_baseline", &CalibrationParameters::getCameraBaseline,
-             "The distance of the two cameras, never negative.");
+             "The distance between the two cameras, never negative.");
 }
 
 void bindInput(nb::module_& module) {
@@ -87,7 +87,7 @@ void bindInput(nb::module_& module) {
 
 void bindConfiguration(nb::module_& module) {
     nb::class_<SensorParameters>(module, "SensorParameters",
-                                 "What is known of one sensor; values are in `unit`.")
+                                 "Data sheet of one sensor; values are in `unit`.")
         .def(nb::init<>())
         .def_rw("type", &SensorParameters::type)
         .def_rw("resolution", &SensorParameters::resolution)

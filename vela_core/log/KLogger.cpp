@@ -14,6 +14,7 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
+#include <utility>
 
 namespace vela {
 using namespace detail;
