@@ -13,7 +13,7 @@
 
 namespace vela::interop {
 
-/// The binary interface of DLPack 1, spelled out because many systems still carry headers of version 0. The
+/// The binary interface of DLPack 1, spelled out because many systems still have headers of version 0. The
 /// layout is that of `dlpack/dlpack.h`: cast pointers between the two.
 namespace dl {
 
@@ -52,9 +52,9 @@ struct ManagedTensorVersioned {
     Tensor dl_tensor;                          ///< the array
 };
 
-/// Kinds of devices, those that are used here.
+/// The kinds of devices used here.
 enum DeviceType : std::int32_t { CPU = 1, CUDA = 2, CUDA_HOST = 3, CUDA_MANAGED = 13 };
-/// Kinds of numbers, those that are used here.
+/// The kinds of numbers used here.
 enum TypeCode : std::uint8_t { INT = 0, UINT = 1, FLOAT = 2 };
 constexpr std::uint64_t READ_ONLY = 1;  ///< flag: the consumer must not write
 
@@ -143,8 +143,9 @@ inline std::optional<MEM> sideOfDlpack(dl::Device device) {
 /// takes over the buffers of a Mat, without a copy; whoever holds the tensor last releases them.
 ///
 /// `side` is `CPU` or `GPU`. Null, with the Mat unchanged, when the Mat does not own that side, a row step is
-/// no whole number of elements, or the software device holds the memory, which no other library can address.
-/// Nothing is synchronised: work queued on the pixels must be complete, or the consumer must order it.
+/// not a whole number of elements, or the software device holds the memory, which no other library can
+/// address. Nothing is synchronised: work queued on the pixels must be complete, or the consumer must order
+/// it.
 ///
 ///     DlpackTensor tensor = moveToDlpack(std::move(cloud));
 ///     consume(reinterpret_cast<DLManagedTensorVersioned*>(tensor.release()));

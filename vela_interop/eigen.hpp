@@ -2,7 +2,7 @@
 #pragma once
 
 // Needs Eigen 3.4 in the program that includes it; link vela::eigen. The library's matrices and pixels are
-// seen through maps and never cast: Eigen's own fixed-size types want more alignment than they have.
+// mapped and never cast: Eigen's own fixed-size types require a larger alignment.
 
 #include "vela_core/geometry/Transform.hpp"
 #include "vela_core/utils/Mat.hpp"
@@ -100,7 +100,7 @@ using PointsMap =
                Eigen::Unaligned, Eigen::OuterStride<>>;
 
 /// The points of a packed cloud, `MAT_32F_C3` or `MAT_32F_C4`, row by row: no copy; the fourth float, the
-/// packed colour, is stepped over. Without columns for another type, no host buffer, or rows that are not
+/// packed colour, is skipped. Without columns for another type, no host buffer, or rows that are not
 /// packed. The cloud must outlive the map; a temporary is refused at compile time.
 ///
 ///     mapPoints(cloud) = (toEigen(pose) * mapPoints(cloud)).eval();
@@ -123,8 +123,8 @@ using ImageMap =
                                   Eigen::Matrix<float, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>>,
                Eigen::Unaligned, Eigen::OuterStride<>>;
 
-/// A depth map or other `MAT_32F_C1` image: no copy, rows apart as they are. Of size 0 x 0 for another type
-/// or no host buffer. The image must outlive the map; a temporary is refused at compile time.
+/// A depth map or other `MAT_32F_C1` image: no copy, with the image's row step. Of size 0 x 0 for another
+/// type or no host buffer. The image must outlive the map; a temporary is refused at compile time.
 ///
 ///     const float nearest = mapImage(depth).minCoeff();
 template <class M, class = std::enable_if_t<std::is_same_v<std::remove_const_t<M>, Mat>>>

@@ -44,12 +44,12 @@ inline std::optional<MAT_TYPE> fromCvType(int type) {
     return std::nullopt;
 }
 
-/// A cv::Mat header on the host side of a Mat: no copy, rows apart as they are, channels in the same order.
+/// A cv::Mat header on the host side of a Mat: no copy, with the Mat's row step and order of channels.
 ///
-/// Empty when the Mat has no host buffer or no pixels, a size is above INT_MAX, or its step is no whole
-/// number of elements. The Mat keeps the memory: it must outlive the header and its copies and must not
-/// reallocate meanwhile. A temporary is refused at compile time, and so is a const Mat, since every cv::Mat
-/// is writable.
+/// Empty when the Mat has no host buffer or no pixels, a size is above INT_MAX, or its step is not
+/// a whole number of elements. The Mat keeps the memory: it must outlive the header and its copies and must
+/// not reallocate meanwhile. A temporary is refused at compile time, and so is a const Mat, since every
+/// cv::Mat is writable.
 ///
 ///     cv::Mat picture = viewAsCv(mat);
 ///     cv::GaussianBlur(picture, picture, {5, 5}, 1);  // blurs mat
@@ -117,7 +117,7 @@ inline cv::Mat moveToCv(Mat&& mat) {
 }
 cv::Mat moveToCv(Mat& mat) = delete;  // would empty mat: say std::move(mat)
 
-/// A Mat that refers to the pixels of a cv::Mat: no copy, rows apart as they are.
+/// A Mat that refers to the pixels of a cv::Mat: no copy, with its row step.
 ///
 /// Empty for types that no Mat has, more than two dimensions, or no pixels. The pixels must outlive the Mat:
 /// keep the cv::Mat, or one that shares them. A temporary is refused at compile time.

@@ -52,8 +52,8 @@ bool toPclPoint(const unsigned char* pixel, bool four, Point& point) {
 ///
 /// Width, height and invalid points are kept, and `is_dense` says whether all points are finite. A point type
 /// with r, g, b gets the packed colour; red stays red. Clouds without colour are white. The header (frame,
-/// time stamp), unit and axes are the caller's. False, with `out` unchanged, for another type, no host buffer
-/// or a size that PCL's 32 bits cannot hold.
+/// time stamp), unit and axes are left to the caller. False, with `out` unchanged, for another type, no host
+/// buffer or a size that PCL's 32 bits cannot hold.
 ///
 ///     pcl::PointCloud<pcl::PointXYZRGB> points;
 ///     if (!toPcl(cloud, points)) return 1;

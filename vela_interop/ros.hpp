@@ -2,7 +2,7 @@
 #pragma once
 
 // Templates over the message types: nothing of ROS is included; sensor_msgs of ROS 1 and ROS 2 both fit. The
-// header (frame, time stamp) stays the caller's. ROS wants metres, and an optical frame has the axes of
+// header (frame, time stamp) is left to the caller. ROS uses metres, and an optical frame has the axes of
 // COORDINATE_SYSTEM::IMAGE.
 
 #include "vela_core/utils/Mat.hpp"
@@ -99,7 +99,7 @@ template <class Image>
 /// Replaces `mat` by the pixels of a `sensor_msgs` Image, as an owned Mat on the host.
 ///
 /// "rgb8" and "rgba8" become blue first, as pictures in a Mat are; elements of a big-endian message are
-/// turned. False, with `mat` unchanged, for an encoding that no Mat has (Bayer patterns, YUV) and for a
+/// byte-swapped. False, with `mat` unchanged, for an encoding that no Mat has (Bayer patterns, YUV) and for a
 /// message whose width, height, step and data disagree.
 ///
 ///     Mat picture;
@@ -128,7 +128,7 @@ template <class Image>
 /// and, for four channels, rgb.
 ///
 /// Width, height and invalid points are kept, and `is_dense` says whether all points are finite. ROS packs
-/// colour as 0x00RRGGBB, blue first in memory, so red and blue change places; the fourth colour byte is lost.
+/// colour as 0x00RRGGBB, blue first in memory, so red and blue are swapped; the fourth colour byte is lost.
 /// False, with the message unchanged, for another type, no host buffer, or rows that 32 bits cannot count.
 ///
 ///     sensor_msgs::msg::PointCloud2 message;

@@ -24,10 +24,10 @@ public:
     /// upper-left 3 x 3 block. Element 14 is the old one divided by A15. With another last row the result is
     /// not the inverse. Returns `FAILURE` when the sum c1*c1 + c0*A0 + c2*c2 + c3*c3 is 0, c being the first
     /// row; elements 0, 4, 8 and 12 are then replaced by those of A, the others keep their values. The sum is
-    /// 0 only if c1 = c2 = c3 = 0 hides the singularity: other singular matrices give `SUCCESS` with
-    /// infinities and NaNs.
+    /// the determinant only if c1 = c2 = c3 = 0; other singular matrices rarely make the sum vanish: they
+    /// give `SUCCESS` with infinities and NaNs.
     ERROR_CODE inverse();
-    /// Inverse of a copy; its status is dropped.
+    /// Inverse of a copy; its status is ignored.
     static Matrix4f inverse(const Matrix4f& matrix);
 
     /// @name Blocks

@@ -27,7 +27,7 @@ public:
     Pose() = default;
     /// Copies transform, time stamp, confidence and validity; the other members get their initial values.
     Pose(const Pose& other);
-    /// Likewise.
+    /// Assigns the same members and resets the others.
     Pose& operator=(const Pose& other);
     /// A pose that is not yet valid.
     Pose(const Transform& transform, unsigned long long timestamp, int confidence);

@@ -35,7 +35,7 @@ public:
     /// Angles (rx, ry, rz) about X, Y and Z with R = Ry(ry) Rz(rz) Rx(rx), in radians, or in degrees when
     /// `radian` is false. They are computed from the quaternion (x, y, z, w): test = x*y + z*w is half of
     /// sin(rz), so rz is asin(2 test). Where |test| exceeds 0.499, from 86.38 degrees on, only ry -+ rx can
-    /// be told: then rx is 0, rz is +-90 degrees and ry is +-2 atan2(x, w).
+    /// be determined: then rx is 0, rz is +-90 degrees and ry is +-2 atan2(x, w).
     Vector3<float> getEulerAngles(bool radian = true) const;
     /// Sets the rotation from such angles.
     void setEulerAngles(const Vector3<float>& angles, bool radian = true);

@@ -19,15 +19,15 @@ enum class LOGGER_NAME : std::int32_t {
 /// The display name; "Unknown" for a value without enumerator.
 String toString(const LOGGER_NAME& value);
 
-/// The process-wide registry of the library's quill loggers. The first use creates it and starts quill's back
-/// end (a thread) unless the program has started it before; it is destroyed at exit. The loggers belong to
-/// quill, and the registry never releases them. Programs that want neither thread nor quill's output set a
+/// The process-wide registry of the library's quill loggers. The first use creates it and starts quill's
+/// backend (a thread) unless the program has started it before; it is destroyed at exit. The loggers belong
+/// to quill, and the registry never releases them. Programs that want neither thread nor quill's output set a
 /// `LogHook`.
 ///
 /// Put a logger of your own under `LOGGER_NAME::CORE` to send the library's messages elsewhere, or change
 /// that logger's level to silence them. Do so before other threads log: the map has no lock.
 ///
-/// Back end: it is started with quill's own options, except that bytes above 127 (UTF-8) are printed
+/// Backend: it is started with quill's own options, except that bytes above 127 (UTF-8) are printed
 /// unchanged and another copy of quill may run in the process. A program that wants other options calls
 /// `quill::Backend::start` before the first message.
 ///
@@ -35,11 +35,11 @@ String toString(const LOGGER_NAME& value);
 /// `thread_local` object older than the thread's first message, or from a static object after the main thread
 /// has logged. It is also dropped after the registry's destruction.
 ///
-/// `fork`: a back end that the registry started is stopped before the process forks, which writes all queued
+/// `fork`: a backend that the registry started is stopped before the process forks, which writes all queued
 /// messages, and started again in both processes; this takes some tenths of a millisecond plus the sink's
-/// time. Messages of other threads wait meanwhile, none is lost or doubled, and the child may log and leave
-/// by `exit`. Messages that a program logs through quill directly do not wait: threads that do so without a
-/// pause can delay the fork. A back end that the program started is left alone: its child must leave by
+/// time. Messages of other threads wait meanwhile, none is lost or doubled, and the child may log and end
+/// with `exit`. Messages that a program logs through quill directly do not wait: threads that do so without a
+/// pause can delay the fork. A backend that the program started is left alone: its child must end with
 /// `_exit`.
 ///
 /// `exit`: queued messages are written first, as fast as the sink takes them. quill's queues grow to 2 GiB

@@ -78,7 +78,7 @@ public:
     /// Takes over the buffers of an owner, as `move` does, or refers to the same buffers as a reference, and
     /// takes the name in both cases; the source's name is then empty.
     Mat(Mat&& source) noexcept;
-    /// Likewise. Assigning to an owner from a reference into its own buffers changes neither of the two.
+    /// The same. Assigning to an owner from a reference into its own buffers changes neither of the two.
     Mat& operator=(Mat&& source) noexcept;
 
     ~Mat();
@@ -109,7 +109,7 @@ public:
     /// printed but still return `SUCCESS`. Throws as `alloc` does.
     ///
     /// From 32 MiB on (1920x1200 pixels of four floats) the C library takes fresh pages from the kernel for
-    /// each buffer, which costs several times the copy. Where frames follow each other keep a Mat and
+    /// each buffer, which costs several times the copy. For a stream of frames keep one Mat and
     /// `copyTo` it, or start the program with GLIBC_TUNABLES=glibc.malloc.hugetlb=1.
     ERROR_CODE clone(const Mat& source);
 
@@ -190,13 +190,13 @@ public:
     ///
     /// @param path the file
     /// @param mem `CPU`, or `GPU` to copy the device side to the host first
-    /// @param compression 0 to 100, for "png" (tenths become the level) and "jpg" (100 minus it is the
-    /// quality); -1
-    ///        means 30 for PNG (level 3) and 5 for JPEG (quality 95)
-    /// @return `FAILURE` when the Mat is not initialised, the copy to the host fails, or, logged, an exporter
-    /// fails,
-    ///         the type cannot be written, or OpenCV throws; `INVALID_FUNCTION_CALL` for another `mem`;
-    ///         `SUCCESS` otherwise: OpenCV's own success flag is ignored
+    /// @param compression 0 to 100: a tenth of it is the level of a "png", 100 minus it the quality of a
+    /// "jpg"; -1 stands for 30 (level 3) and 5 (quality 95)
+    ///
+    /// @retval FAILURE the Mat is not initialised, the copy to the host fails, or, logged, an exporter fails,
+    /// the type cannot be written, or OpenCV throws
+    /// @retval INVALID_FUNCTION_CALL another `mem`
+    /// @retval SUCCESS otherwise: OpenCV's own success flag is ignored
     ERROR_CODE write(const String& path, MEM mem = MEM::CPU, int compression = -1);
 
     /// Replaces the content by a picture file, on the host, channels in OpenCV's order (blue, green, red,

@@ -7,8 +7,8 @@
 
 namespace vela {
 
-/// The part of the CUDA runtime's interface that the library uses, on this machine's memory: the same names,
-/// values and results. It has its own namespace, so that a program may also load the real runtime.
+/// Part of the CUDA runtime's interface, on this machine's memory; the CUDA Runtime API reference describes
+/// it and docs/gpu.md the differences. Its own namespace lets a program load the real runtime as well.
 namespace software_runtime VELA_API {
 
 enum cudaError {

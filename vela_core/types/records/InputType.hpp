@@ -20,7 +20,7 @@ enum class INPUT_TYPE : std::int32_t {
 /// The display name; "Unknown" for a value without enumerator.
 String toString(const INPUT_TYPE& value);
 
-/// Where the capture layer takes images from. A setter chooses a kind and stores the members of that kind
+/// Where the capture library takes images from. A setter chooses a kind and stores the members of that kind
 /// without checking them. The members of other kinds keep their values: readers use only those of the current
 /// kind.
 struct InputType {

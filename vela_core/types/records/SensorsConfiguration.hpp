@@ -25,8 +25,8 @@ struct SensorParameters {
 struct SensorsConfiguration {
     SensorParameters accelerometer;  ///< linear acceleration
     SensorParameters gyroscope;      ///< angular velocity; starts with the type and unit of an accelerometer
-    SensorParameters magnetometer;   ///< magnetic field; starts likewise
-    SensorParameters barometer;      ///< air pressure; starts likewise
+    SensorParameters magnetometer;   ///< magnetic field; starts as the gyroscope does
+    SensorParameters barometer;      ///< air pressure; starts as the gyroscope does
 
     /// Whether the camera has the sensor; false for a value without enumerator.
     bool isSensorAvailable(const SENSOR_TYPE& type) const;

@@ -59,7 +59,7 @@ struct SensorsData {
         unsigned long long timestamp = 0;  ///< ns
         Vector3<float> field;              ///< uT, calibrated, along the axes of the sensor
         Vector3<float> field_raw;          ///< uT, as measured, along the same axes
-        float heading;                     ///< degrees from north; not set by the constructor
+        float heading;                     ///< degrees, producer's convention; not set by the constructor
         HEADING_STATE heading_state;       ///< not set by the constructor
         float heading_accuracy;            ///< from 0 (worst) to 1 (best); not set by the constructor
         float rate;                        ///< Hz; not set by the constructor
@@ -72,7 +72,7 @@ struct SensorsData {
     struct IMUData {
         bool available;                    ///< whether the sample has one; not set by the constructor
         unsigned long long timestamp = 0;  ///< ns
-        Transform pose;                    ///< of the sensor in the world, from fused samples
+        Transform pose;                    ///< of the sensor in the world, in the producer's length unit
         Matrix3f pose_covariance;  ///< of the orientation: rotations about x, y and z, in square radians
         Vector3<float> angular_velocity;          ///< degrees per second
         Vector3<float> linear_acceleration;       ///< metres per square second
