@@ -231,5 +231,35 @@ TEST_F(DepthsTest, DamagedFilesAreRefusedAndLeaveTheMat) {
     }
 }
 
+TEST_F(DepthsTest, OptionsThatNoFileCanHaveAreRefused) {
+    const Row row({1});
+    const struct {
+        const char* name;
+        const char* text;
+        void (*change)(DepthOptions&);
+    } refusals[] = {
+        {"a.tif", "the extension names no depth format: .png, .pfm, .pgm, .npy", [](auto&) {}},
+        {"a", "an unknown depth format", [](auto& o) { o.format = static_cast<DEPTH_FILE>(4); }},
+        {"a.png", "PNG files have no encoding ASCII", [](auto& o) { o.encoding = ENCODING::ASCII; }},
+        {"a.pgm", "PGM files have no encoding BINARY_BIG_ENDIAN",
+         [](auto& o) { o.encoding = ENCODING::BINARY_BIG_ENDIAN; }},
+        {"a.npy", "NPY files have no scale", [](auto& o) { o.scale = 2; }},
+        {"a.png", "the scale is not above 0", [](auto& o) { o.scale = 0; }},
+        {"a.png", "the compression must be -1 or 0 to 9", [](auto& o) { o.compression = 10; }},
+        {"a.png", "the compression must be -1 or 0 to 9", [](auto& o) { o.compression = -2; }},
+        {"a.pfm", "an unknown order of rows", [](auto& o) { o.rows = static_cast<ROW_ORDER>(2); }},
+        {"a.png", "the invalid value is not a sample from 0 to 65535", [](auto& o) { o.invalid = 0.5; }},
+        {"a.png", "the unit is not known: give the option 'unit' to convert it",
+         [](auto& o) { o.targetUnit = UNIT::METER; }}};
+    for (const auto& [name, text, change] : refusals) {
+        DepthOptions options;
+        change(options);
+        const Result refused = writeDepth(row.mat, folder_ / name, options);
+        EXPECT_EQ(refused.code, ERROR_CODE::INVALID_FUNCTION_PARAMETERS) << text;
+        EXPECT_EQ(toStdString(refused.text), folder_ / name + ": " + text);
+    }
+    EXPECT_EQ(folder_.listing(), "");
+}
+
 }  // namespace
 }  // namespace vela::io
