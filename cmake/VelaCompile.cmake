@@ -38,11 +38,10 @@ endfunction()
 # Disables FMA contraction in the sources, or in the whole target when none are given, so that they compute the same
 # bits on every CPU and GPU.
 function(vela_keep_bits target)
+    set(options $<$<COMPILE_LANGUAGE:CXX>:-ffp-contract=off> $<$<COMPILE_LANGUAGE:CUDA>:-fmad=false>)
     if(ARGN)
-        set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS -ffp-contract=off)
+        set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS ${options})
     else()
-        target_compile_options(${target} PRIVATE
-            $<$<COMPILE_LANGUAGE:CXX>:-ffp-contract=off>
-            $<$<COMPILE_LANGUAGE:CUDA>:-fmad=false>)
+        target_compile_options(${target} PRIVATE ${options})
     endif()
 endfunction()

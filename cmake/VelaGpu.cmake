@@ -48,7 +48,7 @@ function(vela_add_gpu_sources target)
         target_sources(${target} PRIVATE vela_gpu/kernels/launchers.cu)
         target_compile_definitions(${target} PUBLIC VELA_GPU_CUDA=1)
         target_link_libraries(${target} PUBLIC CUDA::cudart_static)
-        set_property(SOURCE vela_gpu/kernels/launchers.cu APPEND PROPERTY COMPILE_OPTIONS -fmad=false)
+        vela_keep_bits(${target} vela_gpu/kernels/launchers.cu)
     else()
         target_sources(${target} PRIVATE
             vela_gpu/software/detail/DeviceMemory.cpp
