@@ -146,6 +146,12 @@ TEST(Matrix4f, InverseHasTheBitsAndTheStatusOfPlainSums) {
     EXPECT_LT(failures, 950);
 }
 
+TEST(Matrix4f, InverseSumsItsGateFromTheSecondElementOn) {
+    // 1 * 1 + 1 * -1 + 1e-10 is not 0; in another order 1e-10 would be rounded away beside 1.
+    const float values[16] = {1, 1, 1e-5F, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    EXPECT_EQ(Matrix4f(values).inverse(), ERROR_CODE::SUCCESS);
+}
+
 TEST(Matrix4f, RepeatsTheDotProductsWithAVector) {
     Draw draw;
     const auto a = draw.matrix<Matrix4f>();

@@ -3,9 +3,6 @@
 
 #include "support/eigen.hpp"
 
-#include <cmath>
-#include <utility>
-
 namespace vela::test {
 namespace {
 

@@ -3,8 +3,6 @@
 
 #include "support/geometry.hpp"
 
-#include <cmath>
-
 namespace vela::test {
 namespace {
 

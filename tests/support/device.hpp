@@ -104,10 +104,10 @@ inline std::size_t packedSize(const Mat& mat) {
 inline std::string fieldsOf(const Mat& mat) {
     std::ostringstream text;
     text << mat.name << " " << mat.timestamp << " " << mat.width << "x" << mat.height << "x" << mat.channels
-         << " of " << mat.pixelBytes << " on " << toValue(mat.memType) << ", steps " << mat.stepBytesCPU
-         << " " << mat.stepBytesGPU << ", buffers " << static_cast<const void*>(mat.ptrCPU) << " "
-         << static_cast<const void*>(mat.ptrGPU) << ", flags " << mat.isInit << mat.memoryOwner
-         << mat.extraFlag;
+         << " of " << mat.pixelBytes << ", type " << toValue(mat.dataType) << " on " << toValue(mat.memType)
+         << ", steps " << mat.stepBytesCPU << " " << mat.stepBytesGPU << ", buffers "
+         << static_cast<const void*>(mat.ptrCPU) << " " << static_cast<const void*>(mat.ptrGPU) << ", flags "
+         << mat.isInit << mat.memoryOwner << mat.extraFlag;
     return text.str();
 }
 

@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <random>
 
 namespace vela::test {
 namespace {
