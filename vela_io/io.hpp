@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "vela_core/export.hpp"
 #include "vela_core/geometry/frames.hpp"
 #include "vela_core/geometry/units.hpp"
 #include "vela_core/types/ErrorCode.hpp"
@@ -12,11 +13,7 @@
 #include <functional>
 #include <optional>
 
-#if defined(__GNUC__)
-#define VELA_IO_API __attribute__((visibility("default")))
-#else
-#define VELA_IO_API
-#endif
+namespace vela {
 
 /// Checked files of point clouds, depth maps and arrays.
 ///
@@ -34,7 +31,7 @@
 /// file; only compressed PCD files are unpacked in memory. A failed read leaves the Mat as it was.
 ///
 /// The functions may be called from several threads at once, on different Mats.
-namespace vela::io {
+namespace io VELA_API {
 
 /// Kind of point-cloud file.
 enum class CLOUD_FILE : std::int32_t {
@@ -75,15 +72,15 @@ enum class FILE_KIND : std::int32_t {
 };
 
 /// The display name; "Unknown" for a value without enumerator.
-VELA_IO_API String toString(const CLOUD_FILE& value);
+String toString(const CLOUD_FILE& value);
 /// The display name; "Unknown" for a value without enumerator.
-VELA_IO_API String toString(const DEPTH_FILE& value);
+String toString(const DEPTH_FILE& value);
 /// The display name; "Unknown" for a value without enumerator.
-VELA_IO_API String toString(const ENCODING& value);
+String toString(const ENCODING& value);
 /// The display name; "Unknown" for a value without enumerator.
-VELA_IO_API String toString(const ROW_ORDER& value);
+String toString(const ROW_ORDER& value);
 /// The display name; "Unknown" for a value without enumerator.
-VELA_IO_API String toString(const FILE_KIND& value);
+String toString(const FILE_KIND& value);
 
 /// Outcome of a call.
 struct Result {
@@ -170,18 +167,17 @@ struct CloudInfo {
 /// Writes the points of a `MAT_32F_C3` or `MAT_32F_C4` Mat, whose fourth float carries red, green, blue and a
 /// fourth byte in memory order. Numbers in text are the shortest that read back to the same float. Numbers in
 /// binary are the bits of the floats.
-VELA_IO_API Result writeCloud(const Mat& cloud, const String& path, const CloudOptions& options = {});
+Result writeCloud(const Mat& cloud, const String& path, const CloudOptions& options = {});
 
 /// Reads a cloud into a host Mat: `MAT_32F_C4` with the colours of the file (the fourth byte 255 unless the
 /// file has one), `MAT_32F_C3` where it has none. Numbers of every scalar type are accepted; other properties
 /// and elements are skipped, elements with a note in `Result::text`. A stated grid is restored.
-VELA_IO_API Result readCloud(const String& path, Mat& cloud, CloudInfo* info = nullptr);
+Result readCloud(const String& path, Mat& cloud, CloudInfo* info = nullptr);
 /// @overload
-VELA_IO_API Result readCloud(const String& path, Mat& cloud, const CloudReadOptions& options,
-                             CloudInfo* info = nullptr);
+Result readCloud(const String& path, Mat& cloud, const CloudReadOptions& options, CloudInfo* info = nullptr);
 
 /// Reads only the header; of XYZ files all lines, to count them.
-VELA_IO_API Result inspectCloud(const String& path, CloudInfo& info);
+Result inspectCloud(const String& path, CloudInfo& info);
 
 // Depth maps
 
@@ -237,17 +233,16 @@ struct DepthInfo {
 };
 
 /// Writes a depth map, `MAT_32F_C1` or `MAT_US16_C1`.
-VELA_IO_API Result writeDepth(const Mat& depth, const String& path, const DepthOptions& options = {});
+Result writeDepth(const Mat& depth, const String& path, const DepthOptions& options = {});
 
 /// Reads a depth map into a `MAT_32F_C1` host Mat, top row first: samples divided by the scale, NaN where the
 /// file has no depth.
-VELA_IO_API Result readDepth(const String& path, Mat& depth, DepthInfo* info = nullptr);
+Result readDepth(const String& path, Mat& depth, DepthInfo* info = nullptr);
 /// @overload
-VELA_IO_API Result readDepth(const String& path, Mat& depth, const DepthReadOptions& options,
-                             DepthInfo* info = nullptr);
+Result readDepth(const String& path, Mat& depth, const DepthReadOptions& options, DepthInfo* info = nullptr);
 
 /// Reads only the header.
-VELA_IO_API Result inspectDepth(const String& path, DepthInfo& info);
+Result inspectDepth(const String& path, DepthInfo& info);
 
 // Arrays
 
@@ -259,15 +254,16 @@ struct NpyOptions {
 
 /// Writes a Mat of any of the ten types as a NumPy array, format 1.0, of the shape (height, width) or
 /// (height, width, channels): exact, rows packed.
-VELA_IO_API Result writeNpy(const Mat& mat, const String& path, const NpyOptions& options = {});
+Result writeNpy(const Mat& mat, const String& path, const NpyOptions& options = {});
 
 /// Reads a NumPy array of two dimensions, or of three with up to four channels, into a host Mat of the type
 /// that has its elements: float32, uint8, uint16 (one channel) or int8 (four), of either byte order, in C or
 /// Fortran order. Other arrays are an error.
-VELA_IO_API Result readNpy(const String& path, Mat& mat, const Progress& progress = {});
+Result readNpy(const String& path, Mat& mat, const Progress& progress = {});
 
 /// Kind of the file at `path`, by its first bytes and, for text of numbers, its extension; `UNKNOWN` also if
 /// it cannot be read, and for "-".
-VELA_IO_API FILE_KIND kindOf(const String& path);
+FILE_KIND kindOf(const String& path);
 
-}  // namespace vela::io
+}  // namespace io
+}  // namespace vela

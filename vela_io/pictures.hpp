@@ -10,7 +10,8 @@
 
 // Pictures of clouds and depth maps, made without a window, OpenGL or OpenCV.
 
-namespace vela::io {
+namespace vela {
+namespace io VELA_API {
 
 /// What the colours of points show.
 enum class COLOR_BY : std::int32_t {
@@ -29,9 +30,9 @@ enum class CLOUD_VIEW : std::int32_t {
 };
 
 /// The display name; "Unknown" for a value without enumerator.
-VELA_IO_API String toString(const COLOR_BY& value);
+String toString(const COLOR_BY& value);
 /// The display name; "Unknown" for a value without enumerator.
-VELA_IO_API String toString(const CLOUD_VIEW& value);
+String toString(const CLOUD_VIEW& value);
 
 /// How `preview` draws.
 struct PreviewOptions {
@@ -55,7 +56,7 @@ struct PreviewOptions {
 /// are hatched. A cloud is drawn once per view at the largest scale that shows 99 % of it along each axis,
 /// with axes in the cloud's own coordinates and nearer points before farther ones. `Result::points` counts
 /// all pixels or points, `written` those that are drawn, `dropped` those without a depth or not finite.
-VELA_IO_API Result preview(const Mat& mat, const String& path, const PreviewOptions& options = {});
+Result preview(const Mat& mat, const String& path, const PreviewOptions& options = {});
 
 /// How `writeHtml` writes.
 struct HtmlOptions {
@@ -75,6 +76,7 @@ struct HtmlOptions {
 /// the extent of their axis; points that are not finite are left out. `#yaw=30&pitch=10&zoom=2&size=3`
 /// appended to its URL opens it on a view (degrees, factor, pixels); `color=depth` and `pick=0.5,0.5`, a
 /// place in fractions of the window size, may follow. The counts have the same meaning as in `preview`.
-VELA_IO_API Result writeHtml(const Mat& cloud, const String& path, const HtmlOptions& options = {});
+Result writeHtml(const Mat& cloud, const String& path, const HtmlOptions& options = {});
 
-}  // namespace vela::io
+}  // namespace io
+}  // namespace vela
