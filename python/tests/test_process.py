@@ -51,3 +51,8 @@ def test_the_tour_prints_and_writes_its_results(tmp_path):
     ], done.stderr  # fmt: skip
     depth, info = vela.io.read_depth(tmp_path / "tour_depth.png")
     assert info.with_depth == 75600 and depth.numpy()[0, 0] == 3 and depth.numpy()[120, 160] == pytest.approx(1.55)
+
+
+@pytest.mark.parametrize("method", ["spawn", "fork"])
+def test_mats_pass_through_worker_processes(run_program, method):
+    assert run_program("pool.py", method) == "equal\n"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reads cloud files as other programs write them, and files that contradict themselves.
+// Reads cloud files as other programs and our own exporters write them, and files that contradict themselves.
 #include "support/ScratchFolder.hpp"
 #include "support/cloud_kinds.hpp"
 #include "vela_core/utils/point_cloud_export.hpp"
@@ -263,6 +263,26 @@ TEST(CloudHabitsTest, ReadsForeignFilesAndReportsContradictions) {
     expectHabits(pcdHabits(), "a.pcd");
     expectHabits(vtkHabits(), "a.vtk");
     expectHabits(xyzHabits(), "a.xyz");
+}
+
+TEST(CloudHabitsTest, OurOwnExportersFilesAreRead) {
+    Mat cloud(2, 1, MAT_TYPE::MAT_32F_C4);
+    // "%e" keeps no more than seven digits of the packed colour.
+    const std::string pixels = raw<float>({1, -0.25F, 3.5F}) + "\x64\x80\x00\x00"s +
+                               raw<float>({4, 5, 6.125F}) + "\x00\x00\x09\x00"s;
+    pixels.copy(reinterpret_cast<char*>(cloud.ptrCPU), pixels.size());
+    const std::pair<POINT_CLOUD_FORMAT, const char*> formats[] = {
+        {XYZ, "a.xyz"}, {PCD, "a.pcd"}, {PLY, "a.ply"}, {VTK, "a.vtk"}};
+    for (const auto& [format, name] : formats) {
+        const ScratchFolder folder;
+        ASSERT_TRUE(savePointCloudAs(cloud, format, String(folder / name), true));
+        Mat back;
+        const Result result = readCloud(folder / name, back);
+        EXPECT_EQ(toStdString(result.text), "");
+        const bool colored = format == PCD || format == PLY;
+        EXPECT_EQ(textOf(back, Mat()),
+                  colored ? "1 -0.25 3.5 100/128/0/255, 4 5 6.125 0/0/9/255" : "1 -0.25 3.5, 4 5 6.125");
+    }
 }
 
 TEST(CloudHabitsTest, EveryPrefixOfAFileIsAnErrorOrTheSameCloud) {

@@ -11,6 +11,8 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
+#include <csignal>
 #include <cstring>
 #include <functional>
 #include <random>
@@ -274,6 +276,29 @@ TEST_F(SafeFilesTest, InterruptedCallsAreRepeatedAndARefusedOneKeepsTheOldFile) 
                 EXPECT_EQ(folder.listing(), operation.name);
             }
             EXPECT_GE(nth, sync_ ? 4 : 3) << function << " is called, and on file and folder";
+        }
+    }
+}
+
+TEST_F(SafeFilesTest, AKilledWriterLeavesTheOldFileOrTheNewOne) {
+    std::mt19937 random(9);
+    for (const Operation& operation : operations_) {
+        const ScratchFolder folder;
+        const std::string path = folder / operation.name;
+        ASSERT_TRUE(write(operation, path).ok());
+        const std::string whole = contentOf(path);
+        for (int i = 0; i < 12; ++i) {
+            put(path, "old");
+            const pid_t child = fork();
+            if (child == 0) {
+                write(operation, path);
+                _exit(0);
+            }
+            std::this_thread::sleep_for(std::chrono::microseconds(random() % 4000));
+            kill(child, SIGKILL);
+            waitpid(child, nullptr, 0);
+            const std::string content = contentOf(path);
+            EXPECT_TRUE(content == "old" || content == whole) << operation.name << " " << content.size();
         }
     }
 }

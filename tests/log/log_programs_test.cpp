@@ -181,6 +181,13 @@ const struct {
          expect(!KLogger::isDestroyed(), 3);
      },
      ONE},
+    {"parent and child log after a fork",
+     [] {
+         misuse();
+         expect(statusOf(forked([] { logError(LogStatement::READ_EXCEPTION, "child"); })) == 0, 1);
+         logError(LogStatement::READ_EXCEPTION, "parent");
+     },
+     "^[^\n]*setSubVector3f Invalid Parameters\\.\n[^\n]*in read : child\n[^\n]*in read : parent\n$"},
 // Sanitizers report threads that a forked child lacks as leaks, or cannot start threads in it.
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
     {"it forks while threads log", forksWhileThreadsLog, ""},
