@@ -42,7 +42,7 @@ if(VELA_GPU_FLAVOUR STREQUAL "cuda")
     find_package(CUDAToolkit REQUIRED)
 endif()
 
-# Adds the chosen backend to a target, and the macro that names it to users.
+# Adds the chosen flavour to a target, and the macro that names it to users.
 function(vela_add_gpu_sources target)
     if(VELA_GPU_FLAVOUR STREQUAL "cuda")
         target_sources(${target} PRIVATE vela_gpu/kernels/launchers.cu)

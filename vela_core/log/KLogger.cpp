@@ -22,11 +22,11 @@ namespace {
 
 constexpr EnumName<LOGGER_NAME> LOGGER_NAMES[] = {{LOGGER_NAME::CORE, "CORE"}};
 
-std::atomic<KLogger*> ready{nullptr};  // null also if the back end could not be restarted
+std::atomic<KLogger*> ready{nullptr};  // null also if the backend could not be restarted
 std::mutex making;           // a forking thread holds it too, so that no child inherits a half-made registry
 bool backendIsOurs = false;  // guarded by `making`
 
-/// Starts the back end unless it runs. Called with `making` held.
+/// Starts the backend unless it runs. Called with `making` held.
 void startBackend() {
     if (quill::Backend::is_running()) return;
     quill::BackendOptions options;
@@ -36,12 +36,12 @@ void startBackend() {
     backendIsOurs = true;
 }
 
-/// Stops the back end, which first writes all queued messages. Called with `making` held.
+/// Stops the backend, which first writes all queued messages. Called with `making` held.
 void stopBackend() noexcept {
     try {
         if (backendIsOurs && quill::Backend::is_running()) quill::Backend::stop();
     } catch (const std::exception&) {
-        // The back end's own thread forks or exits, from a sink: it cannot wait for itself.
+        // The backend's own thread forks or exits, from a sink: it cannot wait for itself.
     }
 }
 
@@ -72,7 +72,7 @@ void afterForkInChild() noexcept {
     StatementGate::resumeInChild();
 }
 
-/// After this nothing is logged and no back end of ours runs.
+/// After this nothing is logged and no backend of ours runs.
 void endLogging() noexcept {
     StatementGate::closeForGood();
     const std::lock_guard lock(making);

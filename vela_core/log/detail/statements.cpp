@@ -65,7 +65,7 @@ constexpr Statement STATEMENTS[] = {
 
 std::atomic<LogHook> logHook{nullptr};
 
-/// A message as quill's back end formats it.
+/// A message as quill's backend formats it.
 template <class... Arguments>
 std::string textOf(const Statement& statement, const Arguments&... arguments) {
     const auto format = fmtquill::runtime(statement.metadata.message_format());

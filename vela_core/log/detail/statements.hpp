@@ -28,7 +28,7 @@ enum class LogStatement : std::size_t {
 
 /// Passes the statement's text to the `LogHook` or, without one, the statement and its arguments to the core
 /// logger, unless that logger's level is above error or the message is late (see `KLogger`). Without a hook,
-/// formatting is left to quill's back end. Throws nothing.
+/// formatting is left to quill's backend. Throws nothing.
 VELA_API void logError(LogStatement statement) noexcept;
 VELA_API void logError(LogStatement statement, const char* detail) noexcept;
 

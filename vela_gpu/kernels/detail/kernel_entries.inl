@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Implements kernels.hpp on one function, `launchTiles(walker, stream)`, which calls the walker for each of
-// its tiles and lanes. Each backend's launcher source defines it and then includes this file.
+// its tiles and lanes. Each flavour's launcher source defines it and then includes this file.
 
 #include "vela_gpu/kernels.hpp"
 #include "vela_gpu/kernels/detail/PixelView.hpp"

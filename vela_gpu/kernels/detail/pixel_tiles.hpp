@@ -18,7 +18,7 @@ namespace vela::detail {
 // so that accesses coalesce and each lane keeps several loads in flight. Three-byte and three-float pixels
 // fill three words exactly and are moved in words as well. The pixels at the end of a row that fill no word,
 // and rows that are not word-aligned, are processed one by one; padding is not touched. Data that an
-// operation needs from memory is requested after its pixels (pixel_ops.hpp). Both backends call these
+// operation needs from memory is requested after its pixels (pixel_ops.hpp). Both flavours call these
 // functors, one from threads, one from loops.
 
 /// Unit of loads and stores of a lane.
