@@ -197,8 +197,8 @@ TEST(RosCloud, FindsFieldsWhereverTheyAre) {
         ASSERT_TRUE(fromRosCloud(message, cloud));
         const Vector4<float> point = hostView<Vector4<float>>(cloud)(1, 0);
         EXPECT_EQ(Vector3<float>(point.x, point.y, point.z), Vector3<float>(1, 2, 3)) << big;
-        const unsigned char expected[] = {0x10, 0x20, 0x30, 0x40};
-        EXPECT_EQ(std::memcmp(&point.w, expected, 4), 0) << big;
+        const auto* const color = reinterpret_cast<const unsigned char*>(&point.w);
+        EXPECT_EQ(std::vector(color, color + 4), (std::vector<unsigned char>{0x10, 0x20, 0x30, 0x40})) << big;
     }
     message.fields.pop_back();
     Mat white;
