@@ -120,7 +120,7 @@ TEST_F(MatFilesTest, ExtensionAndTypeChooseTheKindOfFile) {
     std::string element, channels, name, wanted;
     while (table >> element >> channels >> name && std::getline(table, wanted)) {
         std::int32_t type = element == "type" ? std::stoi(channels) : 0;
-        const std::string key = element + " " + channels;
+        const std::string key = std::string(element).append(" ").append(channels);
         while (element != "type" && type < 10 && toString(fromValue<MAT_TYPE>(type)) != key)
             ++type;
         const ScratchFolder folder;
