@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string_view>
 #include <vector>
 
@@ -67,7 +68,9 @@ constexpr CloudFile CLOUD_FILES[] = {{PLY, "cloud.ply", 10, 1, plyEnd},
 
 std::string contentOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
 }
 
 bool endsWith(const std::string& text, const std::string& end) {
