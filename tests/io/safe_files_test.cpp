@@ -258,16 +258,16 @@ TEST_F(SafeFilesTest, InterruptedCallsAreRepeatedAndARefusedOneKeepsTheOldFile) 
             const Fate fate = i % 2 == 0 ? Fate::INTERRUPTED : Fate::REFUSED;
             sync_ = std::string_view(function) == "fsync";
             int nth = 1;
-            for (bool met = true; met; ++nth) {
+            for (bool reached = true; reached; ++nth) {
                 SCOPED_TRACE(testing::Message() << operation.name << ", " << function << " " << nth);
                 put(path, "old");
                 Result result;
                 {
                     const FileCalls calls(function, nth, fate, 100000);
                     result = write(operation, path);
-                    met = calls.met();
+                    reached = calls.reached();
                 }
-                const bool refused = met && fate == Fate::REFUSED;
+                const bool refused = reached && fate == Fate::REFUSED;
                 EXPECT_EQ(result.systemError, refused ? ENOSPC : 0) << result.text;
                 const std::string text = toStdString(result.text);
                 EXPECT_EQ(text.find("no space left on device") != std::string::npos, refused) << text;

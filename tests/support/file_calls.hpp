@@ -27,7 +27,7 @@ public:
     /// Asked by each call first: whether to fail; sets `errno`.
     bool fails(const char* function);
 
-    bool met() const { return nth_ <= 0; }  ///< whether there was an nth call
+    bool reached() const { return nth_ <= 0; }  ///< whether there was an nth call
     std::size_t largest;
     bool kernelMoves = true;   ///< whether copy_file_range works
     int lowestWritten = 1000;  ///< the lowest descriptor that was written to

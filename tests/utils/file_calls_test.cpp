@@ -23,28 +23,28 @@ using Fate = FileCalls::Fate;
 
 class FileCallsTest : public testing::Test {
 protected:
-    /// Exports with a fate for one call; false if there were fewer calls. The file must be complete or, with
-    /// `cut`, a prefix of the complete one.
-    static bool meets(const Export& e, const char* function, int nth, Fate fate, std::size_t largest,
-                      bool cut) {
+    /// Exports with a fate for the nth call; false if the export made fewer. The file must be complete or,
+    /// with `cut`, a prefix of the complete one.
+    static bool exportReaches(const Export& e, const char* function, int nth, Fate fate, std::size_t largest,
+                              bool cut) {
         SCOPED_TRACE(testing::Message() << e.extension << ", " << function << " " << nth);
         const ScratchFolder folder;
         const std::string path = folder / "a" + e.extension;
         const int before = openDescriptors();
         bool result = false;
-        bool met = false;
+        bool reached = false;
         {
             FileCalls calls(function, nth, fate, largest);
             calls.kernelMoves = std::string_view(function) != "read";
             result = e.run(path);
-            met = calls.met();
+            reached = calls.reached();
             EXPECT_GT(calls.lowestWritten, STDERR_FILENO);
             EXPECT_EQ(calls.inherited, 0);
             EXPECT_EQ(calls.badCloses, 0);
         }
         EXPECT_EQ(openDescriptors(), before);
         const std::string seen = fs::exists(path) ? contentOf(path) : "";
-        if (cut && met) {
+        if (cut && reached) {
             EXPECT_TRUE(beginsLike(seen, e.whole));
             EXPECT_EQ(result, fs::exists(path));
         } else {
@@ -52,7 +52,7 @@ protected:
             EXPECT_TRUE(sameBytes(seen, e.whole));
             EXPECT_EQ(folder.listing(), "a" + e.extension) << "no temporary file";
         }
-        return met;
+        return reached;
     }
 
     const Exports all_{12000};  // a third more than fits into a file block
@@ -64,13 +64,13 @@ constexpr std::size_t PART = 40001;
 
 TEST_F(FileCallsTest, InterruptedAndShortCallsLeaveTheWholeAndRefusedOnesItsBeginning) {
     for (const Export& e : exports_) {
-        meets(e, "", 1, Fate::DONE, UNLIMITED, false);
-        meets(e, "", 1, Fate::DONE, e.extension == ".pfm" ? 1 : 13, false);
+        exportReaches(e, "", 1, Fate::DONE, UNLIMITED, false);
+        exportReaches(e, "", 1, Fate::DONE, e.extension == ".pfm" ? 1 : 13, false);
         for (const char* const function : {"open", "write", "pread", "read", "copy_file_range"}) {
             for (const Fate fate : {Fate::INTERRUPTED, Fate::REFUSED}) {
                 // If the kernel cannot copy the bytes, or stops doing so, they pass through the buffer.
                 const bool cut = fate == Fate::REFUSED && std::string_view(function) != "copy_file_range";
-                for (int nth = 1; meets(e, function, nth, fate, PART, cut) && !HasFailure(); ++nth) {
+                for (int nth = 1; exportReaches(e, function, nth, fate, PART, cut) && !HasFailure(); ++nth) {
                 }
             }
         }
@@ -104,7 +104,7 @@ TEST_F(FileCallsTest, ClosedStandardStreamsStayClosed) {
         ASSERT_GE(kept, 10);
         close(stream);
         for (const Export& e : exports_) {
-            meets(e, "", 1, Fate::DONE, UNLIMITED, false);
+            exportReaches(e, "", 1, Fate::DONE, UNLIMITED, false);
             EXPECT_EQ(fcntl(stream, F_GETFD), -1);
         }
         dup2(kept, stream);
@@ -175,7 +175,7 @@ TEST_F(FileCallsTest, ExportsUnderOneNameDoNotDisturbEachOther) {
 TEST_F(FileCallsTest, NumbersHaveAPointInEveryLocale) {
     const CommaLocale comma;
     for (const Export& e : exports_) {
-        meets(e, "", 1, Fate::DONE, UNLIMITED, false);
+        exportReaches(e, "", 1, Fate::DONE, UNLIMITED, false);
     }
 }
 
