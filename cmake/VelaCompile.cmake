@@ -19,6 +19,14 @@ function(vela_add_warnings target)
     endif()
 endfunction()
 
+# Compiles the target's sources in groups of this size (0: all in one), for headers that cost more than the sources.
+function(vela_group_sources target size)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${size})
+    if(CMAKE_CXX_CLANG_TIDY)  # it would complain about the source that includes the others
+        set_property(TARGET ${target} APPEND PROPERTY CXX_CLANG_TIDY --checks=-bugprone-suspicious-include)
+    endif()
+endfunction()
+
 # What all installed libraries have in common: a version, and nothing exported that is not public.
 function(vela_set_up_library library)
     set(exports ${PROJECT_SOURCE_DIR}/cmake/exports.map)

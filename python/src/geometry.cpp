@@ -90,7 +90,7 @@ Matrix4f inverted(const Matrix4f& matrix) {
     return result;
 }
 
-std::string describe(nb::handle self) {
+std::string matrixText(nb::handle self) {
     return textOf(self.type().attr("__name__")) + "(" + textOf(self.attr("matrix").attr("tolist")()) + ")";
 }
 
@@ -133,7 +133,7 @@ nb::class_<Matrix, Base...>& defineMatrix(nb::class_<Matrix, Base...>& type) {
                 return nb::make_tuple(self.type(), nb::make_tuple(self.attr("matrix").attr("tolist")()));
             },
             nb::sig("def __reduce__(self) -> tuple[typing.Any, ...]"))
-        .def("__repr__", &describe);
+        .def("__repr__", &matrixText);
     type.attr("__hash__") = nb::none();
     return type;
 }

@@ -161,7 +161,7 @@ PyMat readNpy(nb::handle path, nb::handle progress) {
 }
 
 /// "Name(field=value, …)" of every readable field, as dataclasses print.
-nb::object describe(nb::handle self) {
+nb::object fieldsText(nb::handle self) {
     nb::list parts;
     for (const nb::handle name : self.type().attr("__match_args__")) {
         parts.append(nb::str("{}={!r}").format(name, nb::getattr(self, name)));
@@ -172,7 +172,7 @@ nb::object describe(nb::handle self) {
 template <class Type, class... Names>
 void finish(nb::class_<Type>& type, Names... names) {
     type.attr("__match_args__") = nb::make_tuple(names...);
-    type.def("__repr__", &describe, nb::sig("def __repr__(self) -> str"));
+    type.def("__repr__", &fieldsText, nb::sig("def __repr__(self) -> str"));
 }
 
 void bindResults(nb::module_& module) {

@@ -15,7 +15,7 @@ const char* nameOf(MEM mem) {
     return NAMES[static_cast<int>(mem)];
 }
 
-std::string describe(const PyMat& m) {
+std::string matText(const PyMat& m) {
     const Mat& mat = m.mat();
     if (!mat.isInit) return "Mat()";
     std::string text = "Mat(" + std::to_string(mat.width) + ", " + std::to_string(mat.height) + ", " +
@@ -90,7 +90,7 @@ void bindMat(nb::module_& module) {
             [](PyMat& m, const std::string& name) { m.mat().name = name; }, "A label for messages.")
         .def(
             "__bool__", [](const PyMat& m) { return m.mat().isInit; }, "False for an empty Mat.")
-        .def("__repr__", &describe)
+        .def("__repr__", &matText)
         .def(
             "__enter__", [](nb::handle self) { return nb::borrow(self); },
             nb::sig("def __enter__(self) -> Mat"))
