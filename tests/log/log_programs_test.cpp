@@ -6,7 +6,10 @@
 #include "vela_core/log/detail/statements.hpp"
 
 #include <fcntl.h>
+#include <quill/Backend.h>
+#include <quill/Frontend.h>
 #include <quill/LogMacros.h>
+#include <quill/sinks/Sink.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,7 +21,11 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace vela::test {
 namespace {
@@ -132,6 +139,18 @@ pid_t forked(Program program) {
     }
 }
 
+/// Lets the backend write a thousand messages a second at most.
+class SlowSink : public quill::Sink {
+public:
+    void write_log(const quill::MacroMetadata*, std::uint64_t, std::string_view, std::string_view,
+                   const std::string&, std::string_view, quill::LogLevel, std::string_view, std::string_view,
+                   const std::vector<std::pair<std::string, std::string>>*, std::string_view,
+                   std::string_view) override {
+        std::this_thread::sleep_for(milliseconds(1));
+    }
+    void flush_sink() override {}
+};
+
 const char* const ONE = "^[^\n]*setSubVector3f Invalid Parameters\\.\n$";
 
 /// Programs, and what they write to standard error.
@@ -205,6 +224,18 @@ const struct {
          }
      },
      ""},
+    // As quill does by itself when the process ends while the registry is being made.
+    {"its backend is stopped while threads log faster than it writes",
+     [] {
+         KLogger::get_instance().loggers[LOGGER_NAME::CORE] = quill::Frontend::create_or_get_logger(
+             "slow", quill::Frontend::create_or_get_sink<SlowSink>("slow"));
+         std::thread(logsWithoutEnd).detach();
+         std::this_thread::sleep_for(milliseconds(5));
+         alarm(5);
+         quill::Backend::stop();
+         std::_Exit(0);
+     },
+     "^$"},
 #ifdef VELA_GPU_SOFTWARE
     {"a Mat outlives the registry",
      [] {

@@ -2,6 +2,7 @@
 #include "vela_core/log/KLogger.hpp"
 
 #include "vela_core/log/detail/StatementGate.hpp"
+#include "vela_core/log/detail/backend.hpp"
 #include "vela_core/log/detail/printable.hpp"
 #include "vela_core/types/detail/enum_table.hpp"
 #include "vela_core/types/detail/start_order.hpp"
@@ -23,8 +24,8 @@ namespace {
 constexpr EnumName<LOGGER_NAME> LOGGER_NAMES[] = {{LOGGER_NAME::CORE, "CORE"}};
 
 std::atomic<KLogger*> ready{nullptr};  // null also if the backend could not be restarted
-std::mutex making;           // a forking thread holds it too, so that no child inherits a half-made registry
-bool backendIsOurs = false;  // guarded by `making`
+std::mutex making;  // a forking thread holds it too, so that no child inherits a half-made registry
+std::atomic<bool> backendIsOurs{false};  // written with `making` held
 
 /// Starts the backend unless it runs. Called with `making` held.
 void startBackend() {
@@ -32,8 +33,10 @@ void startBackend() {
     quill::BackendOptions options;
     options.check_printable_char = isPrintable;
     options.check_backend_singleton_instance = false;
-    quill::Backend::start(options);
-    backendIsOurs = true;
+    const auto before = quill::Backend::get_thread_id();
+    quill::Backend::start(options);  // has no effect where the program polls the backend itself
+    // If the process is ending, quill may be stopping the new thread already.
+    if (quill::Backend::is_running() || quill::Backend::get_thread_id() != before) backendIsOurs = true;
 }
 
 /// Stops the backend, which first writes all queued messages. Called with `making` held.
@@ -93,6 +96,10 @@ struct Lifetime {
 [[gnu::init_priority(START_LOG)]] const Lifetime LIFETIME;
 
 }  // namespace
+
+bool detail::backendWasStopped() noexcept {
+    return backendIsOurs && !quill::Backend::is_running();
+}
 
 String toString(const LOGGER_NAME& value) {
     return nameIn(LOGGER_NAMES, value);

@@ -33,7 +33,8 @@ String toString(const LOGGER_NAME& value);
 ///
 /// Late messages: a message is dropped when logging has ended on its thread, that is, when it comes from a
 /// `thread_local` object older than the thread's first message, or from a static object after the main thread
-/// has logged. It is also dropped after the registry's destruction.
+/// has logged. It is also dropped after the registry's destruction, and while a backend that the registry
+/// started is stopped by `quill::Backend::stop`.
 ///
 /// `fork`: a backend that the registry started is stopped before the process forks, which writes all queued
 /// messages, and started again in both processes; this takes some tenths of a millisecond plus the sink's

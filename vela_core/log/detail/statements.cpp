@@ -4,6 +4,7 @@
 #include "vela_core/log/KLogger.hpp"
 #include "vela_core/log/LogHook.hpp"
 #include "vela_core/log/detail/StatementGate.hpp"
+#include "vela_core/log/detail/backend.hpp"
 #include "vela_core/log/detail/printable.hpp"
 
 #include <quill/bundled/fmt/format.h>
@@ -80,9 +81,10 @@ std::string textOf(const Statement& statement, const Arguments&... arguments) {
     return text;
 }
 
-/// The logger for error-level statements; null if there is none.
+/// The logger for error-level statements; null if there is none or nothing is logged any more.
 quill::Logger* findErrorLogger() {
     const auto& loggers = KLogger::get_instance().loggers;
+    if (backendWasStopped()) return nullptr;
     const auto found = loggers.find(LOGGER_NAME::CORE);
     if (found == loggers.end() || found->second == nullptr) return nullptr;
     return found->second->get_log_level() > quill::LogLevel::Error ? nullptr : found->second;
