@@ -231,11 +231,9 @@ const struct {
              "slow", quill::Frontend::create_or_get_sink<SlowSink>("slow"));
          std::thread(logsWithoutEnd).detach();
          std::this_thread::sleep_for(milliseconds(5));
-         alarm(20);
          quill::Backend::stop();
-         std::_Exit(0);
      },
-     "^$"},
+     ""},
 #ifdef VELA_GPU_SOFTWARE
     {"a Mat outlives the registry",
      [] {
